@@ -1,0 +1,42 @@
+# The two set-up commands are `make run` and `make test`; both install what is missing first.
+SAMPLE ?= examples/the-god-who-stays.md
+JOBS ?= $(shell nproc)
+
+.PHONY: deps run build test bench fuzz install clean
+
+deps:
+	@scripts/install-deps.sh
+
+build: deps
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS)
+
+run: build
+	build/release/src/app/orantium export --to markdown $(SAMPLE)
+	build/release/src/app/orantium stats $(SAMPLE)
+
+test: deps
+	@cmake --preset test >/dev/null
+	@cmake --build --preset test -j $(JOBS)
+	ctest --preset test -j $(JOBS)
+
+bench: build
+	@for b in build/release/bench/bench_*; do echo "== $$b"; $$b --benchmark_min_time=0.2 || exit 1; done
+
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz -j $(JOBS)
+	@mkdir -p build/fuzz/corpus
+	@for f in build/fuzz/tests/fuzz/fuzz_*; do \
+	  name=$$(basename $$f); mkdir -p build/fuzz/corpus/$$name; \
+	  echo "== $$name for $(FUZZ_SECONDS) s"; \
+	  $$f -max_total_time=$(FUZZ_SECONDS) -timeout=10 -rss_limit_mb=4096 -max_len=65536 \
+	      build/fuzz/corpus/$$name examples tests/fuzz/seeds 2>&1 | tail -n 3 || exit 1; \
+	done
+
+install: build
+	cmake --install build/release
+
+clean:
+	rm -rf build

@@ -1,0 +1,380 @@
+#include "FrontMatter.h"
+
+#include <QRegularExpression>
+
+#include <yaml.h>
+
+#include <memory>
+#include <set>
+
+namespace YAMLDate {
+
+QString format(const QDate& date)
+{
+    return date.toString(QStringLiteral("yyyy-MM-dd"));
+}
+
+std::optional<QDate> parse(const QString& text)
+{
+    static const QRegularExpression pattern(QStringLiteral("^([0-9]{4})-([0-9]{1,2})-([0-9]{1,2})$"));
+    const auto match = pattern.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    const QDate date(match.captured(1).toInt(), match.captured(2).toInt(), match.captured(3).toInt());
+    if (!date.isValid())
+        return std::nullopt;
+    return date;
+}
+
+} // namespace YAMLDate
+
+bool hasImplicitNonStringType(const QString& text)
+{
+    // The resolver's implicit typing table, in the order it is tried.
+    static const QRegularExpression rules[] = {
+        QRegularExpression(QStringLiteral(
+            "^(?:yes|Yes|YES|no|No|NO|true|True|TRUE|false|False|FALSE|on|On|ON|off|Off|OFF)$")),
+        QRegularExpression(QStringLiteral(
+            "^(?:[-+]?0b[0-1_]+|[-+]?0o?[0-7_]+|[-+]?(?:0|[1-9][0-9_]*)|[-+]?0x[0-9a-fA-F_]+"
+            "|[-+]?[1-9][0-9_]*(?::[0-5]?[0-9])+)$")),
+        QRegularExpression(QStringLiteral(
+            "^(?:[-+]?(?:[0-9][0-9_]*)(?:\\.[0-9_]*)?(?:[eE][-+]?[0-9]+)?|\\.[0-9_]+(?:[eE][-+][0-9]+)?"
+            "|[-+]?[0-9][0-9_]*(?::[0-5]?[0-9])+\\.[0-9_]*|[-+]?\\.(?:inf|Inf|INF)|\\.(?:nan|NaN|NAN))$")),
+        QRegularExpression(QStringLiteral("^(?:~|null|Null|NULL|)$")),
+        QRegularExpression(QStringLiteral(
+            "^(?:[0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9]|[0-9][0-9][0-9][0-9]-[0-9][0-9]?-[0-9][0-9]?"
+            "(?:[Tt]|[ \\t]+)[0-9][0-9]?:[0-9][0-9]:[0-9][0-9](?:\\.[0-9]*)?"
+            "(?:[ \\t]*(?:Z|[-+][0-9][0-9]?(?::[0-9][0-9])?))?)$")),
+    };
+    if (text == QLatin1String("<<") || text == QLatin1String("="))
+        return true;
+    for (const auto& rule : rules)
+        if (rule.match(text).hasMatch())
+            return true;
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Writing
+
+namespace {
+
+struct Emitter {
+    yaml_emitter_t emitter{};
+    QByteArray output;
+    bool ok = true;
+
+    Emitter()
+    {
+        yaml_emitter_initialize(&emitter);
+        yaml_emitter_set_output(&emitter, &Emitter::write, this);
+        yaml_emitter_set_indent(&emitter, 2);
+        yaml_emitter_set_width(&emitter, -1);
+        yaml_emitter_set_unicode(&emitter, 0);
+        yaml_emitter_set_canonical(&emitter, 0);
+    }
+    ~Emitter() { yaml_emitter_delete(&emitter); }
+    Emitter(const Emitter&) = delete;
+    Emitter& operator=(const Emitter&) = delete;
+
+    static int write(void* data, unsigned char* buffer, size_t size)
+    {
+        static_cast<Emitter*>(data)->output.append(reinterpret_cast<const char*>(buffer), qsizetype(size));
+        return 1;
+    }
+
+    void send(yaml_event_t& event)
+    {
+        if (!ok)
+            yaml_event_delete(&event);
+        else if (!yaml_emitter_emit(&emitter, &event))
+            ok = false;
+    }
+
+    void scalar(const QByteArray& utf8, yaml_scalar_style_t style)
+    {
+        yaml_event_t event;
+        if (!yaml_scalar_event_initialize(&event, nullptr, nullptr,
+                                          reinterpret_cast<const yaml_char_t*>(utf8.constData()),
+                                          int(utf8.size()), 1, 1, style)) {
+            ok = false;
+            return;
+        }
+        send(event);
+    }
+
+    // Strings whose plain form would read as another type are single-quoted.
+    void string(const QString& text)
+    {
+        scalar(text.toUtf8(), hasImplicitNonStringType(text) ? YAML_SINGLE_QUOTED_SCALAR_STYLE
+                                                             : YAML_ANY_SCALAR_STYLE);
+    }
+
+    void key(const char* name) { scalar(QByteArray(name), YAML_PLAIN_SCALAR_STYLE); }
+
+    void mappingStart()
+    {
+        yaml_event_t event;
+        yaml_mapping_start_event_initialize(&event, nullptr, nullptr, 1, YAML_BLOCK_MAPPING_STYLE);
+        send(event);
+    }
+    void mappingEnd()
+    {
+        yaml_event_t event;
+        yaml_mapping_end_event_initialize(&event);
+        send(event);
+    }
+    void sequenceStart()
+    {
+        yaml_event_t event;
+        yaml_sequence_start_event_initialize(&event, nullptr, nullptr, 1, YAML_BLOCK_SEQUENCE_STYLE);
+        send(event);
+    }
+    void sequenceEnd()
+    {
+        yaml_event_t event;
+        yaml_sequence_end_event_initialize(&event);
+        send(event);
+    }
+};
+
+} // namespace
+
+std::optional<QString> encodeFrontMatter(const SermonMetadata& metadata)
+{
+    if (metadata.occasions.isEmpty() && metadata.scripture.isEmpty() && metadata.series.isEmpty()
+        && !metadata.duration)
+        return std::nullopt;
+
+    Emitter e;
+    yaml_event_t event;
+    yaml_stream_start_event_initialize(&event, YAML_UTF8_ENCODING);
+    e.send(event);
+    yaml_document_start_event_initialize(&event, nullptr, nullptr, nullptr, 1);
+    e.send(event);
+    e.mappingStart();
+
+    if (!metadata.occasions.isEmpty()) {
+        // Latest first in the file; the stored order stays as it is.
+        QList<SermonOccasion> sorted = metadata.occasions;
+        std::stable_sort(sorted.begin(), sorted.end(),
+                         [](const SermonOccasion& a, const SermonOccasion& b) { return a.date > b.date; });
+        e.key("occasions");
+        e.sequenceStart();
+        for (const auto& occasion : sorted) {
+            e.mappingStart();
+            e.key("place");
+            e.string(occasion.place);
+            e.key("date");
+            e.string(YAMLDate::format(occasion.date));
+            e.mappingEnd();
+        }
+        e.sequenceEnd();
+    }
+    if (!metadata.scripture.isEmpty()) {
+        e.key("scripture");
+        e.string(metadata.scripture);
+    }
+    if (!metadata.series.isEmpty()) {
+        e.key("series");
+        e.string(metadata.series);
+    }
+    if (metadata.duration) {
+        e.key("duration");
+        e.scalar(QByteArray::number(*metadata.duration), YAML_PLAIN_SCALAR_STYLE);
+    }
+
+    e.mappingEnd();
+    yaml_document_end_event_initialize(&event, 1);
+    e.send(event);
+    yaml_stream_end_event_initialize(&event);
+    e.send(event);
+    if (!e.ok || !yaml_emitter_flush(&e.emitter))
+        return std::nullopt;
+    return QString::fromUtf8(e.output);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Reading
+
+namespace {
+
+struct Document {
+    yaml_document_t doc{};
+    bool loaded = false;
+    ~Document()
+    {
+        if (loaded)
+            yaml_document_delete(&doc);
+    }
+};
+
+struct Parser {
+    yaml_parser_t parser{};
+    Parser() { yaml_parser_initialize(&parser); }
+    ~Parser() { yaml_parser_delete(&parser); }
+};
+
+QString scalarText(const yaml_node_t* node)
+{
+    return QString::fromUtf8(reinterpret_cast<const char*>(node->data.scalar.value),
+                             qsizetype(node->data.scalar.length));
+}
+
+bool isMergeKey(const yaml_node_t* key)
+{
+    return key && key->type == YAML_SCALAR_NODE && key->data.scalar.style == YAML_PLAIN_SCALAR_STYLE
+           && scalarText(key) == QLatin1String("<<");
+}
+
+// The pairs of a mapping by key text, with `<<` merges resolved: explicit keys win, then the
+// merged mappings in order. Merges nest only so deep, which keeps alias loops finite.
+class Mapping {
+public:
+    Mapping(yaml_document_t* doc, const yaml_node_t* node) : m_doc(doc) { collect(node, 0); }
+
+    const yaml_node_t* value(const char* key) const
+    {
+        const QString name = QString::fromLatin1(key);
+        for (const auto& [k, v] : m_pairs)
+            if (k == name)
+                return v;
+        return nullptr;
+    }
+
+private:
+    void collect(const yaml_node_t* node, int level)
+    {
+        if (!node || node->type != YAML_MAPPING_NODE || level > 8)
+            return;
+        std::vector<const yaml_node_t*> merges;
+        for (auto* pair = node->data.mapping.pairs.start; pair < node->data.mapping.pairs.top; ++pair) {
+            const yaml_node_t* key = yaml_document_get_node(m_doc, pair->key);
+            const yaml_node_t* value = yaml_document_get_node(m_doc, pair->value);
+            if (isMergeKey(key))
+                merges.push_back(value);
+            else if (key && key->type == YAML_SCALAR_NODE)
+                add(scalarText(key), value);
+        }
+        for (const yaml_node_t* merged : merges) {
+            if (merged && merged->type == YAML_SEQUENCE_NODE) {
+                for (auto* item = merged->data.sequence.items.start; item < merged->data.sequence.items.top; ++item)
+                    collect(yaml_document_get_node(m_doc, *item), level + 1);
+            } else {
+                collect(merged, level + 1);
+            }
+        }
+    }
+
+    void add(const QString& key, const yaml_node_t* value)
+    {
+        for (const auto& pair : m_pairs)
+            if (pair.first == key)
+                return;
+        m_pairs.emplace_back(key, value);
+    }
+
+    yaml_document_t* m_doc;
+    std::vector<std::pair<QString, const yaml_node_t*>> m_pairs;
+};
+
+QString stringField(const yaml_node_t* node)
+{
+    return node && node->type == YAML_SCALAR_NODE ? scalarText(node) : QString();
+}
+
+std::optional<int> integerField(const yaml_node_t* node)
+{
+    if (!node || node->type != YAML_SCALAR_NODE)
+        return std::nullopt;
+    static const QRegularExpression pattern(QStringLiteral("^[-+]?[0-9]+$"));
+    const QString text = scalarText(node);
+    if (!pattern.match(text).hasMatch())
+        return std::nullopt;
+    bool ok = false;
+    const int value = text.toInt(&ok);
+    return ok ? std::optional<int>(value) : std::nullopt;
+}
+
+std::optional<SermonOccasion> occasionField(yaml_document_t* doc, const yaml_node_t* node)
+{
+    if (!node || node->type != YAML_MAPPING_NODE)
+        return std::nullopt;
+    const Mapping fields(doc, node);
+    const yaml_node_t* date = fields.value("date");
+    if (!date || date->type != YAML_SCALAR_NODE)
+        return std::nullopt;
+    auto day = YAMLDate::parse(scalarText(date));
+    if (!day)
+        return std::nullopt;
+    SermonOccasion occasion;
+    occasion.place = stringField(fields.value("place"));
+    occasion.date = *day;
+    return occasion;
+}
+
+// A mapping anywhere in the block that repeats a key makes the block unreadable.
+bool hasDuplicatedKey(yaml_document_t* doc)
+{
+    for (yaml_node_t* node = doc->nodes.start; node < doc->nodes.top; ++node) {
+        if (node->type != YAML_MAPPING_NODE)
+            continue;
+        std::set<QString> seen;
+        for (auto* pair = node->data.mapping.pairs.start; pair < node->data.mapping.pairs.top; ++pair) {
+            const yaml_node_t* key = yaml_document_get_node(doc, pair->key);
+            if (key && key->type == YAML_SCALAR_NODE && !seen.insert(scalarText(key)).second)
+                return true;
+        }
+    }
+    return false;
+}
+
+QString parserProblem(const yaml_parser_t& parser)
+{
+    QString problem = QString::fromUtf8(parser.problem ? parser.problem : "invalid YAML");
+    if (parser.context)
+        problem = QString::fromUtf8(parser.context) + QLatin1Char(' ') + problem;
+    return QStringLiteral("%1 at line %2, column %3")
+        .arg(problem)
+        .arg(parser.problem_mark.line + 1)
+        .arg(parser.problem_mark.column + 1);
+}
+
+} // namespace
+
+FrontMatterResult decodeFrontMatter(const QString& yaml)
+{
+    const QByteArray utf8 = yaml.toUtf8();
+    Parser parser;
+    yaml_parser_set_input_string(&parser.parser, reinterpret_cast<const unsigned char*>(utf8.constData()),
+                                 size_t(utf8.size()));
+    Document document;
+    if (!yaml_parser_load(&parser.parser, &document.doc))
+        return {std::nullopt, parserProblem(parser.parser)};
+    document.loaded = true;
+
+    const yaml_node_t* top = yaml_document_get_root_node(&document.doc);
+    if (!top || top->type != YAML_MAPPING_NODE)
+        return {std::nullopt, QStringLiteral("The front matter is not a mapping")};
+    if (hasDuplicatedKey(&document.doc))
+        return {std::nullopt, QStringLiteral("The front matter repeats a key")};
+
+    Document next;
+    if (!yaml_parser_load(&parser.parser, &next.doc))
+        return {std::nullopt, parserProblem(parser.parser)};
+    next.loaded = true;
+    if (yaml_document_get_root_node(&next.doc))
+        return {std::nullopt, QStringLiteral("The front matter holds more than one document")};
+
+    const Mapping fields(&document.doc, top);
+    SermonMetadata metadata;
+    if (const yaml_node_t* list = fields.value("occasions"); list && list->type == YAML_SEQUENCE_NODE) {
+        for (auto* item = list->data.sequence.items.start; item < list->data.sequence.items.top; ++item)
+            if (auto occasion = occasionField(&document.doc, yaml_document_get_node(&document.doc, *item)))
+                metadata.occasions.append(*occasion);
+    }
+    metadata.scripture = stringField(fields.value("scripture"));
+    metadata.series = stringField(fields.value("series"));
+    metadata.duration = integerField(fields.value("duration"));
+    return {metadata, {}};
+}

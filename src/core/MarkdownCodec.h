@@ -1,0 +1,34 @@
+#pragma once
+
+#include "SermonMetadata.h"
+#include "SermonNode.h"
+
+#include <QLoggingCategory>
+#include <QStringList>
+
+Q_DECLARE_LOGGING_CATEGORY(lcMarkdownCodec)
+
+// Reader and writer of the sermon file: an optional YAML block, then a Markdown body of
+// headings, list items, block quotes and plain lines. Pure functions apart from two log lines.
+namespace MarkdownCodec {
+
+inline const QString collapseMarker = QStringLiteral("[//]: # (collapsed)");
+
+struct SplitResult {
+    SermonMetadata metadata;
+    QStringList body;
+};
+
+QString serialize(const SermonMetadata& metadata, const SermonNode& root);
+SplitResult splitFrontMatter(const QString& text);
+SermonNodePtr parseBody(const QStringList& lines);
+
+// Writes one branch with its top as a heading of level `depth` + 1 (the clipboard's form).
+void branchLines(const SermonNode& node, int depth, QStringList& lines, bool isFirst);
+
+// Helpers shared with the rest of the core: the format's notion of blanks.
+bool isBlank(QChar c);          // Unicode space separators and tab, never line breaks
+QString trimmed(const QString& s);
+int indentation(const QString& line); // space 1 column, tab 4
+
+} // namespace MarkdownCodec

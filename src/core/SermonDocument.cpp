@@ -1,0 +1,133 @@
+#include "SermonDocument.h"
+
+#include "MarkdownCodec.h"
+#include "UndoManager.h"
+
+#include <QPointer>
+#include <QStringDecoder>
+
+#include <utility>
+
+QString describe(SermonReadError error)
+{
+    switch (error) {
+    case SermonReadError::empty:
+        return QStringLiteral("the file is empty");
+    case SermonReadError::notUtf8:
+        return QStringLiteral("the file is not UTF-8 text");
+    }
+    return {};
+}
+
+std::optional<SermonContents> readSermon(const QByteArray& bytes, SermonReadError* error)
+{
+    auto fail = [error](SermonReadError why) {
+        if (error)
+            *error = why;
+        return std::nullopt;
+    };
+    if (bytes.isEmpty())
+        return fail(SermonReadError::empty);
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder.decode(bytes);
+    if (decoder.hasError())
+        return fail(SermonReadError::notUtf8);
+    if (text.isEmpty())
+        return fail(SermonReadError::empty);
+    auto split = MarkdownCodec::splitFrontMatter(text);
+    return SermonContents{std::move(split.metadata), MarkdownCodec::parseBody(split.body)};
+}
+
+SermonDocument::SermonDocument(SermonNodePtr root, SermonMetadata metadata, QObject* parent)
+    : QObject(parent), m_metadata(std::move(metadata)), m_root(std::move(root))
+{
+}
+
+SermonDocument::SermonDocument(SermonContents contents, QObject* parent)
+    : SermonDocument(std::move(contents.root), std::move(contents.metadata), parent)
+{
+}
+
+bool SermonDocument::setMetadata(const SermonMetadata& metadata)
+{
+    if (m_metadata == metadata)
+        return false;
+    m_metadata = metadata;
+    emit metadataChanged();
+    return true;
+}
+
+bool SermonDocument::setRoot(SermonNodePtr root)
+{
+    if (m_root == root)
+        return false;
+    m_root = std::move(root);
+    emit rootChanged();
+    return true;
+}
+
+UndoSnapshot SermonDocument::present() const
+{
+    return {m_root->deepCopy(false), m_metadata, m_currentSelectedNodeID};
+}
+
+void SermonDocument::restore(UndoSnapshot snapshot)
+{
+    setRoot(std::move(snapshot.root));
+    setMetadata(snapshot.metadata);
+    m_lastRestoredNodeID = snapshot.selectedNodeID;
+    ++m_undoRedoGeneration;
+    emit undoRedoGenerationChanged(m_undoRedoGeneration);
+}
+
+void SermonDocument::fileStep(UndoManager* manager, void (SermonDocument::*step)(UndoManager*))
+{
+    if (!manager)
+        return;
+    QPointer<SermonDocument> self(this);
+    manager->registerUndo([self, manager, step] {
+        if (self)
+            (self->*step)(manager);
+    });
+}
+
+void SermonDocument::captureUndo(std::optional<NodeID> selection, UndoManager* manager)
+{
+    m_undoStack.push_back({m_root->deepCopy(false), m_metadata, selection});
+    if (m_undoStack.size() > size_t(undoLimit))
+        m_undoStack.erase(m_undoStack.begin());
+    m_redoStack.clear();
+    fileStep(manager, &SermonDocument::undo);
+}
+
+void SermonDocument::undo(UndoManager* manager)
+{
+    if (m_undoStack.empty())
+        return;
+    UndoSnapshot taken = std::move(m_undoStack.back());
+    m_undoStack.pop_back();
+    m_redoStack.push_back(present());
+    restore(std::move(taken));
+    fileStep(manager, &SermonDocument::redo);
+}
+
+void SermonDocument::redo(UndoManager* manager)
+{
+    if (m_redoStack.empty())
+        return;
+    UndoSnapshot taken = std::move(m_redoStack.back());
+    m_redoStack.pop_back();
+    m_undoStack.push_back(present());
+    restore(std::move(taken));
+    fileStep(manager, &SermonDocument::undo);
+}
+
+QString SermonDocument::snapshot() const
+{
+    return MarkdownCodec::serialize(m_metadata, *m_root);
+}
+
+QByteArray SermonDocument::fileContents() const
+{
+    return snapshot().toUtf8();
+}

@@ -1,0 +1,141 @@
+#include "CommandLine.h"
+
+#include "core/ReadingPace.h"
+#include "core/SermonDocument.h"
+#include "core/SermonJson.h"
+#include "core/WordCount.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace CommandLine {
+
+namespace {
+
+constexpr int exitOK = 0;
+constexpr int exitUnreadable = 1;
+constexpr int exitUsage = 2;
+
+std::optional<SermonContents> load(const QString& path, QTextStream& err)
+{
+    auto fail = [&](const QString& why) {
+        err << "orantium: " << path << ": " << why << Qt::endl;
+        return std::nullopt;
+    };
+    if (QFileInfo(path).isDir())
+        return fail(QStringLiteral("is a folder, not a file"));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(file.errorString());
+    SermonReadError error{};
+    auto contents = readSermon(file.readAll(), &error);
+    if (!contents)
+        return fail(describe(error));
+    return contents;
+}
+
+int usageError(const QString& message, QTextStream& err)
+{
+    err << "orantium: " << message << Qt::endl << usage();
+    err.flush();
+    return exitUsage;
+}
+
+int exportCommand(const QStringList& args, QTextStream& out, QTextStream& err)
+{
+    QString format;
+    QString path;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        if (args[i] == QLatin1String("--to") && i + 1 < args.size())
+            format = args[++i];
+        else if (args[i].startsWith(QLatin1String("--to=")))
+            format = args[i].mid(5);
+        else if (path.isEmpty() && !args[i].startsWith(QLatin1String("--")))
+            path = args[i];
+        else
+            return usageError(QStringLiteral("unexpected argument \"%1\"").arg(args[i]), err);
+    }
+    if (format != QLatin1String("json") && format != QLatin1String("markdown"))
+        return usageError(QStringLiteral("export needs --to json or --to markdown"), err);
+    if (path.isEmpty())
+        return usageError(QStringLiteral("export needs a file"), err);
+    auto contents = load(path, err);
+    if (!contents)
+        return exitUnreadable;
+    if (format == QLatin1String("json"))
+        out << QString::fromUtf8(SermonJson::toJson(contents->metadata, *contents->root)) << '\n';
+    else
+        out << SermonDocument(std::move(*contents)).snapshot();
+    out.flush();
+    return exitOK;
+}
+
+int statsCommand(const QStringList& args, QTextStream& out, QTextStream& err)
+{
+    int wpm = ReadingPaces::defaultWPM;
+    QString path;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        if (args[i] == QLatin1String("--wpm") && i + 1 < args.size()) {
+            bool ok = false;
+            wpm = args[++i].toInt(&ok);
+            if (!ok || wpm < 1)
+                return usageError(QStringLiteral("--wpm needs a whole number above 0"), err);
+        } else if (path.isEmpty() && !args[i].startsWith(QLatin1String("--"))) {
+            path = args[i];
+        } else {
+            return usageError(QStringLiteral("unexpected argument \"%1\"").arg(args[i]), err);
+        }
+    }
+    if (path.isEmpty())
+        return usageError(QStringLiteral("stats needs a file"), err);
+    auto contents = load(path, err);
+    if (!contents)
+        return exitUnreadable;
+    out << WordCount::statusText(*contents->root, wpm) << '\n';
+    out.flush();
+    return exitOK;
+}
+
+} // namespace
+
+QString usage()
+{
+    return QStringLiteral(
+        "Usage:\n"
+        "  orantium [FILE.md ...]                    open sermons in windows\n"
+        "  orantium export --to json|markdown FILE   print the sermon as JSON or as saved Markdown\n"
+        "  orantium stats FILE [--wpm N]             print its word count and spoken minutes\n"
+        "  orantium --help | --version\n");
+}
+
+bool handles(const QStringList& arguments)
+{
+    if (arguments.size() < 2)
+        return false;
+    const QString& first = arguments[1];
+    return first == QLatin1String("export") || first == QLatin1String("stats") || first == QLatin1String("--help")
+           || first == QLatin1String("-h") || first == QLatin1String("--version");
+}
+
+int run(const QStringList& arguments, QTextStream& out, QTextStream& err)
+{
+    const QString command = arguments.value(1);
+    const QStringList rest = arguments.mid(2);
+    if (command == QLatin1String("--help") || command == QLatin1String("-h")) {
+        out << "Orantium prepares and delivers sermons written as Markdown outlines.\n\n" << usage();
+        out.flush();
+        return exitOK;
+    }
+    if (command == QLatin1String("--version")) {
+        out << "orantium " << ORANTIUM_VERSION << '\n';
+        out.flush();
+        return exitOK;
+    }
+    if (command == QLatin1String("export"))
+        return exportCommand(rest, out, err);
+    if (command == QLatin1String("stats"))
+        return statsCommand(rest, out, err);
+    return usageError(QStringLiteral("unknown command \"%1\"").arg(command), err);
+}
+
+} // namespace CommandLine

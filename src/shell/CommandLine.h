@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QStringList>
+#include <QTextStream>
+
+// The commands that work without a display: export and stats. `run` returns the exit status
+// (0 done, 1 unreadable file, 2 wrong usage); `handles` tells whether the arguments are one.
+namespace CommandLine {
+
+bool handles(const QStringList& arguments);
+int run(const QStringList& arguments, QTextStream& out, QTextStream& err);
+QString usage();
+
+} // namespace CommandLine
