@@ -4,6 +4,7 @@
 
 #include <yaml.h>
 
+#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -329,6 +330,21 @@ bool hasDuplicatedKey(yaml_document_t* doc)
     return false;
 }
 
+constexpr int maxFlowNesting = 256;
+
+int flowNesting(const QString& yaml)
+{
+    int depth = 0;
+    int deepest = 0;
+    for (QChar c : yaml) {
+        if (c == QLatin1Char('[') || c == QLatin1Char('{'))
+            deepest = std::max(deepest, ++depth);
+        else if ((c == QLatin1Char(']') || c == QLatin1Char('}')) && depth > 0)
+            --depth;
+    }
+    return deepest;
+}
+
 QString parserProblem(const yaml_parser_t& parser)
 {
     QString problem = QString::fromUtf8(parser.problem ? parser.problem : "invalid YAML");
@@ -344,6 +360,9 @@ QString parserProblem(const yaml_parser_t& parser)
 
 FrontMatterResult decodeFrontMatter(const QString& yaml)
 {
+    // The parser slows down with the square of the bracket nesting; no real block nests at all.
+    if (flowNesting(yaml) > maxFlowNesting)
+        return {std::nullopt, QStringLiteral("The front matter nests brackets too deeply")};
     const QByteArray utf8 = yaml.toUtf8();
     Parser parser;
     yaml_parser_set_input_string(&parser.parser, reinterpret_cast<const unsigned char*>(utf8.constData()),

@@ -78,13 +78,6 @@ SplitResult splitFrontMatter(const QString& text)
     return result;
 }
 
-namespace {
-
-struct Heading {
-    int depth;
-    QString text;
-};
-
 std::optional<Heading> parseHeading(const QString& s)
 {
     int hashes = 0;
@@ -94,11 +87,6 @@ std::optional<Heading> parseHeading(const QString& s)
         return std::nullopt;
     return Heading{hashes - 1, trimmed(s.mid(hashes + 1))};
 }
-
-struct ListItem {
-    int columns;
-    QString text;
-};
 
 std::optional<ListItem> parseListItem(const QString& line)
 {
@@ -121,6 +109,8 @@ std::optional<ListItem> parseListItem(const QString& line)
         return std::nullopt;
     return ListItem{columns, line.mid(i + 2)};
 }
+
+namespace {
 
 class BodyReader {
 public:

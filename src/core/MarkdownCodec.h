@@ -6,6 +6,8 @@
 #include <QLoggingCategory>
 #include <QStringList>
 
+#include <optional>
+
 Q_DECLARE_LOGGING_CATEGORY(lcMarkdownCodec)
 
 // Reader and writer of the sermon file: an optional YAML block, then a Markdown body of
@@ -30,5 +32,18 @@ void branchLines(const SermonNode& node, int depth, QStringList& lines, bool isF
 bool isBlank(QChar c);          // Unicode space separators and tab, never line breaks
 QString trimmed(const QString& s);
 int indentation(const QString& line); // space 1 column, tab 4
+
+// The shapes of a body line, shared with the reading of pasted text.
+struct Heading {
+    int depth; // 0 for '#'
+    QString text;
+};
+std::optional<Heading> parseHeading(const QString& trimmedLine);
+
+struct ListItem {
+    int columns;
+    QString text;
+};
+std::optional<ListItem> parseListItem(const QString& line);
 
 } // namespace MarkdownCodec

@@ -28,7 +28,7 @@ std::optional<SermonContents> readSermon(const QByteArray& bytes, SermonReadErro
     };
     if (bytes.isEmpty())
         return fail(SermonReadError::empty);
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
     const QString text = decoder.decode(bytes);
     if (decoder.hasError())
         return fail(SermonReadError::notUtf8);

@@ -1,0 +1,144 @@
+#include "TreeOutline.h"
+
+#include "core/SermonDocument.h"
+#include "core/UndoManager.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+SermonDocument makeDocument()
+{
+    auto root = SermonNode::make(QStringLiteral("Title"), 0);
+    root->addChild(QStringLiteral("first"));
+    return SermonDocument(root);
+}
+
+void rename(SermonDocument& doc, const QString& text, UndoManager* manager = nullptr)
+{
+    doc.captureUndo(doc.root()->id(), manager);
+    doc.root()->setText(text);
+}
+
+TEST(SermonDocument, KeepsFiftyStepsAndDropsTheOldest)
+{
+    auto doc = makeDocument();
+    for (int i = 1; i <= 51; ++i)
+        rename(doc, QString::number(i));
+    EXPECT_EQ(doc.undoStack().size(), 50u);
+    for (int i = 0; i < 50; ++i)
+        doc.undo();
+    EXPECT_EQ(doc.root()->text(), "1"); // the step back to "Title" was dropped
+    EXPECT_TRUE(doc.undoStack().empty());
+    const int generation = doc.undoRedoGeneration();
+    doc.undo();
+    EXPECT_EQ(doc.undoRedoGeneration(), generation);
+    EXPECT_EQ(doc.root()->text(), "1");
+}
+
+TEST(SermonDocument, UndoRedoRestoresTreeMetadataAndSelection)
+{
+    auto doc = makeDocument();
+    const auto first = doc.root()->children().front();
+    const NodeID firstID = first->id();
+
+    doc.captureUndo(firstID);
+    SermonMetadata m;
+    m.series = QStringLiteral("Advent");
+    doc.setMetadata(m);
+    doc.root()->removeNode(firstID);
+    doc.setCurrentSelectedNodeID(doc.root()->id());
+
+    doc.undo();
+    EXPECT_EQ(doc.metadata(), SermonMetadata{});
+    ASSERT_EQ(doc.root()->children().size(), 1u);
+    EXPECT_EQ(doc.root()->children().front()->id(), firstID);
+    EXPECT_EQ(doc.lastRestoredNodeID(), firstID);
+
+    doc.redo();
+    EXPECT_EQ(doc.metadata().series, "Advent");
+    EXPECT_TRUE(doc.root()->children().empty());
+    EXPECT_EQ(doc.lastRestoredNodeID(), doc.root()->id());
+    EXPECT_EQ(doc.undoRedoGeneration(), 2);
+}
+
+TEST(SermonDocument, ANewEditEmptiesRedo)
+{
+    auto doc = makeDocument();
+    rename(doc, QStringLiteral("a"));
+    doc.undo();
+    EXPECT_EQ(doc.redoStack().size(), 1u);
+    rename(doc, QStringLiteral("b"));
+    EXPECT_TRUE(doc.redoStack().empty());
+    doc.redo();
+    EXPECT_EQ(doc.root()->text(), "b");
+}
+
+TEST(SermonDocument, TheUndoManagerDrivesTheStacksAndTheModifiedState)
+{
+    auto doc = makeDocument();
+    UndoManager manager;
+    EXPECT_TRUE(manager.isClean());
+    rename(doc, QStringLiteral("a"), &manager);
+    rename(doc, QStringLiteral("b"), &manager);
+    EXPECT_FALSE(manager.isClean());
+    manager.markClean();
+
+    manager.undo();
+    EXPECT_EQ(doc.root()->text(), "a");
+    EXPECT_FALSE(manager.isClean());
+    EXPECT_TRUE(manager.canRedo());
+    manager.redo();
+    EXPECT_EQ(doc.root()->text(), "b");
+    EXPECT_TRUE(manager.isClean());
+
+    // An edit below the saved state can never lead back to it.
+    manager.undo();
+    rename(doc, QStringLiteral("c"), &manager);
+    EXPECT_FALSE(manager.canRedo());
+    manager.undo();
+    EXPECT_EQ(doc.root()->text(), "a");
+    EXPECT_FALSE(manager.isClean());
+
+    // A capture without a manager fills the stacks but shows nothing to undo.
+    UndoManager other;
+    rename(doc, QStringLiteral("d"));
+    EXPECT_FALSE(other.canUndo());
+    EXPECT_EQ(doc.undoStack().size(), 2u);
+}
+
+TEST(SermonDocument, ReadingRefusesEmptyAndNonUtf8Bytes)
+{
+    SermonReadError error{};
+    EXPECT_FALSE(readSermon(QByteArray(), &error));
+    EXPECT_EQ(error, SermonReadError::empty);
+    EXPECT_FALSE(readSermon(QByteArray("# T\n\xff\xfe broken\n"), &error));
+    EXPECT_EQ(error, SermonReadError::notUtf8);
+    EXPECT_FALSE(readSermon(QByteArray("\xc3"), &error));
+    EXPECT_EQ(error, SermonReadError::notUtf8);
+
+    auto blank = readSermon(QByteArray("\n"));
+    ASSERT_TRUE(blank);
+    EXPECT_EQ(outline(*blank->root), "0 Untitled");
+
+    auto fenceOnly = readSermon(QByteArray("---\n---\n"));
+    ASSERT_TRUE(fenceOnly);
+    EXPECT_EQ(outline(*fenceOnly->root), "0 Untitled");
+    EXPECT_EQ(SermonDocument(std::move(*fenceOnly)).snapshot(), "# Untitled\n");
+}
+
+TEST(SermonDocument, SettersNotifyOnlyRealChanges)
+{
+    auto doc = makeDocument();
+    int metadataSignals = 0;
+    int rootSignals = 0;
+    QObject::connect(&doc, &SermonDocument::metadataChanged, [&] { ++metadataSignals; });
+    QObject::connect(&doc, &SermonDocument::rootChanged, [&] { ++rootSignals; });
+    EXPECT_FALSE(doc.setMetadata(SermonMetadata{}));
+    EXPECT_FALSE(doc.setRoot(doc.root()));
+    EXPECT_TRUE(doc.setRoot(doc.root()->deepCopy(false)));
+    EXPECT_EQ(metadataSignals, 0);
+    EXPECT_EQ(rootSignals, 1);
+}
+
+} // namespace

@@ -1,0 +1,158 @@
+#include "TreeOutline.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// root "R" with a [a1, a2], b (leaf), c [c1]
+struct Tree {
+    SermonNodePtr root = SermonNode::make(QStringLiteral("R"), 0);
+    SermonNodePtr a = root->addChild(QStringLiteral("a"));
+    SermonNodePtr a1 = a->addChild(QStringLiteral("a1"));
+    SermonNodePtr a2 = a->addChild(QStringLiteral("a2"));
+    SermonNodePtr b = root->addChild(QStringLiteral("b"));
+    SermonNodePtr c = root->addChild(QStringLiteral("c"));
+    SermonNodePtr c1 = c->addChild(QStringLiteral("c1"));
+};
+
+TEST(SermonNode, LookupsTreatTheRootAsTheirOwnStart)
+{
+    Tree t;
+    EXPECT_EQ(t.root->find(t.root->id()), t.root);
+    EXPECT_EQ(t.root->parent(t.root->id()), nullptr);
+    EXPECT_EQ(t.root->parent(t.a2->id()), t.a);
+    EXPECT_EQ(t.root->parent(t.c->id()), t.root);
+    EXPECT_EQ(t.root->find(makeNodeID()), nullptr);
+    EXPECT_FALSE(t.root->removeNode(t.root->id()));
+    EXPECT_FALSE(t.root->removeNode(makeNodeID()));
+    EXPECT_EQ(t.root->parentIndex().count(t.root->id()), 0u);
+    EXPECT_EQ(t.root->parentIndex().at(t.c1->id()), t.c);
+    EXPECT_EQ(t.root->nodeIndex().size(), 7u);
+}
+
+TEST(SermonNode, FlattenedIsPreOrderWithCollapsedSubtrees)
+{
+    Tree t;
+    t.a->setCollapsed(true);
+    EXPECT_EQ(outline(*t.root), "0 R | 1c a | 2 a1 | 2 a2 | 1 b | 1 c | 2 c1");
+}
+
+TEST(SermonNode, SettersReportOnlyRealChanges)
+{
+    auto node = SermonNode::make(QStringLiteral("x"), 1);
+    EXPECT_FALSE(node->setText(QStringLiteral("x")));
+    EXPECT_TRUE(node->setText(QStringLiteral("y")));
+    EXPECT_FALSE(node->setDepth(1));
+    EXPECT_TRUE(node->setQuote(true));
+    EXPECT_FALSE(node->setQuote(true));
+    EXPECT_TRUE(node->setCollapsed(true));
+    EXPECT_FALSE(node->setCollapsed(true));
+}
+
+TEST(SermonNode, AddChildOnAQuoteLeavesTheNodeUnattached)
+{
+    auto quote = SermonNode::make(QStringLiteral("q"), 1);
+    quote->setQuote(true);
+    auto child = quote->addChild(QStringLiteral("x"));
+    ASSERT_NE(child, nullptr);
+    EXPECT_EQ(child->depth(), 2);
+    EXPECT_TRUE(quote->children().empty());
+}
+
+TEST(SermonNode, AddChildExpandsButMoveNodeDoesNot)
+{
+    Tree t;
+    t.c->setCollapsed(true);
+    t.c->addChild(QStringLiteral("c2"));
+    EXPECT_FALSE(t.c->isCollapsed());
+
+    t.a->setCollapsed(true);
+    ASSERT_TRUE(t.root->moveNode(t.b->id(), t.a->id(), 0));
+    EXPECT_TRUE(t.a->isCollapsed());
+    EXPECT_EQ(t.a->children().front(), t.b);
+}
+
+TEST(SermonNode, MoveNodeRefusalsLeaveTheTreeUntouched)
+{
+    Tree t;
+    t.b->setQuote(true);
+    const QString before = outline(*t.root);
+    struct Case {
+        const char* what;
+        NodeID node;
+        NodeID target;
+    } cases[] = {
+        {"the root itself", t.root->id(), t.a->id()},
+        {"into its own child", t.a->id(), t.a1->id()},
+        {"into itself", t.a->id(), t.a->id()},
+        {"onto a quote", t.c1->id(), t.b->id()},
+        {"an unknown node", makeNodeID(), t.a->id()},
+        {"to an unknown parent", t.a1->id(), makeNodeID()},
+    };
+    for (const auto& c : cases) {
+        EXPECT_FALSE(t.root->moveNode(c.node, c.target, 0)) << c.what;
+        EXPECT_EQ(outline(*t.root), before) << c.what;
+    }
+}
+
+TEST(SermonNode, MoveNodeClampsItsIndexAndRenumbersTheSubtree)
+{
+    Tree t;
+    ASSERT_TRUE(t.root->moveNode(t.c->id(), t.a2->id(), 99));
+    EXPECT_EQ(outline(*t.root), "0 R | 1 a | 2 a1 | 2 a2 | 3 c | 4 c1 | 1 b");
+    // Within one parent the index counts the list without the moved node.
+    ASSERT_TRUE(t.root->moveNode(t.a1->id(), t.a->id(), 1));
+    EXPECT_EQ(outline(*t.root), "0 R | 1 a | 2 a2 | 3 c | 4 c1 | 2 a1 | 1 b");
+}
+
+TEST(SermonNode, DeepCopyKeepsOrRenewsIds)
+{
+    Tree t;
+    t.a2->setQuote(true);
+    auto same = t.root->deepCopy(false);
+    EXPECT_EQ(outline(*same), outline(*t.root));
+    EXPECT_NE(same->find(t.a2->id()), nullptr);
+    EXPECT_NE(same->find(t.a2->id()), t.a2);
+
+    auto fresh = t.root->deepCopy(true);
+    EXPECT_EQ(outline(*fresh), outline(*t.root));
+    for (const auto& node : fresh->flattened())
+        EXPECT_EQ(t.root->find(node->id()), nullptr);
+}
+
+TEST(SermonNode, HasOnlyLeafChildren)
+{
+    Tree t;
+    EXPECT_FALSE(t.b->hasOnlyLeafChildren());
+    EXPECT_TRUE(t.a->hasOnlyLeafChildren());
+    EXPECT_FALSE(t.root->hasOnlyLeafChildren());
+    t.a1->addChild(QStringLiteral("deeper"));
+    EXPECT_FALSE(t.a->hasOnlyLeafChildren());
+}
+
+TEST(SermonNode, DepthRenumberingClosesGaps)
+{
+    auto heading = SermonNode::make(QStringLiteral("h"), 1);
+    auto skipped = SermonNode::make(QStringLiteral("deep"), 4);
+    skipped->children().push_back(SermonNode::make(QStringLiteral("deeper"), 7));
+    heading->children().push_back(skipped);
+    heading->setDepthRecursive(2);
+    EXPECT_EQ(outline(*heading), "2 h | 3 deep | 4 deeper");
+    heading->setChildrenDepth(1);
+    EXPECT_EQ(outline(*heading), "2 h | 1 deep | 2 deeper");
+}
+
+TEST(SermonNode, SiblingInsertionAndRemoval)
+{
+    Tree t;
+    auto after = t.root->insertSiblingAfter(t.a1->id(), QStringLiteral("after"));
+    auto before = t.root->insertSiblingBefore(t.a1->id(), QStringLiteral("before"));
+    ASSERT_TRUE(after && before);
+    EXPECT_EQ(t.root->insertSiblingAfter(t.root->id(), QStringLiteral("x")), nullptr);
+    EXPECT_EQ(outline(*t.a), "1 a | 2 before | 2 a1 | 2 after | 2 a2");
+    EXPECT_TRUE(t.root->removeNode(t.a1->id()));
+    EXPECT_EQ(outline(*t.a), "1 a | 2 before | 2 after | 2 a2");
+    EXPECT_EQ(t.a1->text(), "a1"); // the removed subtree is left as it was
+}
+
+} // namespace

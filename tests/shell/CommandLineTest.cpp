@@ -1,0 +1,107 @@
+#include "shell/CommandLine.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Result {
+    int status;
+    QString out;
+    QString err;
+};
+
+Result run(QStringList args)
+{
+    args.prepend(QStringLiteral("orantium"));
+    Result r{0, {}, {}};
+    QTextStream out(&r.out);
+    QTextStream err(&r.err);
+    r.status = CommandLine::run(args, out, err);
+    return r;
+}
+
+class CommandLineTest : public ::testing::Test {
+protected:
+    QString file(const char* name, const QByteArray& bytes)
+    {
+        const QString path = dir.filePath(QString::fromUtf8(name));
+        QFile f(path);
+        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(bytes);
+        return path;
+    }
+    QTemporaryDir dir;
+};
+
+TEST_F(CommandLineTest, ExportsJsonInStoredOrderWithoutIds)
+{
+    const QString path = file("s.md",
+                              "---\noccasions:\n- place: B\n  date: '2025-01-01'\n- place: \"A\\\"\"\n  date: "
+                              "'2026-01-01'\nduration: 20\n---\n\n# T\n\n> q\n");
+    const auto r = run({QStringLiteral("export"), QStringLiteral("--to"), QStringLiteral("json"), path});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out.toStdString(),
+              "{\"metadata\":{\"occasions\":[{\"place\":\"B\",\"date\":\"2025-01-01\"},{\"place\":\"A\\\"\",\"date\":"
+              "\"2026-01-01\"}],\"scripture\":\"\",\"series\":\"\",\"duration\":20},\"root\":{\"text\":\"T\",\"depth\":0,"
+              "\"isCollapsed\":false,\"isQuote\":false,\"children\":[{\"text\":\"q\",\"depth\":1,\"isCollapsed\":false,"
+              "\"isQuote\":true,\"children\":[]}]}}\n");
+}
+
+TEST_F(CommandLineTest, ExportsMarkdownAsSavingWould)
+{
+    const QString path = file("s.md", "* a\n  + b\n* c");
+    const auto r = run({QStringLiteral("export"), QStringLiteral("--to"), QStringLiteral("markdown"), path});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out.toStdString(), "# Untitled\n\n- a\n  - b\n- c\n");
+}
+
+TEST_F(CommandLineTest, StatsUsesThePace)
+{
+    const QString path = file("s.md", "# One two\n\nthree four five\n");
+    EXPECT_EQ(run({QStringLiteral("stats"), path}).out, "5 words · 1 min @120wpm\n");
+    EXPECT_EQ(run({QStringLiteral("stats"), path, QStringLiteral("--wpm"), QStringLiteral("2")}).out,
+              "5 words · 3 min @2wpm\n");
+}
+
+TEST_F(CommandLineTest, UnreadableFilesAndWrongUsage)
+{
+    const QString empty = file("empty.md", QByteArray());
+    const QString binary = file("bin.md", QByteArray("\x89PNG\r\n\x1a\n\xff\x00", 10));
+    struct Row {
+        QStringList args;
+        int status;
+    } rows[] = {
+        {{QStringLiteral("stats"), empty}, 1},
+        {{QStringLiteral("stats"), binary}, 1},
+        {{QStringLiteral("stats"), dir.filePath(QStringLiteral("missing.md"))}, 1},
+        {{QStringLiteral("stats"), dir.path()}, 1},
+        {{QStringLiteral("stats")}, 2},
+        {{QStringLiteral("stats"), empty, QStringLiteral("--wpm"), QStringLiteral("fast")}, 2},
+        {{QStringLiteral("export"), empty}, 2},
+        {{QStringLiteral("export"), QStringLiteral("--to"), QStringLiteral("pdf"), empty}, 2},
+        {{QStringLiteral("frobnicate")}, 2},
+    };
+    for (const auto& row : rows) {
+        const auto r = run(row.args);
+        EXPECT_EQ(r.status, row.status) << row.args.join(QLatin1Char(' ')).toStdString();
+        EXPECT_TRUE(r.out.isEmpty());
+        EXPECT_FALSE(r.err.isEmpty());
+        if (row.status == 1) {
+            EXPECT_TRUE(r.err.contains(row.args.at(1)));
+            EXPECT_EQ(r.err.count(QLatin1Char('\n')), 1) << r.err.toStdString();
+        }
+    }
+}
+
+TEST_F(CommandLineTest, HelpAndVersion)
+{
+    EXPECT_EQ(run({QStringLiteral("--help")}).status, 0);
+    EXPECT_TRUE(run({QStringLiteral("--help")}).out.contains(QLatin1String("export --to json|markdown")));
+    EXPECT_TRUE(run({QStringLiteral("--version")}).out.startsWith(QLatin1String("orantium ")));
+    EXPECT_FALSE(CommandLine::handles({QStringLiteral("orantium"), QStringLiteral("sermon.md")}));
+    EXPECT_TRUE(CommandLine::handles({QStringLiteral("orantium"), QStringLiteral("stats")}));
+}
+
+} // namespace
