@@ -1,0 +1,52 @@
+#pragma once
+
+#include "NodeLayout.h"
+
+#include <QPointF>
+#include <QRectF>
+#include <QString>
+
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+// A node that has just left the layout, drawn fading where it was.
+struct GhostNode {
+    NodeLayout layout;
+    QString text;
+};
+
+// Where a dragged node would land: a position among a parent's children.
+struct DropTarget {
+    NodeID parentID;
+    int index = 0;
+    double cursorY = 0; // canvas y of the pointer, to pick the nearer side of the indicator
+};
+
+// Everything a drawing pass reads besides the tree and its layout tables: the viewport, the
+// selection and search state of whoever edits the document, and the offsets of running animations.
+struct MapDrawState {
+    double scale = 1.0;
+    QPointF panOffset; // view position of the canvas origin
+    int readingPaceWPM = 120;
+
+    std::optional<NodeID> selectedNodeID;
+    std::unordered_set<NodeID> selectedNodeIDs;
+    std::optional<NodeID> editingNodeID; // not drawn: the editor stands in its place
+
+    bool isSearching = false;
+    QString searchQuery;
+    std::vector<NodeID> searchMatches;
+    std::unordered_set<NodeID> searchMatchSet;
+    int currentMatchIndex = 0;
+
+    std::unordered_map<NodeID, QPointF> nodeAnimOffsets;
+    double animationProgress = 1.0;
+    std::unordered_set<NodeID> fadeInNodeIDs;
+    std::unordered_map<NodeID, GhostNode> fadeOutGhosts;
+
+    std::optional<NodeID> dragNodeID;
+    std::optional<DropTarget> dropTarget;
+    std::optional<QRectF> lassoRect; // canvas points
+};

@@ -1,0 +1,480 @@
+#include "MapDrawing.h"
+
+#include "MapLayoutState.h"
+#include "MapPalette.h"
+#include "TextBitmapCache.h"
+#include "TreeLayout.h"
+
+#include "core/PerformanceLog.h"
+#include "core/ReadingPace.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <cmath>
+
+namespace MapDrawing {
+
+namespace {
+
+QPen strokePen(const QColor& colour, double width)
+{
+    QPen pen(colour, width, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+    return pen;
+}
+
+// Interval overlap with closed ends, so a horizontal line (zero height) still counts as visible.
+bool touches(const QRectF& visible, double x0, double y0, double x1, double y1)
+{
+    return std::max(x0, x1) >= visible.left() && std::min(x0, x1) <= visible.right()
+        && std::max(y0, y1) >= visible.top() && std::min(y0, y1) <= visible.bottom();
+}
+
+// Everything one pass needs that is the same for every node.
+struct Pass {
+    QPainter& painter;
+    const MapLayoutState& tables;
+    const MapDrawState& state;
+    const MapPalette& palette;
+    TextBitmapCache& cache;
+    std::array<QFontMetricsF, 3> metrics{QFontMetricsF(TreeLayout::nodeFont(0)),
+                                         QFontMetricsF(TreeLayout::nodeFont(1)),
+                                         QFontMetricsF(TreeLayout::nodeFont(2))};
+
+    const QFontMetricsF& metricsFor(int depth) const { return metrics[std::clamp(depth, 0, 2)]; }
+
+    // Looks the bitmap up, renders and stores it on a miss; null when it can't be rendered.
+    std::optional<TextBitmapCache::Bitmap> bitmap(const TextBitmapKey& key)
+    {
+        if (const auto* hit = cache.lookup(key, state.scale, palette.isDark))
+            return TextBitmapCache::Bitmap{hit->image, hit->naturalSize};
+        auto rendered = TextBitmapCache::render(key, state.scale, palette.isDark);
+        if (rendered)
+            cache.store(key, rendered->image, rendered->naturalSize);
+        return rendered;
+    }
+
+    // Blits at a whole device pixel, where a plain scale and pan allow, so glyphs stay sharp.
+    void drawBitmap(const TextBitmapCache::Bitmap& b, QPointF topLeft)
+    {
+        const QTransform world = painter.worldTransform();
+        if (world.type() > QTransform::TxScale) {
+            painter.drawImage(QRectF(topLeft, b.naturalSize), b.image);
+            return;
+        }
+        const QPointF device = world.map(topLeft);
+        const QRectF target(QPointF(std::round(device.x()), std::round(device.y())),
+                            QSizeF(b.naturalSize.width() * world.m11(), b.naturalSize.height() * world.m22()));
+        painter.setWorldTransform(QTransform());
+        painter.drawImage(target, b.image);
+        painter.setWorldTransform(world);
+    }
+
+    void drawLabel(const QString& text, double size, QFont::Weight weight, double opacity,
+                   const std::function<QPointF(QSizeF)>& place)
+    {
+        const auto b = bitmap(TextBitmapKey{text, size, double(weight), false});
+        if (!b)
+            return;
+        const double before = painter.opacity();
+        painter.setOpacity(before * opacity);
+        drawBitmap(*b, place(b->naturalSize));
+        painter.setOpacity(before);
+    }
+};
+
+void drawBrace(QPainter& painter, double x, double top, double bottom, const QPen& pen)
+{
+    const double mid = (top + bottom) * 0.5;
+    QPainterPath upper;
+    upper.moveTo(x + 8, top);
+    upper.quadTo(x, top, x, top + 8);
+    upper.lineTo(x, mid - 8);
+    upper.quadTo(x, mid, x - 8, mid);
+    QPainterPath lower;
+    lower.moveTo(x - 8, mid);
+    lower.quadTo(x, mid, x, mid + 8);
+    lower.lineTo(x, bottom - 8);
+    lower.quadTo(x, bottom, x + 8, bottom);
+    painter.strokePath(upper, pen);
+    painter.strokePath(lower, pen);
+}
+
+int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visible)
+{
+    const SermonNode* root = pass.tables.root.get();
+    if (!root || layouts.empty())
+        return 0;
+    QPainter& painter = pass.painter;
+    int count = 0;
+    std::vector<const SermonNode*> stack{root};
+    while (!stack.empty()) {
+        const SermonNode* node = stack.back();
+        stack.pop_back();
+        if (node->isCollapsed() || !node->hasChildren())
+            continue;
+        const auto pit = layouts.find(node->id());
+        if (pit == layouts.end())
+            continue;
+        ++count;
+        const auto& children = node->children();
+        for (const auto& child : children)
+            stack.push_back(child.get());
+
+        const NodeLayout& parent = pit->second;
+        const double startX = parent.maxX();
+
+        if (node->hasOnlyLeafChildren() && children.size() >= 2) {
+            const auto first = layouts.find(children.front()->id());
+            const auto last = layouts.find(children.back()->id());
+            if (first == layouts.end() || last == layouts.end())
+                continue;
+            const double x = startX + 14;
+            const double top = first->second.origin.y() + 3 + 2;
+            const double bottom = last->second.maxY() - 2;
+            // Pixel-identical to stroking everything: a brace out of view can't touch the image.
+            if (!touches(visible, x - 8, top, x + 8, bottom))
+                continue;
+            const double opacity = std::max(0.3 - 0.08 * parent.depth, 0.1);
+            drawBrace(painter, x, top, bottom, strokePen(MapPalette::withOpacity(pass.palette.ink, opacity), 1.0));
+            continue;
+        }
+
+        const double parentMidY = parent.midY();
+        const double opacity = std::max(0.4 - 0.1 * node->depth(), 0.1);
+        const QColor colour = MapPalette::withOpacity(pass.palette.ink, opacity);
+        for (const auto& child : children) {
+            const auto cit = layouts.find(child->id());
+            if (cit == layouts.end())
+                continue;
+            const NodeLayout& c = cit->second;
+            const bool childIsLeaf = !child->hasChildren();
+            const double endY = childIsLeaf ? c.maxY() - 2 : c.midY();
+            const double endX = childIsLeaf ? c.origin.x() + 4 : c.origin.x();
+            if (!touches(visible, startX, std::min(parentMidY, endY), endX, std::max(parentMidY, endY)))
+                continue;
+            const double midX = (startX + c.origin.x()) * 0.5;
+            const double r = std::min({8.0, midX - startX, std::abs(endY - parentMidY) * 0.5});
+            QPainterPath path;
+            if (std::abs(endY - parentMidY) < 1 || (childIsLeaf && children.size() == 1)) {
+                const double y = childIsLeaf ? endY : parentMidY;
+                path.moveTo(startX, y);
+                path.lineTo(endX, y);
+            } else {
+                const double s = endY >= parentMidY ? r : -r;
+                path.moveTo(startX, parentMidY);
+                path.lineTo(midX - r, parentMidY);
+                path.quadTo(midX, parentMidY, midX, parentMidY + s);
+                path.lineTo(midX, endY - s);
+                path.quadTo(midX, endY, midX + r, endY);
+                path.lineTo(endX, endY);
+            }
+            painter.strokePath(path, strokePen(colour, c.depth == 0 ? 2.0 : 1.0));
+        }
+    }
+    return count;
+}
+
+void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bool isSelected,
+              const std::optional<SearchHighlight>& marks)
+{
+    QPainter& painter = pass.painter;
+    const MapPalette& palette = pass.palette;
+    const QRectF f = layout.frame();
+    const SermonNode* node = pass.tables.node(layout.nodeID);
+
+    if (!layout.isLeaf) {
+        const int d = layout.depth;
+        const double a = d <= 0 ? 0.5 : d == 1 ? 0.35 : d == 2 ? 0.2 : 0.1;
+        painter.setPen(strokePen(MapPalette::withOpacity(palette.ink, a), d == 0 ? 2.0 : 1.0));
+        painter.setBrush(MapPalette::withOpacity(palette.ink, a * 0.1));
+        painter.drawRoundedRect(f, 6, 6);
+
+        const int words = pass.tables.subtreeWordCount(layout.nodeID);
+        const QString badge = timeBadgeText(words, pass.state.readingPaceWPM);
+        const bool hasChildren = node && node->hasChildren();
+        const bool collapsed = hasChildren && node->isCollapsed();
+        if (hasChildren) {
+            const QPointF centre(f.right(), f.center().y());
+            painter.setPen(strokePen(MapPalette::withOpacity(palette.ink, 0.3), 1.0));
+            painter.setBrush(palette.disclosureFace);
+            painter.drawEllipse(centre, 7, 7);
+            pass.drawLabel(collapsed ? QStringLiteral("+") : QString(QChar(0x2212)), 11, QFont::Medium, 0.5,
+                           [&](QSizeF s) { return centre - QPointF(s.width() * 0.5, s.height() * 0.5); });
+        }
+        if (!badge.isEmpty()) {
+            if (collapsed) {
+                // Leading edge beside the button, vertically centred.
+                const QPointF anchor(f.right() + 7 + 4, f.center().y());
+                pass.drawLabel(badge, 9, QFont::Normal, 0.3,
+                               [&](QSizeF s) { return anchor - QPointF(2, s.height() * 0.5); });
+            } else {
+                // Top trailing corner under the frame's right end.
+                const QPointF anchor(f.right() - 4, f.bottom() + 2);
+                pass.drawLabel(badge, 9, QFont::Normal, 0.3,
+                               [&](QSizeF s) { return anchor - QPointF(s.width() - 2, 0); });
+            }
+        }
+    } else if (layout.isQuote) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(MapPalette::withOpacity(palette.orange, palette.isDark ? 0.08 : 0.06));
+        painter.drawRoundedRect(f.adjusted(-2, -1, 2, 1), 4, 4);
+        painter.setBrush(MapPalette::withOpacity(palette.orange, 0.5));
+        painter.drawRoundedRect(QRectF(f.left() - 2, f.top() + 2, 3, f.height() - 4), 1.5, 1.5);
+    } else {
+        painter.setPen(strokePen(MapPalette::withOpacity(palette.ink, 0.15), 1.0));
+        const double y = f.bottom() - 2;
+        painter.drawLine(QPointF(f.left() + 4, y), QPointF(f.right() - 4, y));
+    }
+
+    painter.setBrush(Qt::NoBrush);
+    if (marks) {
+        const double grow = layout.isLeaf ? 4 : 3;
+        const double radius = layout.isLeaf ? 6 : 8;
+        painter.setPen(marks->isCurrentMatch ? strokePen(MapPalette::searchOrange(0.55, 0.8), 2.5)
+                                             : strokePen(MapPalette::searchOrange(0.7, 0.5), 2.0));
+        painter.drawRoundedRect(f.adjusted(-grow, -grow, grow, grow), radius, radius);
+    }
+    if (isSelected) {
+        painter.setPen(strokePen(palette.accent, 2.0));
+        painter.drawRoundedRect(f.adjusted(-2, -2, 2, 2), 8, 8);
+    }
+
+    QString text = ghostText ? *ghostText : node ? node->text() : QString();
+    if (text.isEmpty())
+        return;
+    text.replace(QChar(0x2028), QLatin1Char('\n'));
+    const double v = layout.isLeaf ? TreeLayout::leafVerticalPadding : TreeLayout::branchVerticalPadding;
+
+    if (marks && !marks->ranges.empty() && !ghostText) {
+        const QFontMetricsF& fm = pass.metricsFor(layout.depth);
+        const double lineHeight = TreeLayout::lineHeight(fm);
+        const QStringList lines = text.split(QLatin1Char('\n'));
+        std::vector<qsizetype> starts;
+        qsizetype running = 0;
+        for (const QString& line : lines) {
+            starts.push_back(running);
+            running += line.size() + 1;
+        }
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(marks->isCurrentMatch ? MapPalette::searchOrange(0.55, 0.4)
+                                               : MapPalette::searchOrange(0.8, 0.3));
+        for (const auto& [start, end] : marks->ranges) {
+            qsizetype index = 0;
+            for (qsizetype i = 0; i < qsizetype(starts.size()); ++i)
+                if (starts[size_t(i)] <= start)
+                    index = i;
+            const QString& line = lines[index];
+            const qsizetype localStart = std::min(start - starts[size_t(index)], line.size());
+            const qsizetype localEnd = std::max(localStart, std::min(end - starts[size_t(index)], line.size()));
+            const double prefixW = std::ceil(fm.horizontalAdvance(line.left(localStart)));
+            const double matchW = std::ceil(fm.horizontalAdvance(line.mid(localStart, localEnd - localStart)));
+            painter.drawRoundedRect(QRectF(f.left() + 16 + prefixW - 1, f.top() + v + lineHeight * double(index),
+                                           matchW + 2, lineHeight),
+                                    2, 2);
+        }
+        painter.setBrush(Qt::NoBrush);
+    }
+
+    const TextBitmapKey key{text, TreeLayout::nodeFontSize(layout.depth), double(TreeLayout::nodeFontWeight(layout.depth)),
+                            layout.isQuote};
+    if (const auto b = pass.bitmap(key))
+        pass.drawBitmap(*b, QPointF(f.left() + TreeLayout::horizontalPadding - 2, f.top() + v));
+}
+
+int drawNodes(Pass& pass, const NodeLayouts& layouts, const QRectF& visible)
+{
+    const MapDrawState& state = pass.state;
+    QPainter& painter = pass.painter;
+    int drawn = 0;
+    for (const auto& [id, layout] : layouts) {
+        if (state.editingNodeID && *state.editingNodeID == id)
+            continue;
+        if (!visible.intersects(layout.frame()))
+            continue;
+        const bool fading = state.fadeInNodeIDs.count(id) > 0;
+        if (fading)
+            painter.setOpacity(state.animationProgress);
+        const bool isSelected = (state.selectedNodeID && *state.selectedNodeID == id) || state.selectedNodeIDs.count(id) > 0;
+        std::optional<SearchHighlight> marks;
+        if (state.isSearching) {
+            const SermonNode* node = pass.tables.node(id);
+            marks = highlight(state, id, node ? node->text() : QString());
+        }
+        drawNode(pass, layout, nullptr, isSelected, marks);
+        if (fading)
+            painter.setOpacity(1.0);
+        ++drawn;
+    }
+    return drawn;
+}
+
+void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget& target)
+{
+    const SermonNode* parent = pass.tables.node(target.parentID);
+    const auto pit = layouts.find(target.parentID);
+    if (!parent || pit == layouts.end())
+        return;
+    const NodeLayout& p = pit->second;
+    const double indent = parent->hasOnlyLeafChildren() ? TreeLayout::leafIndent : TreeLayout::branchIndent;
+    const auto& children = parent->children();
+    auto layoutOf = [&](size_t i) -> const NodeLayout* {
+        const auto it = layouts.find(children[i]->id());
+        return it == layouts.end() ? nullptr : &it->second;
+    };
+    double x = 0, y = 0, w = 0;
+    if (children.empty()) {
+        x = p.maxX() + indent;
+        y = p.midY();
+        w = 60;
+    } else if (target.index >= int(children.size())) {
+        const NodeLayout* last = layoutOf(children.size() - 1);
+        if (!last)
+            return;
+        x = last->origin.x();
+        w = last->size.width();
+        y = last->maxY() + 2;
+    } else {
+        const NodeLayout* at = layoutOf(size_t(std::max(target.index, 0)));
+        if (!at)
+            return;
+        const NodeLayout* before = target.index >= 1 ? layoutOf(size_t(target.index - 1)) : nullptr;
+        const double yL = at->origin.y() - 2;
+        if (before && std::abs(target.cursorY - (before->maxY() + 2)) < std::abs(target.cursorY - yL)) {
+            x = before->origin.x();
+            w = before->size.width();
+            y = before->maxY() + 2;
+        } else {
+            x = at->origin.x();
+            w = at->size.width();
+            y = yL;
+        }
+    }
+    QPainter& painter = pass.painter;
+    painter.setPen(strokePen(pass.palette.accent, 2.0));
+    painter.drawLine(QPointF(x, y), QPointF(x + w, y));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(pass.palette.accent);
+    painter.drawEllipse(QPointF(x, y), 3, 3);
+    painter.setBrush(Qt::NoBrush);
+}
+
+void drawLasso(Pass& pass, const QRectF& rect)
+{
+    QPainter& painter = pass.painter;
+    QPen pen = strokePen(MapPalette::withOpacity(pass.palette.accent, 0.5), 1.0);
+    pen.setDashPattern({4, 3});
+    painter.setPen(pen);
+    painter.setBrush(MapPalette::withOpacity(pass.palette.accent, 0.08));
+    painter.drawRoundedRect(rect, 2, 2);
+    painter.setBrush(Qt::NoBrush);
+}
+
+} // namespace
+
+QRectF visibleRect(QSizeF viewSize, QPointF panOffset, double scale)
+{
+    const double s = scale > 0 ? scale : 1.0;
+    return QRectF(-panOffset.x() / s, -panOffset.y() / s, viewSize.width() / s, viewSize.height() / s)
+        .adjusted(-cullMargin, -cullMargin, cullMargin, cullMargin);
+}
+
+std::vector<std::pair<qsizetype, qsizetype>> matchRanges(const QString& text, const QString& query)
+{
+    std::vector<std::pair<qsizetype, qsizetype>> ranges;
+    if (query.isEmpty())
+        return ranges;
+    const QString haystack = text.toLower();
+    const QString needle = query.toLower();
+    qsizetype from = 0;
+    while (true) {
+        const qsizetype at = haystack.indexOf(needle, from);
+        if (at < 0)
+            break;
+        ranges.emplace_back(at, at + needle.size());
+        from = at + needle.size();
+    }
+    return ranges;
+}
+
+std::optional<SearchHighlight> highlight(const MapDrawState& state, const NodeID& id, const QString& text)
+{
+    if (!state.isSearching || state.searchQuery.isEmpty() || state.searchMatchSet.count(id) == 0)
+        return std::nullopt;
+    SearchHighlight marks;
+    marks.ranges = matchRanges(text, state.searchQuery);
+    const int index = state.currentMatchIndex;
+    marks.isCurrentMatch = index >= 0 && index < int(state.searchMatches.size()) && state.searchMatches[size_t(index)] == id;
+    return marks;
+}
+
+QString timeBadgeText(int words, int wordsPerMinute)
+{
+    if (words < 1)
+        return {};
+    const int wpm = wordsPerMinute > 0 ? wordsPerMinute : ReadingPaces::defaultWPM;
+    const int minutes = std::max((words + wpm - 1) / wpm, 1);
+    return QStringLiteral("%1 min").arg(minutes);
+}
+
+MapDrawStats drawCanvas(QPainter& painter, QSizeF viewSize, const MapLayoutState& tables, const MapDrawState& state,
+                        const MapPalette& palette, TextBitmapCache& textCache)
+{
+    const size_t total = tables.cachedLayouts.size();
+    auto message = [&] { return QStringLiteral("nodes=%1 scale=%2").arg(total).arg(state.scale, 0, 'f', 2); };
+    return performanceLog::signpostInterval("CanvasDraw", message, [&] {
+        MapDrawStats stats;
+        const QRectF visible = visibleRect(viewSize, state.panOffset, state.scale);
+
+        // Animation only offsets what is shown; the tables keep the final places.
+        NodeLayouts shifted;
+        const NodeLayouts* display = &tables.cachedLayouts;
+        if (!state.nodeAnimOffsets.empty()) {
+            shifted = tables.cachedLayouts;
+            for (const auto& [id, offset] : state.nodeAnimOffsets)
+                if (const auto it = shifted.find(id); it != shifted.end())
+                    it->second.origin += offset;
+            display = &shifted;
+        }
+
+        painter.save();
+        painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+        painter.translate(state.panOffset);
+        painter.scale(state.scale, state.scale);
+
+        Pass pass{painter, tables, state, palette, textCache};
+        stats.connections = performanceLog::signpostInterval("drawConnections", performanceLog::noMessage,
+                                                             [&] { return drawConnections(pass, *display, visible); });
+        stats.drawn = performanceLog::signpostInterval("drawNodes", performanceLog::noMessage,
+                                                       [&] { return drawNodes(pass, *display, visible); });
+        performanceLog::signpostEvent("DrawStats", [&] {
+            return QStringLiteral("conn=%1 drawn=%2 total=%3 scale=%4 cache=%5")
+                .arg(stats.connections)
+                .arg(stats.drawn)
+                .arg(total)
+                .arg(state.scale, 0, 'f', 2)
+                .arg(textCache.count());
+        });
+
+        for (const auto& [id, ghost] : state.fadeOutGhosts) {
+            if (!visible.intersects(ghost.layout.frame()))
+                continue;
+            painter.setOpacity(1.0 - state.animationProgress);
+            drawNode(pass, ghost.layout, &ghost.text, false, std::nullopt);
+            painter.setOpacity(1.0);
+        }
+        if (state.dragNodeID && state.dropTarget)
+            drawDropIndicator(pass, *display, *state.dropTarget);
+        if (state.lassoRect)
+            drawLasso(pass, *state.lassoRect);
+
+        painter.restore();
+        return stats;
+    });
+}
+
+} // namespace MapDrawing

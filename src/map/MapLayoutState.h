@@ -1,0 +1,26 @@
+#pragma once
+
+#include "NodeLayout.h"
+
+#include "core/SermonNode.h"
+
+#include <unordered_map>
+
+// The tables the map keeps beside its layout, all renewed together by recomputeLayout.
+struct MapLayoutState {
+    SermonNodePtr root;
+    NodeLayouts cachedLayouts;
+    std::unordered_map<NodeID, SermonNodePtr> nodeLookup; // the whole tree, folded parts included
+    QSizeF cachedCanvasSize;
+    QRectF cachedContentBounds;
+    std::unordered_map<NodeID, int> subtreeWordCounts;
+
+    void recomputeLayout(const SermonNodePtr& newRoot);
+
+    const NodeLayout* layout(const NodeID& id) const;
+    const SermonNode* node(const NodeID& id) const;
+    int subtreeWordCount(const NodeID& id) const;
+};
+
+// Each node's own words plus all of its descendants', folded or not.
+std::unordered_map<NodeID, int> subtreeWordCounts(const SermonNode& root);

@@ -1,0 +1,189 @@
+#include "TreeLayout.h"
+
+#include "core/PerformanceLog.h"
+#include "core/SermonNode.h"
+
+#include <QFontDatabase>
+#include <QFontMetricsF>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <vector>
+
+namespace TreeLayout {
+
+namespace {
+
+constexpr QChar lineSeparator(0x2028);
+
+// Metrics for one depth class, made once per layout run rather than once per node.
+struct DepthMetrics {
+    QFontMetricsF metrics;
+    double lineHeight;
+    explicit DepthMetrics(int depth)
+        : metrics(nodeFont(depth)), lineHeight(TreeLayout::lineHeight(metrics))
+    {
+    }
+};
+
+QSizeF measureWith(const DepthMetrics& m, const QString& text, bool isLeaf)
+{
+    double maxWidth = 0;
+    int lines = 0;
+    auto measureLine = [&](const QString& line) {
+        ++lines;
+        const double w = std::ceil(m.metrics.horizontalAdvance(line.isEmpty() ? QStringLiteral(" ") : line));
+        maxWidth = std::max(maxWidth, w);
+    };
+    qsizetype start = 0;
+    bool split = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == lineSeparator || c == QLatin1Char('\n')) {
+            measureLine(text.mid(start, i - start));
+            start = i + 1;
+            split = true;
+        }
+    }
+    measureLine(split ? text.mid(start) : text);
+    const double padding = 2 * (isLeaf ? leafVerticalPadding : branchVerticalPadding);
+    return {maxWidth + 2 * horizontalPadding, m.lineHeight * lines + padding};
+}
+
+} // namespace
+
+double nodeFontSize(int depth)
+{
+    return depth <= 0 ? 16 : depth == 1 ? 14 : 13;
+}
+
+QFont::Weight nodeFontWeight(int depth)
+{
+    return depth <= 1 ? QFont::Medium : QFont::Normal;
+}
+
+QFont mapFont(double size, QFont::Weight weight, bool italic)
+{
+    static const QFont base = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    QFont font = base;
+    // Canvas points are logical pixels: a pixel size keeps widths independent of the screen's DPI.
+    font.setPixelSize(std::max(1, int(std::lround(size))));
+    font.setWeight(weight);
+    font.setItalic(italic);
+    // Unhinted advances scale linearly, so a bitmap rendered at any zoom matches the measured width.
+    font.setHintingPreference(QFont::PreferNoHinting);
+    return font;
+}
+
+QFont nodeFont(int depth)
+{
+    return mapFont(nodeFontSize(depth), nodeFontWeight(depth));
+}
+
+double lineHeight(const QFontMetricsF& metrics)
+{
+    return std::ceil(metrics.ascent() + std::abs(metrics.descent()) + metrics.leading());
+}
+
+QSizeF measureNode(const QString& text, int depth, bool isLeaf)
+{
+    return measureWith(DepthMetrics(depth), text, isLeaf);
+}
+
+NodeLayouts layout(const SermonNode& root)
+{
+    return performanceLog::signpostInterval("TreeLayout", performanceLog::noMessage, [&] {
+        NodeLayouts result;
+        const std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
+        auto measure = [&](const SermonNode& node) {
+            return measureWith(metrics[std::clamp(node.depth(), 0, 2)], node.text(), !node.hasChildren());
+        };
+
+        // One frame per expanded parent on the path being laid out; the walk is iterative because
+        // a file can nest thousands of levels deep.
+        struct Frame {
+            const SermonNode* node;
+            double x, y, w, h;
+            double childX, cy, sum, gap;
+            bool packed;
+            size_t next;
+        };
+        std::vector<Frame> stack;
+
+        // Places a node with no visible children and returns its height, or opens a frame.
+        auto enter = [&](const SermonNode& node, double x, double y) -> std::optional<double> {
+            const QSizeF size = measure(node);
+            if (node.isCollapsed() || !node.hasChildren()) {
+                result.insert_or_assign(node.id(), NodeLayout{node.id(), {x, y}, size, node.depth(),
+                                                              !node.hasChildren(), false, node.isQuote()});
+                return size.height();
+            }
+            const bool packed = node.hasOnlyLeafChildren();
+            const double indent = packed ? leafIndent : branchIndent;
+            stack.push_back({&node, x, y, size.width(), size.height(), x + size.width() + indent, y, 0,
+                             packed ? leafGap : branchGap, packed, 0});
+            return std::nullopt;
+        };
+
+        if (!enter(root, originX, originY)) {
+            while (!stack.empty()) {
+                Frame& f = stack.back();
+                const auto& children = f.node->children();
+                if (f.next < children.size()) {
+                    const SermonNode& child = *children[f.next++];
+                    if (const auto ch = enter(child, f.childX, f.cy)) {
+                        f.cy += *ch + f.gap;
+                        f.sum += *ch;
+                    }
+                    continue;
+                }
+                const double count = double(std::max<size_t>(children.size(), 1));
+                const double block = f.sum + f.gap * (count - 1);
+                // Centred on a taller block; a taller parent keeps its top and the block stays aligned.
+                const double nodeY = f.h < block ? f.y + (block - f.h) * 0.5 : f.y;
+                result.insert_or_assign(f.node->id(), NodeLayout{f.node->id(), {f.x, nodeY}, {f.w, f.h},
+                                                                 f.node->depth(), false, f.packed, false});
+                const double height = std::max(f.h, block);
+                stack.pop_back();
+                if (!stack.empty()) {
+                    Frame& parent = stack.back();
+                    parent.cy += height + parent.gap;
+                    parent.sum += height;
+                }
+            }
+        }
+        performanceLog::signpostEvent("TreeLayout.done",
+                                      [&] { return QStringLiteral("nodes=%1").arg(result.size()); });
+        return result;
+    });
+}
+
+QSizeF canvasSize(const NodeLayouts& layouts)
+{
+    double w = 0, h = 0;
+    for (const auto& [id, l] : layouts) {
+        w = std::max(w, l.maxX());
+        h = std::max(h, l.maxY());
+    }
+    return {w + 80, h + 80};
+}
+
+QRectF contentBounds(const NodeLayouts& layouts)
+{
+    if (layouts.empty())
+        return {};
+    double minX = std::numeric_limits<double>::max(), minY = minX;
+    double maxX = std::numeric_limits<double>::lowest(), maxY = maxX;
+    for (const auto& [id, l] : layouts) {
+        minX = std::min(minX, l.origin.x());
+        minY = std::min(minY, l.origin.y());
+        maxX = std::max(maxX, l.maxX());
+        maxY = std::max(maxY, l.maxY());
+    }
+    return QRectF(QPointF(minX, minY), QPointF(maxX, maxY));
+}
+
+} // namespace TreeLayout

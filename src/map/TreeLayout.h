@@ -1,0 +1,41 @@
+#pragma once
+
+#include "NodeLayout.h"
+
+#include <QFont>
+#include <QString>
+
+class QFontMetricsF;
+class SermonNode;
+
+// The map's left-to-right tidy tree: a pure function of the tree and the font metrics.
+namespace TreeLayout {
+
+inline constexpr double originX = 40;
+inline constexpr double originY = 40;
+// A parent's leaves read as one tight list under a brace; subtrees as separate branches.
+inline constexpr double leafGap = 2;
+inline constexpr double leafIndent = 28;
+inline constexpr double branchGap = 8;
+inline constexpr double branchIndent = 40;
+inline constexpr double horizontalPadding = 16; // on either side of the text
+inline constexpr double leafVerticalPadding = 3;
+inline constexpr double branchVerticalPadding = 8;
+
+double nodeFontSize(int depth);
+QFont::Weight nodeFontWeight(int depth);
+// The system sans-serif at the size and weight of a depth, sized in canvas points.
+QFont nodeFont(int depth);
+QFont mapFont(double size, QFont::Weight weight, bool italic = false);
+
+// ceil(ascent + descent + leading).
+double lineHeight(const QFontMetricsF& metrics);
+
+QSizeF measureNode(const QString& text, int depth, bool isLeaf);
+
+NodeLayouts layout(const SermonNode& root);
+
+QSizeF canvasSize(const NodeLayouts& layouts);
+QRectF contentBounds(const NodeLayouts& layouts);
+
+} // namespace TreeLayout
