@@ -27,13 +27,7 @@ FUZZ_SECONDS ?= 60
 fuzz: deps
 	@cmake --preset fuzz >/dev/null
 	@cmake --build --preset fuzz -j $(JOBS)
-	@mkdir -p build/fuzz/corpus
-	@for f in build/fuzz/tests/fuzz/fuzz_*; do \
-	  name=$$(basename $$f); mkdir -p build/fuzz/corpus/$$name; \
-	  echo "== $$name for $(FUZZ_SECONDS) s"; \
-	  $$f -max_total_time=$(FUZZ_SECONDS) -timeout=10 -rss_limit_mb=4096 -max_len=65536 \
-	      build/fuzz/corpus/$$name examples tests/fuzz/seeds 2>&1 | tail -n 3 || exit 1; \
-	done
+	@FUZZ_SECONDS=$(FUZZ_SECONDS) scripts/fuzz.sh
 
 install: build
 	cmake --install build/release
