@@ -4,7 +4,10 @@
 #include <utility>
 
 SermonNode::SermonNode(QString text, int depth)
-    : m_id(makeNodeID()), m_text(std::move(text)), m_depth(depth) {}
+    : SermonNode(makeNodeID(), std::move(text), depth) {}
+
+SermonNode::SermonNode(const NodeID& id, QString text, int depth)
+    : m_id(id), m_text(std::move(text)), m_depth(depth) {}
 
 SermonNode::~SermonNode()
 {
@@ -117,9 +120,9 @@ std::vector<SermonNodePtr> SermonNode::flattened() const
 SermonNodePtr SermonNode::deepCopy(bool freshIDs) const
 {
     auto copyOne = [freshIDs](const SermonNode& from) {
-        auto to = make(from.m_text, from.m_depth);
-        if (!freshIDs)
-            to->m_id = from.m_id;
+        // Undo copies keep their ids; making a fresh one only to overwrite it costs the most here.
+        auto to = freshIDs ? make(from.m_text, from.m_depth)
+                           : std::make_shared<SermonNode>(from.m_id, from.m_text, from.m_depth);
         to->m_isCollapsed = from.m_isCollapsed;
         to->m_isQuote = from.m_isQuote;
         to->m_children.reserve(from.m_children.size());

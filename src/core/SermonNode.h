@@ -16,6 +16,7 @@ using SermonNodePtr = std::shared_ptr<SermonNode>;
 class SermonNode : public std::enable_shared_from_this<SermonNode> {
 public:
     SermonNode(QString text, int depth);
+    SermonNode(const NodeID& id, QString text, int depth);
     ~SermonNode();
     SermonNode(const SermonNode&) = delete;
     SermonNode& operator=(const SermonNode&) = delete;

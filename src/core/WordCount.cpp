@@ -34,24 +34,27 @@ int wordCount(const SermonNode& node)
 
 std::vector<NodeWordFraction> nodeWordFractions(const SermonNode& root)
 {
-    if (wordCount(root) < 1)
-        return {};
-
+    // One walk counts every node once: headings for the total, leaves for their shares.
     std::vector<NodeID> leaves;
     std::vector<int> counts;
+    long long allWords = 0;
     std::vector<const SermonNode*> stack{&root};
     while (!stack.empty()) {
         const SermonNode* n = stack.back();
         stack.pop_back();
+        const int words = wordCount(n->text());
+        allWords += words;
         if (!n->hasChildren()) {
             leaves.push_back(n->id());
-            counts.push_back(wordCount(n->text()));
+            counts.push_back(words);
             continue;
         }
         const auto& kids = n->children();
         for (auto it = kids.rbegin(); it != kids.rend(); ++it)
             stack.push_back(it->get());
     }
+    if (allWords < 1)
+        return {};
 
     // A centred moving average keeps the runner from leaping over short lines.
     constexpr int radius = 5;
