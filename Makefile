@@ -12,8 +12,7 @@ build: deps
 	@cmake --build --preset release -j $(JOBS)
 
 run: build
-	build/release/src/app/orantium export --to markdown $(SAMPLE)
-	build/release/src/app/orantium stats $(SAMPLE)
+	build/release/src/app/orantium $(SAMPLE)
 
 test: deps
 	@cmake --preset test >/dev/null

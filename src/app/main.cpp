@@ -1,9 +1,10 @@
 #include "shell/CommandLine.h"
+#include "shell/DocumentWindow.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QFileInfo>
+#include <QMessageBox>
 #include <QTextStream>
-
-#include <cstdio>
 
 int main(int argc, char* argv[])
 {
@@ -11,13 +12,33 @@ int main(int argc, char* argv[])
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
 
-    QTextStream out(stdout);
-    QTextStream err(stderr);
-    if (CommandLine::handles(arguments))
+    // The commands run without a display.
+    if (CommandLine::handles(arguments)) {
+        QTextStream out(stdout);
+        QTextStream err(stderr);
         return CommandLine::run(arguments, out, err);
+    }
 
-    // The windows come with the application shell; until then only the commands run.
-    QCoreApplication app(argc, argv);
-    err << "orantium: the application window is not available yet\n" << CommandLine::usage();
-    return 2;
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Orantium"));
+    QApplication::setOrganizationName(QStringLiteral("Orantium"));
+    QApplication::setStyle(QStringLiteral("Fusion"));
+
+    int opened = 0;
+    for (const QString& path : arguments.mid(1)) {
+        QString error;
+        if (DocumentWindow* window = DocumentWindow::open(path, &error)) {
+            window->show();
+            ++opened;
+        } else {
+            QMessageBox::critical(nullptr, QStringLiteral("Orantium"),
+                                  QStringLiteral("The document \u201c%1\u201d could not be opened. %2")
+                                      .arg(QFileInfo(path).fileName(), error));
+        }
+    }
+    if (opened == 0) {
+        QTextStream(stderr) << CommandLine::usage();
+        return 2;
+    }
+    return app.exec();
 }

@@ -12,9 +12,9 @@ QString describe(SermonReadError error)
 {
     switch (error) {
     case SermonReadError::empty:
-        return QStringLiteral("the file is empty");
+        return QStringLiteral("The file is empty.");
     case SermonReadError::notUtf8:
-        return QStringLiteral("the file is not UTF-8 text");
+        return QStringLiteral("The file is not UTF-8 text.");
     }
     return {};
 }
