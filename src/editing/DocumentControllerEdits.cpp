@@ -1,0 +1,273 @@
+// Structural edits: each takes at most one undo step, before its first change, and ends with
+// a relayout. A refusal comes before the step, so it leaves none.
+
+#include "DocumentController.h"
+
+#include "Markers.h"
+#include "core/SermonDocument.h"
+
+#include <algorithm>
+
+namespace {
+void insertAt(SermonNode& parent, int index, SermonNodePtr node)
+{
+    auto& kids = parent.children();
+    index = std::clamp(index, 0, int(kids.size()));
+    kids.insert(kids.begin() + index, std::move(node));
+}
+
+void removeChildren(SermonNode& parent, const std::vector<SermonNodePtr>& nodes)
+{
+    auto& kids = parent.children();
+    kids.erase(std::remove_if(kids.begin(), kids.end(),
+                              [&](const SermonNodePtr& kid) {
+                                  return std::find(nodes.begin(), nodes.end(), kid) != nodes.end();
+                              }),
+               kids.end());
+}
+} // namespace
+
+void DocumentController::deleteSelection()
+{
+    const QSet<NodeID> ids = effectiveSelection();
+    if (ids.isEmpty() || selectionHoldsRoot(ids))
+        return;
+    const std::vector<SermonNodePtr> doomed = topmostNodes(ids);
+    if (doomed.empty())
+        return; // nothing selected is in the tree any more
+
+    captureUndo();
+
+    // The next selection comes from the last selected line in tree order, pruned or not.
+    const auto parents = root()->parentIndex();
+    std::optional<NodeID> next;
+    const std::vector<SermonNodePtr> all = selectedNodes();
+    const SermonNodePtr& last = all.back();
+    if (auto p = parents.find(last->id()); p != parents.end()) {
+        const auto& kids = p->second->children();
+        const int index = p->second->indexOfChild(last->id());
+        for (int i = index + 1; i < int(kids.size()) && !next; ++i)
+            if (!ids.contains(kids[i]->id()))
+                next = kids[i]->id();
+        for (int i = index - 1; i >= 0 && !next; --i)
+            if (!ids.contains(kids[i]->id()))
+                next = kids[i]->id();
+        if (!next)
+            next = p->second->id();
+    }
+
+    for (const auto& node : doomed)
+        if (auto p = parents.find(node->id()); p != parents.end())
+            p->second->removeNode(node->id());
+
+    treeMutated();
+    setSelectedNodeIDs({});
+    setSelectedNodeID(next);
+    m_selectionAnchorID.reset();
+}
+
+void DocumentController::duplicate()
+{
+    const std::vector<SermonNodePtr> nodes = selectedNodesInOrder();
+    if (nodes.empty() || std::any_of(nodes.begin(), nodes.end(), [&](const auto& n) { return n == root(); }))
+        return;
+
+    captureUndo();
+
+    const auto parents = root()->parentIndex();
+    std::vector<NodeID> copies;
+    for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
+        const auto p = parents.find((*it)->id());
+        if (p == parents.end())
+            continue;
+        SermonNodePtr copy = (*it)->deepCopy(true);
+        insertAt(*p->second, p->second->indexOfChild((*it)->id()) + 1, copy);
+        copies.insert(copies.begin(), copy->id());
+    }
+    treeMutated();
+    selectNewNodes(copies);
+}
+
+void DocumentController::moveDown()
+{
+    const auto block = contiguousSelection();
+    if (!block || block->last + 1 >= int(block->parent->children().size()))
+        return;
+    captureUndo();
+    auto& kids = block->parent->children();
+    SermonNodePtr sibling = kids[block->last + 1];
+    kids.erase(kids.begin() + block->last + 1);
+    kids.insert(kids.begin() + block->first, sibling);
+    treeMutated();
+}
+
+void DocumentController::moveUp()
+{
+    const auto block = contiguousSelection();
+    if (!block || block->first == 0)
+        return;
+    captureUndo();
+    auto& kids = block->parent->children();
+    SermonNodePtr sibling = kids[block->first - 1];
+    kids.erase(kids.begin() + block->first - 1);
+    kids.insert(kids.begin() + block->last, sibling);
+    treeMutated();
+}
+
+void DocumentController::promote()
+{
+    const auto block = contiguousSelection();
+    if (!block || block->parent == root())
+        return;
+    SermonNodePtr grandparent = root()->parent(block->parent->id());
+    if (!grandparent)
+        return;
+    const int at = grandparent->indexOfChild(block->parent->id()) + 1;
+
+    captureUndo();
+    removeChildren(*block->parent, block->nodes);
+    for (size_t k = 0; k < block->nodes.size(); ++k) {
+        block->nodes[k]->setDepthRecursive(grandparent->depth() + 1);
+        insertAt(*grandparent, at + int(k), block->nodes[k]);
+    }
+    treeMutated();
+    requestVisible(m_selectedNodeID);
+}
+
+void DocumentController::demote()
+{
+    const auto block = contiguousSelection();
+    if (!block)
+        return;
+    const auto& kids = block->parent->children();
+    // The first row has no row before it: it goes into the row after, as its first children.
+    SermonNodePtr newParent;
+    int at = 0;
+    if (block->first == 0) {
+        if (block->last + 1 >= int(kids.size()))
+            return;
+        newParent = kids[block->last + 1];
+    } else {
+        newParent = kids[block->first - 1];
+        at = int(newParent->children().size());
+    }
+    if (newParent->isQuote())
+        return;
+
+    captureUndo();
+    removeChildren(*block->parent, block->nodes);
+    for (size_t k = 0; k < block->nodes.size(); ++k) {
+        block->nodes[k]->setDepthRecursive(newParent->depth() + 1);
+        insertAt(*newParent, at + int(k), block->nodes[k]);
+    }
+    treeMutated();
+    requestVisible(m_selectedNodeID);
+}
+
+void DocumentController::fold()
+{
+    std::vector<SermonNodePtr> nodes = selectedNodes();
+    std::erase_if(nodes, [](const SermonNodePtr& n) { return !n->hasChildren(); });
+    if (nodes.empty())
+        return;
+    captureUndo();
+    for (const auto& node : nodes)
+        node->setCollapsed(true);
+    treeMutated();
+}
+
+void DocumentController::unfold()
+{
+    std::vector<SermonNodePtr> nodes = selectedNodes();
+    std::erase_if(nodes, [](const SermonNodePtr& n) { return !n->hasChildren(); });
+    if (nodes.empty())
+        return;
+    captureUndo();
+    for (const auto& node : nodes)
+        node->setCollapsed(false);
+    treeMutated();
+}
+
+void DocumentController::startNewLineSession(const SermonNodePtr& node)
+{
+    // Set directly rather than through startSession: after newLineUnder on a quote the new
+    // line is in no parent, and the session still runs until its commit finds nothing.
+    setSelectedNodeID(node->id());
+    setSession(node->id(), QString(), true);
+}
+
+void DocumentController::newLineBelow()
+{
+    SermonNodePtr p = findNode(m_selectedNodeID);
+    if (!p || p == root())
+        return;
+    captureUndo();
+    if (SermonNodePtr node = root()->insertSiblingAfter(p->id(), QString())) {
+        treeMutated();
+        startNewLineSession(node);
+    }
+}
+
+void DocumentController::newLineAbove()
+{
+    SermonNodePtr p = findNode(m_selectedNodeID);
+    if (!p || p == root())
+        return;
+    captureUndo();
+    if (SermonNodePtr node = root()->insertSiblingBefore(p->id(), QString())) {
+        treeMutated();
+        startNewLineSession(node);
+    }
+}
+
+void DocumentController::newLineUnder()
+{
+    SermonNodePtr p = findNode(m_selectedNodeID);
+    if (!p)
+        return;
+    captureUndo();
+    SermonNodePtr node = p->addChild(QString());
+    treeMutated();
+    startNewLineSession(node);
+}
+
+void DocumentController::toggleQuote()
+{
+    const std::vector<SermonNodePtr> nodes = selectedNodes();
+    if (nodes.empty())
+        return;
+    captureUndo();
+    for (const auto& node : nodes) {
+        if (node->isQuote())
+            node->setQuote(false);
+        else if (!node->hasChildren())
+            node->setQuote(true);
+    }
+    treeMutated();
+}
+
+void DocumentController::setMarker(const QString& marker)
+{
+    const std::vector<SermonNodePtr> nodes = selectedNodes();
+    if (nodes.empty() || marker.isEmpty())
+        return;
+    const bool allHaveIt = std::all_of(nodes.begin(), nodes.end(),
+                                       [&](const SermonNodePtr& n) { return n->text().startsWith(marker); });
+    captureUndo();
+    for (const auto& node : nodes) {
+        const QString stripped = Markers::stripMarker(node->text());
+        node->setText(allHaveIt ? stripped : marker + QLatin1Char(' ') + stripped);
+    }
+    treeMutated();
+}
+
+void DocumentController::removeMarker()
+{
+    const std::vector<SermonNodePtr> nodes = selectedNodes();
+    if (nodes.empty())
+        return;
+    captureUndo();
+    for (const auto& node : nodes)
+        node->setText(Markers::stripMarker(node->text()));
+    treeMutated();
+}

@@ -1,0 +1,122 @@
+// Split a drafted paragraph into lines, or join neighbouring lines into one. Joining puts soft
+// line breaks between the texts, so splitting the result gives the lines back.
+
+#include "DocumentController.h"
+
+#include "TextPieces.h"
+#include "core/SermonDocument.h"
+
+#include <functional>
+
+namespace {
+// Cuts each selected leaf into pieces; `beforeFirstChange` runs once, just before the first cut.
+std::vector<NodeID> splitLeaves(const SermonNodePtr& root, const std::vector<SermonNodePtr>& nodes,
+                                const std::function<QStringList(const QString&)>& cut,
+                                const std::function<void()>& beforeFirstChange)
+{
+    std::vector<NodeID> made;
+    const auto parents = root->parentIndex();
+    bool changed = false;
+    for (const auto& node : nodes) {
+        const auto p = parents.find(node->id());
+        if (node->hasChildren() || node == root || p == parents.end())
+            continue;
+        const QStringList pieces = cut(node->text());
+        if (pieces.size() < 2)
+            continue;
+        if (!changed) {
+            beforeFirstChange();
+            changed = true;
+        }
+        SermonNode& parent = *p->second;
+        const int i = parent.indexOfChild(node->id());
+        parent.children().erase(parent.children().begin() + i);
+        for (int k = 0; k < int(pieces.size()); ++k) {
+            auto piece = SermonNode::make(pieces[k], node->depth());
+            piece->setQuote(node->isQuote());
+            parent.children().insert(parent.children().begin() + i + k, piece);
+            made.push_back(piece->id());
+        }
+    }
+    return made;
+}
+} // namespace
+
+void DocumentController::split()
+{
+    const auto made = splitLeaves(root(), selectedNodes(), &TextPieces::lines, [this] { captureUndo(); });
+    if (made.empty())
+        return;
+    treeMutated();
+    selectNewNodes(made);
+}
+
+void DocumentController::splitSentences()
+{
+    const std::vector<SermonNodePtr> nodes = selectedNodes();
+    if (nodes.empty())
+        return;
+    // Unlike split, the step is taken up front, even when no sentence boundary is found.
+    captureUndo();
+    const auto made = splitLeaves(root(), nodes, &TextPieces::sentences, [] {});
+    if (made.empty())
+        return;
+    treeMutated();
+    selectNewNodes(made);
+}
+
+std::optional<NodeID> DocumentController::join()
+{
+    const QSet<NodeID> ids = effectiveSelection();
+    if (ids.size() < 2)
+        return std::nullopt;
+
+    // The parents of the selection, in tree order, so that the survivor is the first run.
+    const auto parentOf = root()->parentIndex();
+    QSet<NodeID> parentIDs;
+    for (const NodeID& id : ids)
+        if (auto p = parentOf.find(id); p != parentOf.end())
+            parentIDs.insert(p->second->id());
+    std::vector<SermonNodePtr> parents;
+    for (const auto& node : root()->flattened())
+        if (parentIDs.contains(node->id()))
+            parents.push_back(node);
+
+    std::optional<NodeID> survivor;
+    bool captured = false;
+    auto joinable = [&](const SermonNodePtr& n) { return ids.contains(n->id()) && !n->hasChildren(); };
+    for (const auto& parent : parents) {
+        auto& kids = parent->children();
+        for (size_t i = 0; i < kids.size(); ++i) {
+            if (!joinable(kids[i]))
+                continue;
+            size_t end = i + 1;
+            while (end < kids.size() && joinable(kids[end]))
+                ++end;
+            if (end - i < 2)
+                continue;
+            if (!captured) {
+                captureUndo();
+                captured = true;
+            }
+            QStringList texts;
+            bool allQuotes = true;
+            for (size_t k = i; k < end; ++k) {
+                texts.append(kids[k]->text());
+                allQuotes = allQuotes && kids[k]->isQuote();
+            }
+            kids[i]->setText(texts.join(TextPieces::softLineBreak));
+            kids[i]->setQuote(allQuotes);
+            if (!survivor)
+                survivor = kids[i]->id();
+            kids.erase(kids.begin() + i + 1, kids.begin() + end);
+        }
+    }
+    if (!survivor)
+        return std::nullopt;
+    treeMutated();
+    setSelectedNodeIDs({});
+    m_selectionAnchorID.reset();
+    setSelectedNodeID(*survivor);
+    return survivor;
+}

@@ -1,0 +1,331 @@
+#include "NodeCommands.h"
+
+#include "DocumentController.h"
+#include "Markers.h"
+#include "core/SermonDocument.h"
+#include "core/UndoManager.h"
+
+#include <QtGlobal>
+
+#include <array>
+
+namespace NodeCommands {
+
+namespace {
+
+constexpr Qt::KeyboardModifiers none = Qt::NoModifier;
+constexpr Qt::KeyboardModifiers ctrl = Qt::ControlModifier;
+constexpr Qt::KeyboardModifiers shift = Qt::ShiftModifier;
+constexpr Qt::KeyboardModifiers alt = Qt::AltModifier;
+constexpr Qt::KeyboardModifiers ctrlShift = Qt::ControlModifier | Qt::ShiftModifier;
+constexpr Qt::KeyboardModifiers chordModifiers =
+    Qt::ControlModifier | Qt::ShiftModifier | Qt::AltModifier | Qt::MetaModifier;
+
+bool hasAnySelection(const NodeActionState& s) { return s.hasAnySelection; }
+bool hasSelection(const NodeActionState& s) { return s.hasSelection; }
+bool hasSingleSelection(const NodeActionState& s) { return s.hasSelection && !s.hasMultiSelection; }
+bool noMultiSelection(const NodeActionState& s) { return !s.hasMultiSelection; }
+bool hasMultiSelection(const NodeActionState& s) { return s.hasMultiSelection; }
+bool canToggleQuote(const NodeActionState& s) { return s.canToggleQuote; }
+bool canFold(const NodeActionState& s) { return s.canFold; }
+bool canUnfold(const NodeActionState& s) { return s.canUnfold; }
+bool canPromote(const NodeActionState& s) { return s.canPromote; }
+bool canSplit(const NodeActionState& s) { return s.canSplit; }
+bool canSplitSentences(const NodeActionState& s) { return s.canSplitSentences; }
+
+using C = NodeCommand;
+
+// Cut, Copy, Paste and Select All are never disabled: in the Edit menu they stand for the
+// text fields' own commands too.
+const std::vector<CommandInfo>& table()
+{
+    static const std::vector<CommandInfo> commands{
+        {C::cut, QStringLiteral("Cut"), {}, {Qt::Key_X, ctrl}, nullptr, nullptr},
+        {C::copy, QStringLiteral("Copy"), {}, {Qt::Key_C, ctrl}, nullptr, nullptr},
+        {C::copyBranch, QStringLiteral("Copy Branch"), {}, {Qt::Key_C, ctrlShift}, nullptr, hasSelection},
+        {C::paste, QStringLiteral("Paste"), {}, {Qt::Key_V, ctrl}, nullptr, nullptr},
+        {C::selectAll, QStringLiteral("Select All"), {}, {Qt::Key_A, ctrl}, nullptr, nullptr},
+        {C::deselectAll, QStringLiteral("Deselect All"), {}, {Qt::Key_A, ctrlShift}, nullptr, hasAnySelection},
+        {C::duplicate, QStringLiteral("Duplicate"), {}, {Qt::Key_D, ctrl}, nullptr, hasSelection},
+        {C::deleteSelection, QStringLiteral("Delete"), {}, {Qt::Key_Delete, none}, nullptr, hasSelection},
+        {C::toggleQuote, QStringLiteral("Mark as Quote"), QStringLiteral("Unmark as Quote"),
+         {Qt::Key_Apostrophe, ctrl}, canToggleQuote, canToggleQuote},
+        {C::markSubmenu, QStringLiteral("Mark"), {}, {}, nullptr, hasSelection},
+        {C::fold, QStringLiteral("Fold"), {}, {Qt::Key_Left, ctrl}, canFold, canFold},
+        {C::unfold, QStringLiteral("Unfold"), {}, {Qt::Key_Right, ctrl}, canUnfold, canUnfold},
+        {C::moveUp, QStringLiteral("Move Up"), {}, {Qt::Key_Up, alt}, nullptr, hasSelection},
+        {C::moveDown, QStringLiteral("Move Down"), {}, {Qt::Key_Down, alt}, nullptr, hasSelection},
+        {C::promote, QStringLiteral("Promote"), {}, {Qt::Key_Left, alt}, canPromote, canPromote},
+        {C::demote, QStringLiteral("Demote"), {}, {Qt::Key_Right, alt}, nullptr, hasSelection},
+        {C::split, QStringLiteral("Split"), {}, {Qt::Key_Return, ctrl}, canSplit, canSplit},
+        {C::splitSentences, QStringLiteral("Split Sentences"), {}, {Qt::Key_Semicolon, ctrl}, canSplitSentences,
+         canSplitSentences},
+        {C::join, QStringLiteral("Join"), {}, {Qt::Key_J, ctrl}, hasMultiSelection, hasMultiSelection},
+        {C::edit, QStringLiteral("Edit"), {}, {Qt::Key_Space, none}, noMultiSelection, hasSingleSelection},
+        {C::newLineBelow, QStringLiteral("New Line Below"), {}, {Qt::Key_Return, none}, nullptr, hasSelection},
+        {C::newLineAbove, QStringLiteral("New Line Above"), {}, {Qt::Key_Return, shift}, nullptr, hasSelection},
+        {C::newLineUnder, QStringLiteral("New Line Under"), {}, {Qt::Key_Tab, none}, noMultiSelection,
+         hasSingleSelection},
+        {C::setMarker, QStringLiteral("Mark"), {}, {}, nullptr, hasSelection},
+        {C::removeMarker, Markers::removalTitle, {}, {Qt::Key_0, ctrlShift}, nullptr, hasSelection},
+    };
+    return commands;
+}
+
+// Menu groups, separated wherever both sides have entries.
+using Group = std::vector<NodeCommand>;
+const std::vector<Group> contextGroups{
+    {C::cut, C::copy, C::copyBranch, C::paste, C::duplicate},
+    {C::deleteSelection},
+    {C::toggleQuote},
+    {C::markSubmenu},
+    {C::fold, C::unfold},
+    {C::moveUp, C::moveDown, C::promote, C::demote},
+    {C::split, C::splitSentences, C::join},
+    {C::edit, C::newLineBelow, C::newLineAbove, C::newLineUnder},
+};
+const std::vector<Group> editGroups{
+    {C::cut, C::copy, C::copyBranch, C::paste, C::selectAll, C::deselectAll, C::duplicate},
+    {C::deleteSelection},
+    {C::toggleQuote},
+    {C::markSubmenu},
+    {C::fold, C::unfold},
+    {C::moveUp, C::moveDown, C::promote, C::demote},
+    {C::split, C::splitSentences, C::join},
+    {C::edit, C::newLineBelow, C::newLineAbove, C::newLineUnder},
+};
+
+template <typename Keep, typename Enabled>
+std::vector<MenuItem> buildMenu(const std::vector<Group>& groups, const NodeActionState& state, Keep keep,
+                                Enabled enabled)
+{
+    std::vector<MenuItem> items;
+    for (const Group& group : groups) {
+        bool opened = false;
+        for (NodeCommand command : group) {
+            if (!keep(command))
+                continue;
+            if (!opened && !items.empty())
+                items.push_back(MenuItem{});
+            opened = true;
+            const CommandInfo& entry = info(command);
+            items.push_back({MenuItem::Kind::command, command, label(command, state), entry.key, enabled(command)});
+        }
+    }
+    return items;
+}
+
+QString keyName(Qt::Key key)
+{
+    switch (key) {
+    case Qt::Key_Return: return QStringLiteral("Return");
+    case Qt::Key_Enter: return QStringLiteral("Enter");
+    case Qt::Key_Tab: return QStringLiteral("Tab");
+    case Qt::Key_Space: return QStringLiteral("Space");
+    case Qt::Key_Left: return QStringLiteral("Left");
+    case Qt::Key_Right: return QStringLiteral("Right");
+    case Qt::Key_Up: return QStringLiteral("Up");
+    case Qt::Key_Down: return QStringLiteral("Down");
+    case Qt::Key_Delete: return QStringLiteral("Del");
+    case Qt::Key_Backspace: return QStringLiteral("Backspace");
+    case Qt::Key_Escape: return QStringLiteral("Esc");
+    default: break;
+    }
+    // Printable keys carry their own (upper-case) character code.
+    if (key >= Qt::Key_Space && key <= Qt::Key_AsciiTilde)
+        return QString(QChar(char16_t(key)));
+    return {};
+}
+
+std::vector<CanvasKeyBinding> makeCanvasKeys()
+{
+    using A = CanvasKeyAction;
+    auto command = [](Qt::Key key, Qt::KeyboardModifiers mods, NodeCommand c) {
+        return CanvasKeyBinding{{key, mods}, A::command, c, {}};
+    };
+    auto action = [](Qt::Key key, Qt::KeyboardModifiers mods, A a) {
+        return CanvasKeyBinding{{key, mods}, a, C::edit, {}};
+    };
+    std::vector<CanvasKeyBinding> keys{
+        // The Mac's delete key is Backspace here; the forward Delete key does the same.
+        command(Qt::Key_Backspace, none, C::deleteSelection),
+        command(Qt::Key_Delete, none, C::deleteSelection),
+        action(Qt::Key_Escape, none, A::clearSelection),
+        command(Qt::Key_A, ctrl, C::selectAll),
+        command(Qt::Key_X, ctrl, C::cut),
+        command(Qt::Key_C, ctrl, C::copy),
+        command(Qt::Key_V, ctrl, C::paste),
+        command(Qt::Key_D, ctrl, C::duplicate),
+        command(Qt::Key_Semicolon, ctrl, C::splitSentences),
+        action(Qt::Key_Z, ctrl, A::undo),
+        action(Qt::Key_Z, ctrlShift, A::redo),
+        command(Qt::Key_C, ctrlShift, C::copyBranch),
+        command(Qt::Key_J, ctrl, C::join),
+        command(Qt::Key_Apostrophe, ctrl, C::toggleQuote),
+    };
+    // Ctrl+Shift with a digit arrives as the shifted character on most layouts (Ctrl+Shift+1
+    // as '!'); both forms are bound.
+    static constexpr std::array<Qt::Key, 10> shifted{
+        Qt::Key_ParenRight, Qt::Key_Exclam, Qt::Key_At, Qt::Key_NumberSign, Qt::Key_Dollar,
+        Qt::Key_Percent, Qt::Key_AsciiCircum, Qt::Key_Ampersand, Qt::Key_Asterisk, Qt::Key_ParenLeft,
+    };
+    for (const Markers::Marker& m : Markers::all()) {
+        keys.push_back({{shifted[m.digit], ctrlShift}, A::command, C::setMarker, m.symbol});
+        keys.push_back({{Qt::Key(Qt::Key_0 + m.digit), ctrlShift}, A::command, C::setMarker, m.symbol});
+    }
+    keys.push_back(command(shifted[Markers::removalDigit], ctrlShift, C::removeMarker));
+    keys.push_back(command(Qt::Key_0, ctrlShift, C::removeMarker));
+    keys.insert(keys.end(), {
+        command(Qt::Key_Tab, none, C::newLineUnder),
+        command(Qt::Key_Return, ctrl, C::split),
+        command(Qt::Key_Return, shift, C::newLineAbove),
+        command(Qt::Key_Return, none, C::newLineBelow),
+        command(Qt::Key_Space, ctrl, C::join),
+        command(Qt::Key_Space, none, C::edit),
+        command(Qt::Key_Up, alt, C::moveUp),
+        command(Qt::Key_Down, alt, C::moveDown),
+        action(Qt::Key_Up, shift, A::extendUp),
+        action(Qt::Key_Down, shift, A::extendDown),
+        action(Qt::Key_Up, none, A::selectUp),
+        action(Qt::Key_Down, none, A::selectDown),
+        command(Qt::Key_Left, alt, C::promote),
+        command(Qt::Key_Right, alt, C::demote),
+        command(Qt::Key_Left, ctrl, C::fold),
+        command(Qt::Key_Right, ctrl, C::unfold),
+        action(Qt::Key_Left, shift, A::extendLeft),
+        action(Qt::Key_Right, shift, A::extendRight),
+        action(Qt::Key_Left, none, A::selectParent),
+        action(Qt::Key_Right, none, A::selectFirstChild),
+    });
+    return keys;
+}
+
+} // namespace
+
+QString KeyChord::toString() const
+{
+    const QString name = keyName(key);
+    if (name.isEmpty())
+        return {};
+    QString text;
+    if (modifiers & Qt::ControlModifier)
+        text += QStringLiteral("Ctrl+");
+    if (modifiers & Qt::AltModifier)
+        text += QStringLiteral("Alt+");
+    if (modifiers & Qt::ShiftModifier)
+        text += QStringLiteral("Shift+");
+    if (modifiers & Qt::MetaModifier)
+        text += QStringLiteral("Meta+");
+    return text + name;
+}
+
+bool KeyChord::matches(int eventKey, Qt::KeyboardModifiers eventModifiers) const
+{
+    if (eventKey == Qt::Key_Enter)
+        eventKey = Qt::Key_Return;
+    return eventKey == key && (eventModifiers & chordModifiers) == modifiers;
+}
+
+const CommandInfo& info(NodeCommand command)
+{
+    for (const CommandInfo& entry : table())
+        if (entry.command == command)
+            return entry;
+    Q_ASSERT_X(false, "NodeCommands::info", "command missing from the table");
+    return info(NodeCommand::edit);
+}
+
+QString label(NodeCommand command, const NodeActionState& state)
+{
+    const CommandInfo& entry = info(command);
+    return state.isQuote && !entry.labelWhenQuote.isEmpty() ? entry.labelWhenQuote : entry.label;
+}
+
+bool isShownInContextMenu(NodeCommand command, const NodeActionState& state)
+{
+    const StateTest test = info(command).shownWhen;
+    return !test || test(state);
+}
+
+bool isEnabledInEditMenu(NodeCommand command, const NodeActionState& state)
+{
+    const StateTest test = info(command).enabledWhen;
+    return !test || test(state);
+}
+
+std::vector<MenuItem> contextMenu(const NodeActionState& state)
+{
+    return buildMenu(
+        contextGroups, state, [&](NodeCommand c) { return isShownInContextMenu(c, state); },
+        [](NodeCommand) { return true; });
+}
+
+std::vector<MenuItem> editMenu(const NodeActionState& state)
+{
+    return buildMenu(
+        editGroups, state, [](NodeCommand) { return true; },
+        [&](NodeCommand c) { return isEnabledInEditMenu(c, state); });
+}
+
+const std::vector<MarkEntry>& markEntries()
+{
+    static const std::vector<MarkEntry> entries = [] {
+        std::vector<MarkEntry> list;
+        for (const Markers::Marker& m : Markers::all())
+            list.push_back({m.symbol, C::setMarker, m.symbol, {Qt::Key(Qt::Key_0 + m.digit), ctrlShift}, false});
+        list.push_back({Markers::removalTitle, C::removeMarker, {}, info(C::removeMarker).key, true});
+        return list;
+    }();
+    return entries;
+}
+
+const std::vector<CanvasKeyBinding>& canvasKeys()
+{
+    static const std::vector<CanvasKeyBinding> keys = makeCanvasKeys();
+    return keys;
+}
+
+const CanvasKeyBinding* canvasKeyFor(int key, Qt::KeyboardModifiers modifiers)
+{
+    for (const CanvasKeyBinding& binding : canvasKeys())
+        if (binding.key.matches(key, modifiers))
+            return &binding;
+    return nullptr;
+}
+
+bool run(const CanvasKeyBinding& binding, DocumentController& controller, const NodeActions& actions)
+{
+    using A = CanvasKeyAction;
+    switch (binding.action) {
+    case A::command:
+        actions.perform(binding.command, binding.marker);
+        return true;
+    case A::undo:
+    case A::redo:
+        if (UndoManager* manager = controller.undoManager())
+            binding.action == A::undo ? manager->undo() : manager->redo();
+        else
+            binding.action == A::undo ? controller.document()->undo() : controller.document()->redo();
+        return true;
+    case A::clearSelection:
+        return controller.deselectAll();
+    case A::selectUp: controller.moveSelection(false); return true;
+    case A::selectDown: controller.moveSelection(true); return true;
+    case A::extendUp: controller.extendSelection(false); return true;
+    case A::extendDown: controller.extendSelection(true); return true;
+    case A::selectParent: controller.selectParent(); return true;
+    case A::selectFirstChild: controller.selectFirstChild(); return true;
+    case A::extendLeft: controller.extendToParent(); return true;
+    case A::extendRight: controller.extendToFirstChild(); return true;
+    }
+    return false;
+}
+
+bool handleCanvasKey(int key, Qt::KeyboardModifiers modifiers, DocumentController& controller,
+                     const NodeActions& actions)
+{
+    const CanvasKeyBinding* binding = canvasKeyFor(key, modifiers);
+    return binding && run(*binding, controller, actions);
+}
+
+} // namespace NodeCommands
