@@ -147,6 +147,15 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
         const double parentMidY = parent.midY();
         const double opacity = std::max(0.4 - 0.1 * node->depth(), 0.1);
         const QColor colour = MapPalette::withOpacity(pass.palette.ink, opacity);
+        // Siblings whose bends lie beyond the same edge of the view show the very same pixels in it:
+        // the shared stub and trunk. Such a group is stroked once, at the opacity its members
+        // would build up, instead of once for each of perhaps hundreds of children.
+        struct Trunk {
+            int count = 0;
+            double r = 0;
+            QPainterPath path;
+        };
+        Trunk above, below;
         for (const auto& child : children) {
             const auto cit = layouts.find(child->id());
             if (cit == layouts.end())
@@ -160,7 +169,8 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
             const double midX = (startX + c.origin.x()) * 0.5;
             const double r = std::min({8.0, midX - startX, std::abs(endY - parentMidY) * 0.5});
             QPainterPath path;
-            if (std::abs(endY - parentMidY) < 1 || (childIsLeaf && children.size() == 1)) {
+            const bool straight = std::abs(endY - parentMidY) < 1 || (childIsLeaf && children.size() == 1);
+            if (straight) {
                 const double y = childIsLeaf ? endY : parentMidY;
                 path.moveTo(startX, y);
                 path.lineTo(endX, y);
@@ -173,7 +183,24 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
                 path.quadTo(midX, endY, midX + r, endY);
                 path.lineTo(endX, endY);
             }
-            painter.strokePath(path, strokePen(colour, c.depth == 0 ? 2.0 : 1.0));
+            const double width = c.depth == 0 ? 2.0 : 1.0;
+            if (!straight && width == 1.0) {
+                Trunk* trunk = endY - r > visible.bottom() ? &below : endY + r < visible.top() ? &above : nullptr;
+                if (trunk && (trunk->count == 0 || trunk->r == r)) {
+                    if (trunk->count++ == 0) {
+                        trunk->r = r;
+                        trunk->path = path;
+                    }
+                    continue;
+                }
+            }
+            painter.strokePath(path, strokePen(colour, width));
+        }
+        for (const Trunk* trunk : {&above, &below}) {
+            if (trunk->count == 0)
+                continue;
+            const double built = 1.0 - std::pow(1.0 - opacity, trunk->count);
+            painter.strokePath(trunk->path, strokePen(MapPalette::withOpacity(pass.palette.ink, built), 1.0));
         }
     }
     return count;

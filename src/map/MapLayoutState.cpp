@@ -43,7 +43,7 @@ void MapLayoutState::recomputeLayout(const SermonNodePtr& newRoot)
             subtreeWordCounts.clear();
             return;
         }
-        cachedLayouts = TreeLayout::layout(*root);
+        cachedLayouts = TreeLayout::layout(*root, &measureCache);
         nodeLookup = root->nodeIndex();
         cachedCanvasSize = TreeLayout::canvasSize(cachedLayouts);
         cachedContentBounds = TreeLayout::contentBounds(cachedLayouts);

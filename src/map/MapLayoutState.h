@@ -1,6 +1,7 @@
 #pragma once
 
 #include "NodeLayout.h"
+#include "TreeLayout.h"
 
 #include "core/SermonNode.h"
 
@@ -14,6 +15,7 @@ struct MapLayoutState {
     QSizeF cachedCanvasSize;
     QRectF cachedContentBounds;
     std::unordered_map<NodeID, int> subtreeWordCounts;
+    TreeLayout::MeasureCache measureCache;
 
     void recomputeLayout(const SermonNodePtr& newRoot);
 

@@ -29,14 +29,14 @@ struct DepthMetrics {
     }
 };
 
-QSizeF measureWith(const DepthMetrics& m, const QString& text, bool isLeaf)
+// The widest line's width, rounded up, and the number of lines.
+TextExtent measureText(const QFontMetricsF& metrics, const QString& text)
 {
-    double maxWidth = 0;
-    int lines = 0;
+    TextExtent extent;
     auto measureLine = [&](const QString& line) {
-        ++lines;
-        const double w = std::ceil(m.metrics.horizontalAdvance(line.isEmpty() ? QStringLiteral(" ") : line));
-        maxWidth = std::max(maxWidth, w);
+        ++extent.lines;
+        const double w = std::ceil(metrics.horizontalAdvance(line.isEmpty() ? QStringLiteral(" ") : line));
+        extent.width = std::max(extent.width, w);
     };
     qsizetype start = 0;
     bool split = false;
@@ -49,8 +49,13 @@ QSizeF measureWith(const DepthMetrics& m, const QString& text, bool isLeaf)
         }
     }
     measureLine(split ? text.mid(start) : text);
+    return extent;
+}
+
+QSizeF nodeSize(const DepthMetrics& m, TextExtent extent, bool isLeaf)
+{
     const double padding = 2 * (isLeaf ? leafVerticalPadding : branchVerticalPadding);
-    return {maxWidth + 2 * horizontalPadding, m.lineHeight * lines + padding};
+    return {extent.width + 2 * horizontalPadding, m.lineHeight * extent.lines + padding};
 }
 
 } // namespace
@@ -90,16 +95,53 @@ double lineHeight(const QFontMetricsF& metrics)
 
 QSizeF measureNode(const QString& text, int depth, bool isLeaf)
 {
-    return measureWith(DepthMetrics(depth), text, isLeaf);
+    const DepthMetrics m(depth);
+    return nodeSize(m, measureText(m.metrics, text), isLeaf);
 }
 
-NodeLayouts layout(const SermonNode& root)
+void MeasureCache::clear()
+{
+    for (auto& table : m_previous)
+        table.clear();
+    for (auto& table : m_current)
+        table.clear();
+}
+
+void MeasureCache::beginRun()
+{
+    // Only what the last run used is kept, so edited and deleted texts fall out.
+    for (size_t i = 0; i < m_current.size(); ++i) {
+        m_previous[i].swap(m_current[i]);
+        m_current[i].clear();
+    }
+}
+
+TextExtent MeasureCache::extent(int depthClass, const QString& text, const std::function<TextExtent()>& measure)
+{
+    auto& current = m_current[size_t(depthClass)];
+    if (const auto it = current.find(text); it != current.end())
+        return it->second;
+    auto& previous = m_previous[size_t(depthClass)];
+    const auto it = previous.find(text);
+    const TextExtent result = it != previous.end() ? it->second : measure();
+    current.emplace(text, result);
+    return result;
+}
+
+NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
 {
     return performanceLog::signpostInterval("TreeLayout", performanceLog::noMessage, [&] {
         NodeLayouts result;
         const std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
+        if (cache)
+            cache->beginRun();
         auto measure = [&](const SermonNode& node) {
-            return measureWith(metrics[std::clamp(node.depth(), 0, 2)], node.text(), !node.hasChildren());
+            const int depthClass = std::clamp(node.depth(), 0, 2);
+            const DepthMetrics& m = metrics[size_t(depthClass)];
+            const TextExtent extent = cache ? cache->extent(depthClass, node.text(),
+                                                            [&] { return measureText(m.metrics, node.text()); })
+                                            : measureText(m.metrics, node.text());
+            return nodeSize(m, extent, !node.hasChildren());
         };
 
         // One frame per expanded parent on the path being laid out; the walk is iterative because

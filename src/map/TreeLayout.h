@@ -5,6 +5,10 @@
 #include <QFont>
 #include <QString>
 
+#include <array>
+#include <functional>
+#include <unordered_map>
+
 class QFontMetricsF;
 class SermonNode;
 
@@ -33,7 +37,26 @@ double lineHeight(const QFontMetricsF& metrics);
 
 QSizeF measureNode(const QString& text, int depth, bool isLeaf);
 
-NodeLayouts layout(const SermonNode& root);
+struct TextExtent {
+    double width = 0; // the widest line, rounded up
+    int lines = 0;
+};
+
+// Widths of the texts a layout measured, kept for the next run: after one edit only the edited
+// line is measured again. Keyed by the exact text and depth class, so it can't go stale while
+// the fonts stay; clear it when they change.
+class MeasureCache {
+public:
+    void clear();
+    void beginRun();
+    TextExtent extent(int depthClass, const QString& text, const std::function<TextExtent()>& measure);
+
+private:
+    std::array<std::unordered_map<QString, TextExtent>, 3> m_previous;
+    std::array<std::unordered_map<QString, TextExtent>, 3> m_current;
+};
+
+NodeLayouts layout(const SermonNode& root, MeasureCache* cache = nullptr);
 
 QSizeF canvasSize(const NodeLayouts& layouts);
 QRectF contentBounds(const NodeLayouts& layouts);

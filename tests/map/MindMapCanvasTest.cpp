@@ -1,0 +1,107 @@
+#include "map/MapTestSupport.h"
+
+#include "map/MindMapCanvas.h"
+
+#include "core/SermonDocument.h"
+
+#include <QWheelEvent>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+SermonNodePtr sermon()
+{
+    auto root = SermonNode::make(QStringLiteral("The God Who Stays"), 0);
+    auto opening = root->addChild(QStringLiteral("Opening"));
+    opening->addChild(QStringLiteral("Have you ever felt forgotten?"));
+    for (int i = 0; i < 40; ++i)
+        root->addChild(QStringLiteral("Point %1").arg(i))->addChild(QStringLiteral("A line"));
+    return root;
+}
+
+void wheel(QWidget& widget, QPointF at, QPoint angle, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QWheelEvent event(at, widget.mapToGlobal(at), QPoint(), angle, Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&widget, &event);
+}
+
+// Made before the widgets of the fixture.
+struct WithApplication {
+    WithApplication() { ensureApplication(); }
+};
+
+class MindMapCanvasTest : public ::testing::Test, private WithApplication {
+protected:
+    void SetUp() override { canvas.resize(800, 600); }
+    SermonDocument document{sermon()};
+    MindMapCanvas canvas{&document};
+};
+
+TEST_F(MindMapCanvasTest, AppearsWithItsNameLayoutAndZoomCommands)
+{
+    int delivered = 0;
+    canvas.onZoomFunctionsReady = [&](const ZoomFunctions& zoom) {
+        ++delivered;
+        EXPECT_TRUE(zoom.zoomIn && zoom.zoomOut && zoom.reset);
+    };
+    canvas.show();
+    canvas.hide();
+    canvas.show();
+    EXPECT_EQ(delivered, 1);
+    EXPECT_EQ(canvas.accessibleName(), QStringLiteral("mindMapCanvas"));
+    EXPECT_EQ(canvas.layoutState().cachedLayouts.size(), 83u);
+    EXPECT_EQ(canvas.viewport().viewportSize(), QSizeF(800, 600));
+}
+
+TEST_F(MindMapCanvasTest, WheelPansAndCtrlWheelZoomsAboutThePointer)
+{
+    canvas.show();
+    wheel(canvas, {400, 300}, {0, -120});
+    EXPECT_EQ(canvas.viewport().panOffset(), QPointF(0, -60));
+    wheel(canvas, {400, 300}, {0, -120}, Qt::ShiftModifier);
+    EXPECT_EQ(canvas.viewport().panOffset(), QPointF(-60, -60));
+
+    const QPointF pointer(200, 150);
+    const QPointF under = canvas.canvasPoint(pointer);
+    wheel(canvas, pointer, {0, 120}, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(canvas.viewport().scale(), 1.1);
+    EXPECT_NEAR(canvas.canvasPoint(pointer).x(), under.x(), 1e-9);
+    EXPECT_NEAR(canvas.canvasPoint(pointer).y(), under.y(), 1e-9);
+}
+
+TEST_F(MindMapCanvasTest, PaintsInTheThemeOfItsPalette)
+{
+    canvas.show();
+    const NodeLayout& root = canvas.layoutState().cachedLayouts.at(document.root()->id());
+    canvas.centerOn(root.frame().center());
+    const QPointF edgePoint = QPointF(root.origin.x() + 20, root.origin.y()) + canvas.viewport().panOffset();
+    for (bool dark : {false, true}) {
+        QPalette palette = canvas.palette();
+        palette.setColor(QPalette::Window, dark ? QColor(30, 30, 30) : QColor(240, 240, 240));
+        canvas.setPalette(palette);
+        const QImage image = canvas.grab().toImage();
+        // The root's box outline is ink: dark brown on light, cream on dark.
+        const QColor edge = image.pixelColor(edgePoint.toPoint());
+        EXPECT_EQ(edge.lightnessF() > palette.color(QPalette::Window).lightnessF(), dark);
+    }
+}
+
+TEST_F(MindMapCanvasTest, ReadingPaceComesFromItsSource)
+{
+    EXPECT_EQ(canvas.readingPaceWPM(), 120);
+    int pace = 140;
+    canvas.setReadingPaceSource([&] { return pace; });
+    EXPECT_EQ(canvas.readingPaceWPM(), 140);
+    pace = -3;
+    EXPECT_EQ(canvas.readingPaceWPM(), 120);
+}
+
+TEST_F(MindMapCanvasTest, NewRootIsLaidOutAfresh)
+{
+    document.setRoot(SermonNode::make(QStringLiteral("Another"), 0));
+    EXPECT_EQ(canvas.layoutState().cachedLayouts.size(), 1u);
+    EXPECT_EQ(canvas.textCache().count(), 0u);
+}
+
+} // namespace

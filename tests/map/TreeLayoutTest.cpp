@@ -1,0 +1,218 @@
+#include "map/MapTestSupport.h"
+
+#include "map/MapLayoutState.h"
+#include "map/TreeLayout.h"
+
+#include <QFontMetricsF>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+namespace {
+
+class TreeLayoutTest : public ::testing::Test {
+protected:
+    void SetUp() override { ensureApplication(); }
+
+    static double lineHeight(int depth) { return TreeLayout::lineHeight(QFontMetricsF(TreeLayout::nodeFont(depth))); }
+    static double width(const QString& line, int depth)
+    {
+        return std::ceil(QFontMetricsF(TreeLayout::nodeFont(depth)).horizontalAdvance(line)) + 32;
+    }
+};
+
+TEST_F(TreeLayoutTest, FontsFollowDepth)
+{
+    struct Row {
+        int depth;
+        int pixels;
+        QFont::Weight weight;
+    };
+    for (const Row& row : {Row{0, 16, QFont::Medium}, Row{1, 14, QFont::Medium}, Row{2, 13, QFont::Normal},
+                           Row{7, 13, QFont::Normal}}) {
+        const QFont font = TreeLayout::nodeFont(row.depth);
+        EXPECT_EQ(font.pixelSize(), row.pixels) << row.depth;
+        EXPECT_EQ(font.weight(), row.weight) << row.depth;
+    }
+}
+
+TEST_F(TreeLayoutTest, LoneRootSitsAtTheOriginWithLeafHeight)
+{
+    auto root = SermonNode::make(QStringLiteral("The God Who Stays"), 0);
+    const NodeLayouts layouts = TreeLayout::layout(*root);
+    ASSERT_EQ(layouts.size(), 1u);
+    const NodeLayout& l = layouts.at(root->id());
+    EXPECT_EQ(l.origin, QPointF(40, 40));
+    EXPECT_TRUE(l.isLeaf);
+    EXPECT_FALSE(l.hasOnlyLeafChildren);
+    EXPECT_DOUBLE_EQ(l.size.width(), width(root->text(), 0));
+    EXPECT_DOUBLE_EQ(l.size.height(), lineHeight(0) + 6);
+}
+
+TEST_F(TreeLayoutTest, MeasuresLinesAtSoftAndHardBreaks)
+{
+    const QString sep(QChar(0x2028));
+    struct Row {
+        QString text;
+        int lines;
+        QString widest;
+    };
+    const std::vector<Row> rows{
+        {QString(), 1, QStringLiteral(" ")},
+        {QStringLiteral("Grace"), 1, QStringLiteral("Grace")},
+        {QStringLiteral("Grace") + sep, 2, QStringLiteral("Grace")},
+        {QStringLiteral("a") + sep + sep + QStringLiteral("Mercy endures"), 3, QStringLiteral("Mercy endures")},
+        {QStringLiteral("Never will I leave you\nnor forsake you"), 2, QStringLiteral("Never will I leave you")},
+    };
+    for (const Row& row : rows) {
+        for (bool isLeaf : {true, false}) {
+            const QSizeF size = TreeLayout::measureNode(row.text, 2, isLeaf);
+            EXPECT_DOUBLE_EQ(size.width(), width(row.widest, 2)) << row.text.toStdString();
+            EXPECT_DOUBLE_EQ(size.height(), lineHeight(2) * row.lines + (isLeaf ? 6 : 16)) << row.text.toStdString();
+        }
+    }
+}
+
+TEST_F(TreeLayoutTest, FoldedParentKeepsBoxMarginsAndHidesDescendants)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    auto story = root->addChild(QStringLiteral("Story"));
+    auto porch = story->addChild(QStringLiteral("My grandfather's porch."));
+    auto deeper = porch->addChild(QStringLiteral("Deeper"));
+    story->setQuote(true);
+    story->setCollapsed(true);
+
+    const NodeLayouts layouts = TreeLayout::layout(*root);
+    ASSERT_EQ(layouts.size(), 2u);
+    const NodeLayout& l = layouts.at(story->id());
+    EXPECT_FALSE(l.isLeaf);
+    EXPECT_TRUE(l.isQuote);
+    EXPECT_DOUBLE_EQ(l.size.height(), lineHeight(1) + 16);
+    EXPECT_EQ(layouts.count(porch->id()), 0u);
+    EXPECT_EQ(layouts.count(deeper->id()), 0u);
+}
+
+TEST_F(TreeLayoutTest, LeafListsPackTighterThanBranches)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    auto a = root->addChild(QStringLiteral("What he promised"));
+    auto b = root->addChild(QStringLiteral("Presence"));
+    auto only = SermonNode::make(QStringLiteral("Parent"), 0);
+    auto single = only->addChild(QStringLiteral("Leaf"));
+
+    const double rootRight = 40 + width(QStringLiteral("Root"), 0);
+    NodeLayouts layouts = TreeLayout::layout(*root);
+    EXPECT_TRUE(layouts.at(root->id()).hasOnlyLeafChildren);
+    EXPECT_DOUBLE_EQ(layouts.at(a->id()).origin.x(), rootRight + 28);
+    EXPECT_DOUBLE_EQ(layouts.at(b->id()).origin.y(), layouts.at(a->id()).maxY() + 2);
+
+    // One leaf child still counts as a leaf list: indent 28.
+    const NodeLayouts singleLayouts = TreeLayout::layout(*only);
+    EXPECT_TRUE(singleLayouts.at(only->id()).hasOnlyLeafChildren);
+    EXPECT_DOUBLE_EQ(singleLayouts.at(single->id()).origin.x(), 40 + width(QStringLiteral("Parent"), 0) + 28);
+
+    // The last child gets a child of its own: every child moves out to 40 and apart by 8.
+    auto c = b->addChild(QStringLiteral("Never will I leave you"));
+    layouts = TreeLayout::layout(*root);
+    EXPECT_FALSE(layouts.at(root->id()).hasOnlyLeafChildren);
+    EXPECT_DOUBLE_EQ(layouts.at(a->id()).origin.x(), rootRight + 40);
+    EXPECT_DOUBLE_EQ(layouts.at(b->id()).origin.x(), rootRight + 40);
+    EXPECT_DOUBLE_EQ(layouts.at(c->id()).origin.y(), layouts.at(a->id()).maxY() + 8);
+    // The box is taller than its one leaf, so it keeps the top of its slot.
+    EXPECT_DOUBLE_EQ(layouts.at(b->id()).origin.y(), layouts.at(a->id()).maxY() + 8);
+}
+
+TEST_F(TreeLayoutTest, ParentIsCentredOnATallerBlockAndKeepsItsTopOtherwise)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    for (int i = 0; i < 4; ++i)
+        root->addChild(QStringLiteral("Point %1").arg(i));
+    NodeLayouts layouts = TreeLayout::layout(*root);
+    const NodeLayout& first = layouts.at(root->children().front()->id());
+    const NodeLayout& last = layouts.at(root->children().back()->id());
+    const double blockMid = (first.origin.y() + last.maxY()) * 0.5;
+    EXPECT_NEAR(layouts.at(root->id()).midY(), blockMid, 1e-9);
+    EXPECT_DOUBLE_EQ(first.origin.y(), 40);
+
+    // A two-line parent is taller than its one leaf: both share the top edge.
+    auto tall = SermonNode::make(QStringLiteral("First line") + QChar(0x2028) + QStringLiteral("second"), 0);
+    auto leaf = tall->addChild(QStringLiteral("Leaf"));
+    layouts = TreeLayout::layout(*tall);
+    EXPECT_DOUBLE_EQ(layouts.at(tall->id()).origin.y(), 40);
+    EXPECT_DOUBLE_EQ(layouts.at(leaf->id()).origin.y(), 40);
+}
+
+TEST_F(TreeLayoutTest, QuoteWithAChildIsNoQuoteOnTheMap)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    auto quote = root->addChild(QStringLiteral("He will never leave you."));
+    quote->setQuote(true);
+    EXPECT_TRUE(TreeLayout::layout(*root).at(quote->id()).isQuote);
+
+    quote->children().push_back(SermonNode::make(QStringLiteral("Why"), 2));
+    const NodeLayouts layouts = TreeLayout::layout(*root);
+    EXPECT_FALSE(layouts.at(quote->id()).isQuote);
+    EXPECT_TRUE(quote->isQuote());
+}
+
+TEST_F(TreeLayoutTest, DeepChainLaysOutWithoutRecursion)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    SermonNode* tip = root.get();
+    for (int i = 0; i < 9000; ++i)
+        tip = tip->addChild(QStringLiteral("level")).get();
+    const NodeLayouts layouts = TreeLayout::layout(*root);
+    EXPECT_EQ(layouts.size(), 9001u);
+    EXPECT_TRUE(layouts.at(tip->id()).isLeaf);
+    // Each level stands right of its parent: one-leaf lists at indent 28, chains at 40.
+    EXPECT_GT(layouts.at(tip->id()).origin.x(), 9000 * 28.0);
+    EXPECT_EQ(subtreeWordCounts(*root).at(root->id()), 9001);
+}
+
+TEST_F(TreeLayoutTest, RememberedWidthsGiveTheSameLayoutAsAFreshOne)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    std::vector<SermonNodePtr> nodes{root};
+    std::mt19937 random(3);
+    for (int i = 0; i < 200; ++i) {
+        auto parent = nodes[std::uniform_int_distribution<size_t>(0, nodes.size() - 1)(random)];
+        nodes.push_back(parent->addChild(QStringLiteral("Line %1").arg(i)));
+    }
+    TreeLayout::MeasureCache cache;
+    for (int step = 0; step < 30; ++step) {
+        auto node = nodes[std::uniform_int_distribution<size_t>(0, nodes.size() - 1)(random)];
+        node->setText(node->text() + QStringLiteral(" and more"));
+        if (step % 7 == 0)
+            node->setCollapsed(!node->isCollapsed());
+        EXPECT_EQ(TreeLayout::layout(*root, &cache), TreeLayout::layout(*root)) << step;
+    }
+}
+
+TEST_F(TreeLayoutTest, RecomputeFillsEveryTable)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    auto a = root->addChild(QStringLiteral("Two words"));
+    auto hidden = a->addChild(QStringLiteral("one") + QChar(0x2028) + QStringLiteral("two three"));
+    a->setCollapsed(true);
+
+    MapLayoutState tables;
+    tables.recomputeLayout(root);
+    EXPECT_EQ(tables.cachedLayouts.size(), 2u);
+    EXPECT_EQ(tables.nodeLookup.size(), 3u);
+    EXPECT_NE(tables.node(hidden->id()), nullptr);
+    // Folded parts count, and a soft break separates words.
+    EXPECT_EQ(tables.subtreeWordCount(hidden->id()), 3);
+    EXPECT_EQ(tables.subtreeWordCount(a->id()), 5);
+    EXPECT_EQ(tables.subtreeWordCount(root->id()), 6);
+
+    const NodeLayout& r = tables.cachedLayouts.at(root->id());
+    const NodeLayout& c = tables.cachedLayouts.at(a->id());
+    EXPECT_DOUBLE_EQ(tables.cachedCanvasSize.width(), c.maxX() + 80);
+    EXPECT_DOUBLE_EQ(tables.cachedCanvasSize.height(), std::max(r.maxY(), c.maxY()) + 80);
+    EXPECT_EQ(tables.cachedContentBounds, r.frame().united(c.frame()));
+    EXPECT_EQ(TreeLayout::contentBounds({}), QRectF());
+}
+
+} // namespace
