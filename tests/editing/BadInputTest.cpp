@@ -14,6 +14,8 @@ struct Operation {
     std::function<void(DocumentController&)> run;
 };
 
+void PrintTo(const Operation& op, std::ostream* os) { *os << op.name; }
+
 const std::vector<Operation>& operations()
 {
     using D = DocumentController;

@@ -235,19 +235,6 @@ INSTANTIATE_TEST_SUITE_P(Keys, CanvasKey, ::testing::Values(
     KeyCase{"SpaceEdits", Qt::Key_Space, {}, "c", "T(a(a1, a2), b+(b1), >q, c)", "c"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(Commands, ReturnAndTabOpenNewLinesInPlace)
-{
-    select("a1");
-    key(Qt::Key_Return);
-    EXPECT_EQ(root()->children()[0]->children()[1]->id(), controller->editingNodeID());
-    controller->commit(true);
-    key(Qt::Key_Return, Qt::ShiftModifier);
-    EXPECT_EQ(root()->children()[0]->children()[0]->id(), controller->editingNodeID());
-    controller->commit(true);
-    key(Qt::Key_Tab);
-    EXPECT_EQ(root()->children()[0]->children()[0]->children()[0]->id(), controller->editingNodeID());
-}
-
 TEST_F(Commands, UnboundKeysArePassedOn)
 {
     select("a");

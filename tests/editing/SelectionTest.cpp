@@ -110,15 +110,6 @@ TEST_F(Selection, StickyDepthStopsOnAFoldedBranch)
     EXPECT_EQ(selected(), "Close");
 }
 
-TEST_F(Selection, LeftThenDownKeepsTheParentsLevel)
-{
-    select("Porch");
-    controller->selectParent();
-    EXPECT_EQ(controller->navigationDepth(), 2);
-    controller->moveSelection(true);
-    EXPECT_EQ(selected(), "Presence"); // the next line at depth 2, across the branch
-}
-
 TEST_F(Selection, NoPrimaryAnyArrowSelectsTheTitle)
 {
     for (auto arrow : {&DocumentController::selectParent, &DocumentController::selectFirstChild}) {
