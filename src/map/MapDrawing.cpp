@@ -147,9 +147,10 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
         const double parentMidY = parent.midY();
         const double opacity = std::max(0.4 - 0.1 * node->depth(), 0.1);
         const QColor colour = MapPalette::withOpacity(pass.palette.ink, opacity);
-        // Siblings whose bends lie beyond the same edge of the view show the very same pixels in it:
-        // the shared stub and trunk. Such a group is stroked once, at the opacity its members
-        // would build up, instead of once for each of perhaps hundreds of children.
+        // Siblings whose bends lie beyond the same edge of the view show the same shape in it: the
+        // shared stub and trunk. Such a group is stroked once, at the opacity its members would
+        // build up over each other, instead of once for each of perhaps hundreds of children
+        // (every tall stroke costs a round through Qt's fill threads).
         struct Trunk {
             int count = 0;
             double r = 0;

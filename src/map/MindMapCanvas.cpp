@@ -27,7 +27,6 @@ MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
     setAccessibleName(QStringLiteral("mindMapCanvas"));
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAttribute(Qt::WA_AcceptTouchEvents);
 
     connect(&m_viewport, &MapViewport::scaleChanged, this, [this] { update(); });
     connect(&m_viewport, &MapViewport::panOffsetChanged, this, [this] { update(); });

@@ -122,6 +122,18 @@ TEST(MapDrawing, NodeUnderEditIsLeftOutButItsConnectionStays)
     EXPECT_TRUE(p.anyInk(p.at(root).maxX() + 10, l.origin.x() + 3, l.maxY() - 2)) << "connection";
 }
 
+TEST(MapDrawing, DeepChainDrawsWithoutRecursion)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    SermonNode* tip = root.get();
+    for (int i = 0; i < 9000; ++i)
+        tip = tip->addChild(QStringLiteral("level")).get();
+    Picture p(root);
+    p.draw();
+    EXPECT_EQ(p.stats.connections, 9000);
+    EXPECT_GE(p.stats.drawn, 1);
+}
+
 TEST(MapDrawing, CullsBeyondTheMarginOfFiftyPoints)
 {
     ensureApplication();
