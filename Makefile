@@ -1,5 +1,4 @@
 # The two set-up commands are `make run` and `make test`; both install what is missing first.
-SAMPLE ?= examples/the-god-who-stays.md
 JOBS ?= $(shell nproc)
 
 .PHONY: deps run build test bench fuzz install clean
@@ -11,6 +10,8 @@ build: deps
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release -j $(JOBS)
 
+# Starts on the welcome window; `make run SAMPLE=file.md` opens a sermon instead.
+SAMPLE ?=
 run: build
 	build/release/src/app/orantium $(SAMPLE)
 

@@ -1,9 +1,7 @@
 #include "shell/CommandLine.h"
-#include "shell/DocumentWindow.h"
+#include "shell/OrantiumApp.h"
 
 #include <QApplication>
-#include <QFileInfo>
-#include <QMessageBox>
 #include <QTextStream>
 
 int main(int argc, char* argv[])
@@ -22,23 +20,11 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Orantium"));
     QApplication::setOrganizationName(QStringLiteral("Orantium"));
+    QApplication::setDesktopFileName(QStringLiteral("app.orantium.Orantium"));
     QApplication::setStyle(QStringLiteral("Fusion"));
 
-    int opened = 0;
-    for (const QString& path : arguments.mid(1)) {
-        QString error;
-        if (DocumentWindow* window = DocumentWindow::open(path, &error)) {
-            window->show();
-            ++opened;
-        } else {
-            QMessageBox::critical(nullptr, QStringLiteral("Orantium"),
-                                  QStringLiteral("The document \u201c%1\u201d could not be opened. %2")
-                                      .arg(QFileInfo(path).fileName(), error));
-        }
-    }
-    if (opened == 0) {
-        QTextStream(stderr) << CommandLine::usage();
-        return 2;
-    }
+    OrantiumApp orantium(arguments);
+    if (!orantium.start())
+        return 1;
     return app.exec();
 }

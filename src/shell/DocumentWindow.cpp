@@ -1,44 +1,161 @@
 #include "DocumentWindow.h"
 
+#include "AppMenus.h"
+#include "ContentView.h"
+#include "DocumentManager.h"
+#include "DocumentToolbar.h"
+#include "FileSettingsSheet.h"
+#include "OpenDocument.h"
+#include "Preferences.h"
+#include "UserPrompts.h"
+
 #include "core/SermonDocument.h"
-#include "core/UndoManager.h"
 #include "map/MindMapCanvas.h"
 
-#include <QFile>
-#include <QFileInfo>
+#include <QCloseEvent>
+#include <QDir>
+#include <QStandardPaths>
 
-DocumentWindow::DocumentWindow(std::unique_ptr<SermonDocument> document, const QString& filePath, QWidget* parent)
-    : QMainWindow(parent), m_document(std::move(document)), m_undoManager(std::make_unique<UndoManager>()),
-      m_filePath(filePath)
+DocumentWindow::DocumentWindow(std::unique_ptr<OpenDocument> document, AppContext context, QWidget* parent)
+    : QMainWindow(parent), m_document(std::move(document)), m_context(context)
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    m_undoManager->setLevelsOfUndo(SermonDocument::undoLimit);
-    m_canvas = new MindMapCanvas(m_document.get(), this);
-    setCentralWidget(m_canvas);
-    setWindowTitle(QFileInfo(filePath).fileName());
+    setObjectName(QStringLiteral("documentWindow"));
+    m_content = new ContentView(m_document.get(), context.preferences, this);
+    setCentralWidget(m_content);
+
+    m_toolbar = new DocumentToolbar(this);
+    addToolBar(Qt::TopToolBarArea, m_toolbar);
+    setUnifiedTitleAndToolBarOnMac(true);
+    m_toolbar->onFileSettings = [this] { showFileSettings(); };
+    m_toolbar->onChooseMode = [this](AppMode mode) { m_content->setMode(mode); };
+    connect(m_content, &ContentView::modeChanged, m_toolbar, &DocumentToolbar::setMode);
+    m_content->onOpenFileSettings = [this] { showFileSettings(); };
+
+    if (Preferences* preferences = context.preferences) {
+        m_toolbar->setAppearance(preferences->appearance());
+        m_toolbar->onCycleAppearance = [preferences] {
+            preferences->setAppearance(AppAppearances::next(preferences->appearance()));
+        };
+        connect(preferences, &Preferences::appearanceChanged, m_toolbar, &DocumentToolbar::setAppearance);
+    }
+
+    m_menus = new AppMenus(menuBar(), context, this);
+    connect(m_content, &ContentView::commandsChanged, m_menus, &AppMenus::refresh);
+
+    connect(m_document.get(), &OpenDocument::modifiedChanged, this, &DocumentWindow::updateTitle);
+    connect(m_document.get(), &OpenDocument::filePathChanged, this, &DocumentWindow::updateTitle);
+    updateTitle();
     resize(1200, 800);
-    m_canvas->setFocus();
 }
 
 DocumentWindow::~DocumentWindow() = default;
 
-DocumentWindow* DocumentWindow::open(const QString& path, QString* error)
+SermonDocument* DocumentWindow::document() const
 {
-    const QFileInfo info(path);
-    if (info.isDir()) {
-        *error = QStringLiteral("It is a folder, not a file.");
-        return nullptr;
+    return m_document->document();
+}
+
+MindMapCanvas* DocumentWindow::canvas() const
+{
+    return m_content->canvas();
+}
+
+void DocumentWindow::updateTitle()
+{
+    // The marker Qt puts where "[*]" stands.
+    setWindowTitle(m_document->displayName() + QStringLiteral("[*]"));
+    setWindowModified(m_document->isModified());
+    setWindowFilePath(m_document->filePath());
+}
+
+void DocumentWindow::showError(const QString& message)
+{
+    if (m_context.prompts)
+        m_context.prompts->showError(this, message);
+}
+
+bool DocumentWindow::save()
+{
+    if (m_document->isUntitled())
+        return saveAs();
+    if (m_document->save())
+        return true;
+    showError(m_document->lastError());
+    return false;
+}
+
+bool DocumentWindow::saveAs()
+{
+    if (!m_context.prompts)
+        return false;
+    QString proposed = m_document->filePath();
+    if (proposed.isEmpty()) {
+        const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+        proposed = QDir(folder).filePath(m_document->displayName());
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = file.errorString();
-        return nullptr;
+    const QString path = m_context.prompts->chooseSavePath(this, proposed);
+    if (path.isEmpty())
+        return false;
+    if (m_context.documents) {
+        if (DocumentWindow* other = m_context.documents->windowFor(path); other && other != this) {
+            showError(QStringLiteral("The document \u201c%1\u201d is open in another window. Close it first.")
+                          .arg(QFileInfo(path).fileName()));
+            return false;
+        }
     }
-    SermonReadError why{};
-    auto contents = readSermon(file.readAll(), &why);
-    if (!contents) {
-        *error = describe(why);
-        return nullptr;
+    if (!m_document->saveAs(path)) {
+        showError(m_document->lastError());
+        return false;
     }
-    return new DocumentWindow(std::make_unique<SermonDocument>(std::move(*contents)), info.absoluteFilePath());
+    if (m_context.preferences)
+        m_context.preferences->noteRecentFile(m_document->filePath());
+    return true;
+}
+
+bool DocumentWindow::prepareToClose()
+{
+    if (!m_document->isUntitled()) {
+        if (m_document->saveIfNeeded())
+            return true;
+        // The file can't be written (deleted folder, read-only, full disk): say so, then ask.
+        showError(m_document->lastError());
+    } else if (!m_document->isModified()) {
+        return true;
+    }
+    if (!m_context.prompts)
+        return false;
+    switch (m_context.prompts->askToSaveChanges(this, m_document->displayName())) {
+    case SaveChoice::save:
+        return saveAs();
+    case SaveChoice::dontSave:
+        return true;
+    case SaveChoice::cancel:
+        break;
+    }
+    return false;
+}
+
+void DocumentWindow::closeEvent(QCloseEvent* event)
+{
+    if (m_isClosing || prepareToClose()) {
+        m_isClosing = true;
+        event->accept();
+    } else {
+        event->ignore();
+    }
+}
+
+void DocumentWindow::showFileSettings()
+{
+    if (findChild<FileSettingsSheet*>())
+        return;
+    auto* sheet = new FileSettingsSheet(document(), m_document->undoManager(), this);
+    sheet->onTitleChanged = [this] {
+        m_content->treeMutated();
+        updateTitle();
+    };
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->setWindowModality(Qt::WindowModal);
+    sheet->show();
 }

@@ -1,30 +1,54 @@
 #pragma once
 
+#include "AppContext.h"
+
 #include <QMainWindow>
 
 #include <memory>
 
+class AppMenus;
+class ContentView;
+class DocumentToolbar;
 class MindMapCanvas;
+class OpenDocument;
 class SermonDocument;
-class UndoManager;
 
-// One open sermon in its own window, shown as the mind map.
+// One open sermon in its own window: toolbar, content, menu bar, and the questions asked when it
+// is saved or closed.
 class DocumentWindow : public QMainWindow {
     Q_OBJECT
 public:
-    DocumentWindow(std::unique_ptr<SermonDocument> document, const QString& filePath, QWidget* parent = nullptr);
+    DocumentWindow(std::unique_ptr<OpenDocument> document, AppContext context, QWidget* parent = nullptr);
     ~DocumentWindow() override;
 
-    // Reads a file into a new window; on failure gives nothing and says why in `error`.
-    static DocumentWindow* open(const QString& path, QString* error);
+    OpenDocument* openDocument() const { return m_document.get(); }
+    SermonDocument* document() const;
+    ContentView* contentView() const { return m_content; }
+    MindMapCanvas* canvas() const;
+    DocumentToolbar* toolbar() const { return m_toolbar; }
+    AppMenus* menus() const { return m_menus; }
+    const AppContext& context() const { return m_context; }
 
-    SermonDocument* document() const { return m_document.get(); }
-    MindMapCanvas* canvas() const { return m_canvas; }
-    const QString& filePath() const { return m_filePath; }
+    // Save: to the file, or through Save As for an untitled sermon. False when cancelled or failed
+    // (the failure has been shown; the document stays open and modified).
+    bool save();
+    bool saveAs();
+    // Whether the window may go: saves a titled document, asks about an untitled one with changes.
+    bool prepareToClose();
+
+    void showFileSettings();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 private:
-    std::unique_ptr<SermonDocument> m_document;
-    std::unique_ptr<UndoManager> m_undoManager;
-    QString m_filePath;
-    MindMapCanvas* m_canvas = nullptr;
+    void updateTitle();
+    void showError(const QString& message);
+
+    std::unique_ptr<OpenDocument> m_document;
+    AppContext m_context;
+    ContentView* m_content;
+    DocumentToolbar* m_toolbar;
+    AppMenus* m_menus;
+    bool m_isClosing = false;
 };

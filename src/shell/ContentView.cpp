@@ -1,0 +1,167 @@
+#include "ContentView.h"
+
+#include "OpenDocument.h"
+#include "Preferences.h"
+#include "StatusBarView.h"
+#include "ZoomControlsView.h"
+
+#include "core/SermonDocument.h"
+#include "core/UndoManager.h"
+#include "map/MindMapCanvas.h"
+
+#include <QLabel>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace {
+ContentView::DeliveryFactory& deliveryFactory()
+{
+    static ContentView::DeliveryFactory factory;
+    return factory;
+}
+} // namespace
+
+void ContentView::setDeliveryFactory(DeliveryFactory factory)
+{
+    deliveryFactory() = std::move(factory);
+}
+
+ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidget* parent)
+    : QWidget(parent), m_document(document), m_preferences(preferences), m_stack(new QStackedWidget(this)),
+      m_mapPage(new QWidget(m_stack))
+{
+    setMinimumSize(800, 600);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_stack);
+
+    auto* mapLayout = new QVBoxLayout(m_mapPage);
+    mapLayout->setContentsMargins(0, 0, 0, 0);
+    mapLayout->setSpacing(0);
+    m_canvas = new MindMapCanvas(document->document(), m_mapPage);
+    m_statusBar = new StatusBarView(document->document(), m_mapPage);
+    mapLayout->addWidget(m_canvas, 1);
+    mapLayout->addWidget(m_statusBar);
+    m_stack->addWidget(m_mapPage);
+
+    m_canvas->setReadingPaceSource([preferences] { return preferences->readingPaceWPM(); });
+    m_canvas->onZoomFunctionsReady = [this](const ZoomFunctions& functions) {
+        m_zoomFunctions = functions;
+        emit commandsChanged();
+    };
+    m_statusBar->setReadingPaceWPM(preferences->readingPaceWPM());
+    m_statusBar->onChooseReadingPace = [preferences](int wpm) { preferences->setReadingPaceWPM(wpm); };
+    connect(preferences, &Preferences::readingPaceChanged, this, [this](int wpm) {
+        m_statusBar->setReadingPaceWPM(wpm);
+        m_canvas->update();
+    });
+
+    // The zoom buttons act through whatever the map has published.
+    ZoomControlsView* zoom = m_statusBar->zoomControls();
+    zoom->onZoomIn = [this] {
+        if (m_zoomFunctions && m_zoomFunctions->zoomIn)
+            m_zoomFunctions->zoomIn();
+    };
+    zoom->onZoomOut = [this] {
+        if (m_zoomFunctions && m_zoomFunctions->zoomOut)
+            m_zoomFunctions->zoomOut();
+    };
+    zoom->onReset = [this] {
+        if (m_zoomFunctions && m_zoomFunctions->reset)
+            m_zoomFunctions->reset();
+    };
+    connect(&m_canvas->viewport(), &MapViewport::scaleChanged, this, [this](double scale) {
+        m_statusBar->setScale(scale);
+    });
+    m_statusBar->setScale(m_canvas->viewport().scale());
+
+    SermonDocument* sermon = document->document();
+    connect(sermon, &SermonDocument::rootChanged, this, &ContentView::refreshStatus);
+    connect(sermon, &SermonDocument::undoRedoGenerationChanged, this, &ContentView::refreshStatus);
+    connect(document->undoManager(), &UndoManager::stateChanged, this, &ContentView::refreshStatus);
+    connect(document, &OpenDocument::saved, this, [this] { m_statusBar->setNotice({}); });
+    connect(document, &OpenDocument::autosaveFailed, this, [this](const QString& message) {
+        m_statusBar->setNotice(message);
+    });
+    m_statusBar->setNotice({});
+    m_canvas->setFocus();
+}
+
+ContentView::~ContentView() = default;
+
+double ContentView::scale() const
+{
+    return m_canvas->viewport().scale();
+}
+
+QWidget* ContentView::currentView() const
+{
+    return m_stack->currentWidget();
+}
+
+void ContentView::refreshStatus()
+{
+    m_statusBar->refresh();
+}
+
+void ContentView::treeMutated()
+{
+    m_canvas->onTreeMutated();
+    refreshStatus();
+}
+
+bool ContentView::setMode(AppMode mode)
+{
+    if (mode == m_mode)
+        return false;
+    m_mode = mode;
+    if (mode == AppMode::delivery) {
+        // Made anew at each entry, so that leaving ends a running delivery.
+        m_deliveryView = makeDeliveryView();
+        m_stack->addWidget(m_deliveryView);
+        m_stack->setCurrentWidget(m_deliveryView);
+        m_deliveryView->setFocus();
+    } else {
+        // Columns has no canvas of its own here yet; it shares the map's page and zoom.
+        m_stack->setCurrentWidget(m_mapPage);
+        if (m_deliveryView) {
+            m_deliveryView->deleteLater();
+            m_deliveryView = nullptr;
+        }
+        m_canvas->setFocus();
+    }
+    emit modeChanged(mode);
+    emit commandsChanged();
+    return true;
+}
+
+QWidget* ContentView::makeDeliveryView()
+{
+    if (deliveryFactory())
+        if (QWidget* view = deliveryFactory()(m_document, m_preferences, m_stack))
+            return view;
+    auto* placeholder = new QLabel(QStringLiteral("Delivery"), m_stack);
+    placeholder->setObjectName(QStringLiteral("deliveryPlaceholder"));
+    placeholder->setAlignment(Qt::AlignCenter);
+    placeholder->setEnabled(false);
+    return placeholder;
+}
+
+void ContentView::openFileSettings()
+{
+    if (onOpenFileSettings)
+        onOpenFileSettings();
+}
+
+WindowCommands ContentView::commands() const
+{
+    WindowCommands commands;
+    auto* self = const_cast<ContentView*>(this);
+    commands.switchMode = SwitchModeAction{[self](AppMode mode) { self->setMode(mode); }};
+    commands.fileSettings = FileSettingsAction{[self] { self->openFileSettings(); }};
+    // The map's own records: zoom while it (or columns) shows. Focus mode, find and the node
+    // commands arrive with the map's editing; until then their items stay off.
+    if (m_mode != AppMode::delivery && m_zoomFunctions)
+        commands.zoom = m_zoomFunctions;
+    return commands;
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "AppMode.h"
+#include "WindowCommands.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class MindMapCanvas;
+class OpenDocument;
+class Preferences;
+class QStackedWidget;
+class StatusBarView;
+
+// The root of a document window: the view of the present mode with the status bar under the
+// map, and the commands the menu bar reaches while the window is active.
+class ContentView : public QWidget {
+    Q_OBJECT
+public:
+    ContentView(OpenDocument* document, Preferences* preferences, QWidget* parent = nullptr);
+    ~ContentView() override;
+
+    AppMode mode() const { return m_mode; }
+    bool setMode(AppMode mode);
+    double scale() const;
+
+    MindMapCanvas* canvas() const { return m_canvas; }
+    StatusBarView* statusBar() const { return m_statusBar; }
+    QWidget* currentView() const;
+
+    // The records for the menu bar, as things stand now.
+    WindowCommands commands() const;
+
+    // Shows the file settings sheet (set by the window, which owns the sheet's parent).
+    std::function<void()> onOpenFileSettings;
+    void openFileSettings();
+
+    // Makes the view for delivery mode; without one a placeholder stands in.
+    using DeliveryFactory = std::function<QWidget*(OpenDocument*, Preferences*, QWidget* parent)>;
+    static void setDeliveryFactory(DeliveryFactory factory);
+
+    // After a change to the tree that no document signal carries (a title set in place).
+    void treeMutated();
+
+signals:
+    void modeChanged(AppMode mode);
+    // Something the menu bar shows may have changed: mode, zoom, selection.
+    void commandsChanged();
+
+private:
+    void refreshStatus();
+    QWidget* makeDeliveryView();
+
+    OpenDocument* m_document;
+    Preferences* m_preferences;
+    AppMode m_mode = AppMode::tree;
+    std::optional<ZoomFunctions> m_zoomFunctions;
+    QStackedWidget* m_stack;
+    QWidget* m_mapPage;
+    MindMapCanvas* m_canvas;
+    StatusBarView* m_statusBar;
+    QWidget* m_deliveryView = nullptr;
+};

@@ -1,0 +1,57 @@
+#include "DialogPrompts.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+
+namespace {
+const QString sermonFilter = QStringLiteral("Sermons (*.md *.markdown);;All files (*)");
+
+QString documentsFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+}
+} // namespace
+
+SaveChoice DialogPrompts::askToSaveChanges(QWidget* parent, const QString& displayName)
+{
+    QMessageBox box(parent);
+    box.setIcon(QMessageBox::Warning);
+    box.setWindowTitle(QStringLiteral("Orantium"));
+    box.setText(QStringLiteral("Do you want to save the changes made to the document \u201c%1\u201d?").arg(displayName));
+    box.setInformativeText(QStringLiteral("Your changes will be lost if you don\u2019t save them."));
+    QPushButton* save = box.addButton(QStringLiteral("Save\u2026"), QMessageBox::AcceptRole);
+    QPushButton* dontSave = box.addButton(QStringLiteral("Don\u2019t Save"), QMessageBox::DestructiveRole);
+    box.addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
+    box.setDefaultButton(save);
+    box.exec();
+    if (box.clickedButton() == save)
+        return SaveChoice::save;
+    if (box.clickedButton() == dontSave)
+        return SaveChoice::dontSave;
+    return SaveChoice::cancel;
+}
+
+QString DialogPrompts::chooseSavePath(QWidget* parent, const QString& proposedPath)
+{
+    QString path = QFileDialog::getSaveFileName(parent, QStringLiteral("Save"), proposedPath, sermonFilter);
+    if (!path.isEmpty() && QFileInfo(path).suffix().isEmpty())
+        path += QStringLiteral(".md");
+    return path;
+}
+
+QString DialogPrompts::chooseFileToOpen(QWidget* parent)
+{
+    return QFileDialog::getOpenFileName(parent, QStringLiteral("Open"), documentsFolder(), sermonFilter);
+}
+
+void DialogPrompts::showError(QWidget* parent, const QString& message)
+{
+    QMessageBox box(parent);
+    box.setIcon(QMessageBox::Warning);
+    box.setWindowTitle(QStringLiteral("Orantium"));
+    box.setText(message);
+    box.exec();
+}

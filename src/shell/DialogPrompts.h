@@ -1,0 +1,12 @@
+#pragma once
+
+#include "UserPrompts.h"
+
+// The real questions: message boxes and file dialogs.
+class DialogPrompts : public UserPrompts {
+public:
+    SaveChoice askToSaveChanges(QWidget* parent, const QString& displayName) override;
+    QString chooseSavePath(QWidget* parent, const QString& proposedPath) override;
+    QString chooseFileToOpen(QWidget* parent) override;
+    void showError(QWidget* parent, const QString& message) override;
+};

@@ -1,0 +1,119 @@
+#include "DocumentManager.h"
+
+#include "DocumentWindow.h"
+#include "OpenDocument.h"
+#include "PendingCreation.h"
+#include "Preferences.h"
+#include "SafeFileName.h"
+#include "SermonFile.h"
+#include "UserPrompts.h"
+
+#include "core/SermonDocument.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+QString canonical(const QString& path)
+{
+    const QFileInfo info(path);
+    const QString resolved = info.canonicalFilePath();
+    return resolved.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : resolved;
+}
+} // namespace
+
+DocumentManager::DocumentManager(AppContext context, QObject* parent) : QObject(parent), m_context(context)
+{
+    m_context.documents = this;
+}
+
+DocumentManager::~DocumentManager() = default;
+
+QList<DocumentWindow*> DocumentManager::windows() const
+{
+    QList<DocumentWindow*> result;
+    for (const QPointer<DocumentWindow>& window : m_windows)
+        if (window)
+            result.append(window);
+    return result;
+}
+
+DocumentWindow* DocumentManager::windowFor(const QString& path) const
+{
+    const QString wanted = canonical(path);
+    for (DocumentWindow* window : windows())
+        if (!window->openDocument()->isUntitled() && canonical(window->openDocument()->filePath()) == wanted)
+            return window;
+    return nullptr;
+}
+
+DocumentWindow* DocumentManager::adopt(DocumentWindow* window)
+{
+    m_windows.removeAll(nullptr);
+    m_windows.append(window);
+    window->show();
+    window->raise();
+    window->activateWindow();
+    emit windowOpened(window);
+    return window;
+}
+
+DocumentWindow* DocumentManager::open(const QString& path, QWidget* parent)
+{
+    if (DocumentWindow* window = windowFor(path)) {
+        window->show();
+        window->raise();
+        window->activateWindow();
+        return window;
+    }
+    QString error;
+    auto contents = SermonFile::read(path, &error);
+    if (!contents) {
+        if (m_context.prompts)
+            m_context.prompts->showError(parent, error);
+        return nullptr;
+    }
+    auto document = std::make_unique<SermonDocument>(std::move(*contents));
+    auto open = std::make_unique<OpenDocument>(std::move(document), path);
+    if (m_context.preferences)
+        m_context.preferences->noteRecentFile(open->filePath());
+    return adopt(new DocumentWindow(std::move(open), m_context));
+}
+
+DocumentWindow* DocumentManager::openWithPanel(QWidget* parent)
+{
+    if (!m_context.prompts)
+        return nullptr;
+    const QString path = m_context.prompts->chooseFileToOpen(parent);
+    return path.isEmpty() ? nullptr : open(path, parent);
+}
+
+std::unique_ptr<SermonDocument> DocumentManager::makeNewSermon()
+{
+    if (auto pending = PendingCreation::shared().take())
+        return std::make_unique<SermonDocument>(SermonNode::make(pending->title, 0), pending->metadata);
+    return std::make_unique<SermonDocument>(SermonNode::make(QStringLiteral("New Sermon"), 0));
+}
+
+DocumentWindow* DocumentManager::newDocument()
+{
+    auto document = makeNewSermon();
+    const QString name = safeFileName(document->root()->text());
+    auto open = std::make_unique<OpenDocument>(std::move(document), QString(), name);
+    return adopt(new DocumentWindow(std::move(open), m_context));
+}
+
+bool DocumentManager::closeAll()
+{
+    for (DocumentWindow* window : windows())
+        if (!window->close())
+            return false;
+    return true;
+}
+
+void DocumentManager::quit()
+{
+    if (closeAll())
+        QApplication::quit();
+}

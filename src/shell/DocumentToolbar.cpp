@@ -1,0 +1,117 @@
+#include "DocumentToolbar.h"
+
+#include "Symbols.h"
+
+#include <QButtonGroup>
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QToolButton>
+
+namespace {
+QWidget* spacer(QWidget* parent)
+{
+    auto* widget = new QWidget(parent);
+    widget->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    return widget;
+}
+} // namespace
+
+DocumentToolbar::DocumentToolbar(QWidget* parent)
+    : QToolBar(parent), m_fileSettings(new QToolButton(this)), m_mapMode(new QToolButton),
+      m_deliveryMode(new QToolButton), m_modes(new QButtonGroup(this)), m_appearance(new QToolButton(this))
+{
+    setObjectName(QStringLiteral("documentToolbar"));
+    setMovable(false);
+    setFloatable(false);
+    setIconSize(QSize(18, 18));
+    setToolButtonStyle(Qt::ToolButtonIconOnly);
+    setContextMenuPolicy(Qt::PreventContextMenu);
+
+    m_fileSettings->setToolTip(QStringLiteral("File settings"));
+    m_fileSettings->setAutoRaise(true);
+    m_fileSettings->setFocusPolicy(Qt::NoFocus);
+    addWidget(m_fileSettings);
+    addWidget(spacer(this));
+
+    // Two segments side by side, as one control labelled "Mode".
+    auto* picker = new QWidget(this);
+    picker->setObjectName(QStringLiteral("modePicker"));
+    picker->setAccessibleName(QStringLiteral("Mode"));
+    auto* pickerLayout = new QHBoxLayout(picker);
+    pickerLayout->setContentsMargins(0, 0, 0, 0);
+    pickerLayout->setSpacing(0);
+    const std::pair<QToolButton*, AppMode> segments[] = {{m_mapMode, AppMode::tree}, {m_deliveryMode, AppMode::delivery}};
+    for (auto [button, mode] : segments) {
+        button->setParent(picker);
+        button->setText(AppModes::label(mode));
+        button->setCheckable(true);
+        button->setFocusPolicy(Qt::NoFocus);
+        button->setMinimumWidth(92);
+        m_modes->addButton(button, int(mode));
+        pickerLayout->addWidget(button);
+    }
+    m_modes->setExclusive(true);
+    m_mapMode->setChecked(true);
+    addWidget(picker);
+    addWidget(spacer(this));
+
+    m_appearance->setAutoRaise(true);
+    m_appearance->setFocusPolicy(Qt::NoFocus);
+    addWidget(m_appearance);
+
+    connect(m_fileSettings, &QToolButton::clicked, this, [this] {
+        if (onFileSettings)
+            onFileSettings();
+    });
+    connect(m_modes, &QButtonGroup::idClicked, this, [this](int id) {
+        if (onChooseMode)
+            onChooseMode(AppMode(id));
+    });
+    connect(m_appearance, &QToolButton::clicked, this, [this] {
+        if (onCycleAppearance)
+            onCycleAppearance();
+    });
+    restyle();
+}
+
+QToolButton* DocumentToolbar::modeButton(AppMode mode) const
+{
+    return mode == AppMode::delivery ? m_deliveryMode : mode == AppMode::tree ? m_mapMode : nullptr;
+}
+
+void DocumentToolbar::setMode(AppMode mode)
+{
+    if (QToolButton* button = modeButton(mode)) {
+        button->setChecked(true);
+    } else {
+        // Columns has no segment: neither shows as chosen.
+        m_modes->setExclusive(false);
+        m_mapMode->setChecked(false);
+        m_deliveryMode->setChecked(false);
+        m_modes->setExclusive(true);
+    }
+}
+
+void DocumentToolbar::setAppearance(AppAppearance appearance)
+{
+    if (appearance == m_appearanceValue)
+        return;
+    m_appearanceValue = appearance;
+    restyle();
+}
+
+void DocumentToolbar::changeEvent(QEvent* event)
+{
+    QToolBar::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        restyle();
+}
+
+void DocumentToolbar::restyle()
+{
+    QColor ink = palette().color(QPalette::WindowText);
+    ink.setAlphaF(0.75f);
+    m_fileSettings->setIcon(Symbols::icon(QStringLiteral("doc.text"), ink, 18));
+    m_appearance->setIcon(Symbols::icon(AppAppearances::symbolName(m_appearanceValue), ink, 18));
+    m_appearance->setToolTip(QStringLiteral("Appearance: ") + AppAppearances::text(m_appearanceValue));
+}

@@ -1,0 +1,128 @@
+#include "OrantiumApp.h"
+
+#include "AppAppearance.h"
+#include "ContentView.h"
+#include "DialogPrompts.h"
+#include "DocumentManager.h"
+#include "Preferences.h"
+#include "SermonFile.h"
+#include "UpdateService.h"
+#include "WindowSupervisor.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QStandardPaths>
+#include <QTextStream>
+#include <QTimer>
+
+#include <cstdio>
+
+#ifndef ORANTIUM_UPDATE_FEED
+#define ORANTIUM_UPDATE_FEED ""
+#endif
+
+const char* const OrantiumApp::uiTestFixtureText = "---\n"
+                                                    "title: Test Sermon\n"
+                                                    "scripture: Romans 1:1\n"
+                                                    "---\n"
+                                                    "\n"
+                                                    "# Test Sermon\n"
+                                                    "\n"
+                                                    "## First Point\n"
+                                                    "\n"
+                                                    "The quick brown fox jumps over the lazy dog.\n"
+                                                    "Second sentence here.\n"
+                                                    "Short line.\n"
+                                                    "This is a much longer sentence that spans many more words to "
+                                                    "create varying widths for testing.\n"
+                                                    "Final leaf.\n"
+                                                    "\n"
+                                                    "## Second Point\n"
+                                                    "\n"
+                                                    "Another sentence for testing.\n";
+
+QString OrantiumApp::uiTestFixturePath()
+{
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation))
+        .filePath(QStringLiteral("orantium-ui-test.md"));
+}
+
+OrantiumApp::OrantiumApp(const QStringList& arguments)
+{
+    for (const QString& argument : arguments.mid(1)) {
+        if (argument == QLatin1String("--ui-test-fixture"))
+            m_isUITestFixture = true;
+        else if (!argument.startsWith(QLatin1String("-")))
+            m_files.append(argument);
+    }
+    m_isTestHost = qEnvironmentVariableIsSet("XCTestConfigurationFilePath");
+}
+
+OrantiumApp::~OrantiumApp()
+{
+    // Windows go before the services they point at.
+    m_supervisor.reset();
+    if (m_documents)
+        for (QWidget* window : QApplication::topLevelWidgets())
+            delete window;
+}
+
+void OrantiumApp::seedRecentFiles()
+{
+    // On the very first run the welcome window offers a sample sermon to look at.
+    if (m_preferences->settings().contains(QString::fromLatin1(Preferences::recentFilesKey)))
+        return;
+    const QString name = QStringLiteral("examples/the-god-who-stays.md");
+    const QDir binary(QCoreApplication::applicationDirPath());
+    for (const QString& candidate : {QDir::current().filePath(name), binary.filePath(QStringLiteral("../../../") + name),
+                                     binary.filePath(QStringLiteral("../share/orantium/") + name)}) {
+        if (QFileInfo(candidate).isFile()) {
+            m_preferences->noteRecentFile(QFileInfo(candidate).canonicalFilePath());
+            return;
+        }
+    }
+    m_preferences->setRecentFiles({});
+}
+
+bool OrantiumApp::start()
+{
+    if (m_isTestHost)
+        return true; // a test host: no windows at all
+
+    m_preferences = std::make_unique<Preferences>();
+    AppAppearances::rememberSystemPalette(QApplication::palette());
+    AppAppearances::apply(m_preferences->appearance());
+    QObject::connect(m_preferences.get(), &Preferences::appearanceChanged, m_preferences.get(),
+                     [](AppAppearance appearance) { AppAppearances::apply(appearance); });
+
+    seedRecentFiles();
+    m_prompts = std::make_unique<DialogPrompts>();
+    m_updates = std::make_unique<UpdateService>(QStringLiteral(ORANTIUM_UPDATE_FEED), !m_isUITestFixture);
+    m_context.preferences = m_preferences.get();
+    m_context.prompts = m_prompts.get();
+    m_context.updates = m_updates.get();
+    m_documents = std::make_unique<DocumentManager>(m_context);
+
+    if (m_isUITestFixture) {
+        const QString path = uiTestFixturePath();
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QString error;
+        if (!SermonFile::write(path, QByteArray(uiTestFixtureText), &error)) {
+            QTextStream(stderr) << error << '\n';
+            return false;
+        }
+        m_documents->open(path);
+        QApplication::setQuitOnLastWindowClosed(true);
+        return true;
+    }
+
+    // The supervisor decides when the application ends.
+    QApplication::setQuitOnLastWindowClosed(false);
+    m_supervisor = std::make_unique<WindowSupervisor>(m_documents.get(), m_preferences.get());
+    m_context = m_documents->context();
+    for (const QString& file : m_files)
+        m_documents->open(file);
+    // Once the files of the command line are open, the welcome window may stand in.
+    QTimer::singleShot(0, m_supervisor.get(), [supervisor = m_supervisor.get()] { supervisor->finishLaunching(); });
+    return true;
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "AppAppearance.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+
+class QSettings;
+
+// The per-user settings, typed, each with its default. A stored value that doesn't read as its
+// type (or lies outside its range) gives the default, silently. Passed to whoever needs it.
+class Preferences : public QObject {
+    Q_OBJECT
+public:
+    // Keys as they are stored.
+    static constexpr const char* appearanceKey = "appearance";
+    static constexpr const char* readingPaceKey = "readingPaceWPM";
+    static constexpr const char* recentFilesKey = "recentFiles";
+    static constexpr int maxRecentFiles = 10;
+
+    // Uses the given store (tests pass one on a temporary file); takes ownership.
+    explicit Preferences(std::unique_ptr<QSettings> settings, QObject* parent = nullptr);
+    // The user's own store.
+    explicit Preferences(QObject* parent = nullptr);
+    ~Preferences() override;
+
+    AppAppearance appearance() const;
+    bool setAppearance(AppAppearance appearance);
+
+    int readingPaceWPM() const;
+    bool setReadingPaceWPM(int wpm);
+
+    // Most recent first; absolute paths.
+    QStringList recentFiles() const;
+    bool setRecentFiles(const QStringList& paths);
+    // Puts a file at the front, dropping any older mention and the overflow.
+    void noteRecentFile(const QString& path);
+    void forgetRecentFile(const QString& path);
+
+    // Other keys of the table, read by other views: a double or an integer, with its default.
+    double doubleValue(const char* key, double fallback) const;
+    bool setDoubleValue(const char* key, double value);
+    int intValue(const char* key, int fallback) const;
+    bool setIntValue(const char* key, int value);
+    bool boolValue(const char* key, bool fallback) const;
+    bool setBoolValue(const char* key, bool value);
+
+    QSettings& settings() { return *m_settings; }
+
+signals:
+    void changed(const QString& key);
+    void appearanceChanged(AppAppearance appearance);
+    void readingPaceChanged(int wpm);
+    void recentFilesChanged();
+
+private:
+    bool store(const char* key, const QVariant& value);
+
+    std::unique_ptr<QSettings> m_settings;
+};

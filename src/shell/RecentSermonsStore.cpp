@@ -1,0 +1,91 @@
+#include "RecentSermonsStore.h"
+
+#include "core/SermonDocument.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QFutureWatcher>
+#include <QLocale>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <algorithm>
+#include <cmath>
+
+RecentSermonsStore::RecentSermonsStore(QObject* parent) : QObject(parent) {}
+
+RecentSermonsStore::~RecentSermonsStore() = default;
+
+std::optional<RecentSermonsStore::Entry> RecentSermonsStore::readEntry(const QString& path)
+{
+    const QFileInfo info(path);
+    QFile file(path);
+    if (!info.isFile() || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    auto contents = readSermon(bytes);
+    if (!contents)
+        return std::nullopt;
+
+    Entry entry;
+    entry.path = path;
+    entry.mtime = info.lastModified();
+    // A file without a "# " line has no title of its own: its name stands in.
+    const QString text = QString::fromUtf8(bytes);
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    const bool hasTitleLine = std::any_of(lines.cbegin(), lines.cend(),
+                                          [](const QString& line) { return line.startsWith(QLatin1String("# ")); });
+    entry.title = hasTitleLine ? contents->root->text() : info.completeBaseName();
+
+    QList<SermonOccasion> occasions = contents->metadata.occasions;
+    std::stable_sort(occasions.begin(), occasions.end(),
+                     [](const SermonOccasion& a, const SermonOccasion& b) { return a.date > b.date; });
+    if (!occasions.isEmpty()) {
+        const SermonOccasion& latest = occasions.first();
+        const QString date = QLocale().toString(latest.date, QLocale::LongFormat);
+        entry.occasionLine = latest.place.isEmpty() ? date : latest.place + QStringLiteral(" \u00b7 ") + date;
+    }
+    return entry;
+}
+
+QList<RecentSermonsStore::Entry> RecentSermonsStore::readEntries(const QStringList& paths, const Cache& cache)
+{
+    QList<Entry> result;
+    for (const QString& path : paths) {
+        const QFileInfo info(path);
+        if (!info.exists())
+            continue;
+        const QDateTime mtime = info.lastModified();
+        if (!mtime.isValid())
+            continue;
+        const auto cached = cache.constFind(path);
+        if (cached != cache.constEnd() && cached->mtime.isValid()
+            && std::abs(cached->mtime.msecsTo(mtime)) < 1000) {
+            result.append(*cached);
+            continue;
+        }
+        if (auto entry = readEntry(path))
+            result.append(*entry);
+    }
+    return result;
+}
+
+void RecentSermonsStore::refresh(const QStringList& paths)
+{
+    const Cache cache = m_cache;
+    ++m_running;
+    auto* watcher = new QFutureWatcher<QList<Entry>>(this);
+    connect(watcher, &QFutureWatcher<QList<Entry>>::finished, this, [this, watcher] {
+        --m_running;
+        apply(watcher->result());
+        watcher->deleteLater();
+    });
+    watcher->setFuture(QtConcurrent::run([paths, cache] { return readEntries(paths, cache); }));
+}
+
+void RecentSermonsStore::apply(const QList<Entry>& entries)
+{
+    for (const Entry& entry : entries)
+        m_cache.insert(entry.path, entry);
+    m_entries = entries;
+    emit entriesChanged();
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "core/SermonDocument.h"
+
+#include <QString>
+
+#include <optional>
+
+// Reading and writing a sermon's file. Writes are atomic: the old file stays whole until the new
+// one is complete, so a full disk or a crash never leaves half a sermon behind.
+namespace SermonFile {
+
+// The contents, or nothing with the message a user should read in `error`.
+std::optional<SermonContents> read(const QString& path, QString* error);
+bool write(const QString& path, const QByteArray& bytes, QString* error);
+
+// "The document “x.md” could not be opened. <why>"
+QString openFailureMessage(const QString& path, const QString& why);
+QString saveFailureMessage(const QString& path, const QString& why);
+
+} // namespace SermonFile

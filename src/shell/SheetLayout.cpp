@@ -1,0 +1,60 @@
+#include "SheetLayout.h"
+
+#include "SectionBlock.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace SheetLayout {
+
+Frame build(QWidget* sheet, const QString& title, const QString& confirmText)
+{
+    Frame frame;
+    frame.column = new QVBoxLayout(sheet);
+    frame.column->setContentsMargins(20, 20, 20, 20);
+    frame.column->setSpacing(20);
+    auto* header = new QHBoxLayout;
+    auto* heading = new QLabel(title, sheet);
+    QFont font = heading->font();
+    font.setPointSizeF(font.pointSizeF() * 1.4);
+    font.setBold(true);
+    heading->setFont(font);
+    header->addWidget(heading);
+    header->addStretch(1);
+    frame.cancel = new QPushButton(QStringLiteral("Cancel"), sheet);
+    frame.confirm = new QPushButton(confirmText, sheet);
+    frame.confirm->setDefault(true);
+    frame.cancel->setShortcut(QKeySequence(Qt::Key_Escape));
+    header->addWidget(frame.cancel);
+    header->addWidget(frame.confirm);
+    frame.column->addLayout(header);
+    frame.rows = new SectionBlock({}, sheet);
+    frame.column->addWidget(frame.rows);
+    return frame;
+}
+
+void addRow(SectionBlock* block, const QString& label, QWidget* control, bool first)
+{
+    if (!first)
+        block->contentLayout()->addWidget(SectionBlock::divider(block->box()));
+    auto* row = new QWidget(block->box());
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(12, 8, 12, 8);
+    layout->setSpacing(24);
+    auto* name = new QLabel(label, row);
+    name->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    name->setFixedWidth(name->fontMetrics().horizontalAdvance(QStringLiteral("Scripture")) + 4);
+    QPalette p = name->palette();
+    QColor secondary = p.color(QPalette::WindowText);
+    secondary.setAlphaF(0.6f);
+    p.setColor(QPalette::WindowText, secondary);
+    name->setPalette(p);
+    layout->addWidget(name);
+    control->setParent(row);
+    layout->addWidget(control, 1);
+    block->contentLayout()->addWidget(row);
+}
+
+} // namespace SheetLayout

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+class QLayout;
+class QPushButton;
+class QVBoxLayout;
+class QWidget;
+class SectionBlock;
+
+// The frame both sermon sheets share: a header with the title and two buttons, then the block of
+// labelled rows.
+namespace SheetLayout {
+
+struct Frame {
+    QVBoxLayout* column = nullptr;
+    QPushButton* cancel = nullptr;
+    QPushButton* confirm = nullptr;
+    SectionBlock* rows = nullptr;
+};
+
+Frame build(QWidget* sheet, const QString& title, const QString& confirmText);
+// A row: the label in the secondary colour, right-aligned in a column all labels share, and
+// the control taking the rest.
+void addRow(SectionBlock* block, const QString& label, QWidget* control, bool first);
+
+} // namespace SheetLayout

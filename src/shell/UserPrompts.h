@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+enum class SaveChoice { save, dontSave, cancel };
+
+// The questions the application asks a user: behind an interface so that tests can answer them
+// without a modal dialog.
+class UserPrompts {
+public:
+    virtual ~UserPrompts() = default;
+
+    // Save / Don't Save / Cancel for a document with changes that is about to close.
+    virtual SaveChoice askToSaveChanges(QWidget* parent, const QString& displayName) = 0;
+    // A place to save to, starting from `proposedPath`; empty when cancelled.
+    virtual QString chooseSavePath(QWidget* parent, const QString& proposedPath) = 0;
+    // A sermon file to open; empty when cancelled.
+    virtual QString chooseFileToOpen(QWidget* parent) = 0;
+    virtual void showError(QWidget* parent, const QString& message) = 0;
+};
