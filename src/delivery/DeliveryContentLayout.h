@@ -1,0 +1,66 @@
+#pragma once
+
+#include "core/NodeID.h"
+#include "core/WordCount.h"
+
+#include <QFont>
+#include <QRectF>
+#include <QString>
+
+#include <unordered_map>
+#include <vector>
+
+class SermonNode;
+
+// One thing drawn on the delivery page, in drawing order.
+struct DeliveryItem {
+    enum class Kind { heading, headingDivider, leaf, timeMarker };
+
+    Kind kind = Kind::leaf;
+    NodeID id;            // heading, leaf
+    int depth = 0;        // heading, leaf
+    QString text;         // heading, leaf (stored text), timeMarker
+    QRectF frame;         // heading, leaf
+    bool isQuote = false; // leaf
+    double y = 0;         // headingDivider: its y; timeMarker: its baseline
+    double width = 0;     // headingDivider
+
+    // Where the item begins on the page; the order of the interleaving of minute marks.
+    double top() const;
+
+    bool operator==(const DeliveryItem&) const = default;
+};
+
+// The sermon flattened into one column of prose, and the tables that turn time into a place on
+// the page and back. A pure function of the tree, the minutes and three settings.
+struct DeliveryContentLayout {
+    std::vector<DeliveryItem> items;
+    double totalHeight = 80;
+    std::unordered_map<NodeID, double> nodeYPositions;    // leaves: middle of the frame
+    std::unordered_map<NodeID, double> headingYPositions; // headings of depth 1 to 3
+    std::unordered_map<NodeID, int> headingDepths;
+    std::unordered_map<NodeID, QString> headingTexts;
+    std::vector<NodeWordFraction> wordFractions;
+
+    // The text column begins here; the margin left of it holds the runner and minute marks.
+    static constexpr double textLeft = 150;
+    static constexpr double runnerX = 129;
+    static constexpr double topMargin = 40;
+
+    static DeliveryContentLayout compute(const SermonNode& root, int minutes, double textWidth,
+                                         double baseFontSize, double lineSpacing);
+
+    static double headingIndent(int depth);
+    static double leafIndent(int depth);
+    static double gapBefore(int depth);
+    static double gapAfter(int depth);
+};
+
+QFont deliveryFont(int depth, bool isLeaf, double baseFontSize);
+
+// Page y at fraction `f` of the time, and back.
+double yForFraction(const DeliveryContentLayout& layout, double f);
+double fractionForY(const DeliveryContentLayout& layout, double y);
+
+// "5 min".
+QString minuteMarkText(int minutes);

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QObject>
+
+#include <memory>
+
+class QSettings;
+
+// The delivery view's per-user preferences. A stored value that can't be read, or lies outside
+// its range, gives the default without a word.
+class DeliveryPreferences : public QObject {
+    Q_OBJECT
+public:
+    static constexpr double defaultFontSize = 15;
+    static constexpr double defaultLineSpacing = 1.8;
+    static constexpr double defaultTextWidth = 700;
+    static constexpr int defaultWPM = 130;
+    static constexpr bool defaultFullscreen = false;
+
+    // Reads and writes the application's QSettings, or `settings` when given (tests).
+    explicit DeliveryPreferences(QObject* parent = nullptr);
+    explicit DeliveryPreferences(std::unique_ptr<QSettings> settings, QObject* parent = nullptr);
+    ~DeliveryPreferences() override;
+
+    double fontSize() const { return m_fontSize; }
+    double lineSpacing() const { return m_lineSpacing; }
+    double textWidth() const { return m_textWidth; }
+    int wpm() const { return m_wpm; }
+    bool fullscreen() const { return m_fullscreen; }
+
+    bool setFontSize(double size);
+    bool setLineSpacing(double spacing);
+    bool setTextWidth(double width);
+    bool setWPM(int wpm);
+    bool setFullscreen(bool on);
+
+signals:
+    void fontSizeChanged(double size);
+    void lineSpacingChanged(double spacing);
+    void textWidthChanged(double width);
+    void wpmChanged(int wpm);
+    void fullscreenChanged(bool on);
+
+private:
+    void load();
+
+    std::unique_ptr<QSettings> m_settings;
+    double m_fontSize = defaultFontSize;
+    double m_lineSpacing = defaultLineSpacing;
+    double m_textWidth = defaultTextWidth;
+    int m_wpm = defaultWPM;
+    bool m_fullscreen = defaultFullscreen;
+};

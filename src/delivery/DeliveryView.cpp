@@ -1,0 +1,393 @@
+#include "DeliveryView.h"
+
+#include "DeliveryAppearance.h"
+#include "DeliveryCanvas.h"
+#include "DeliveryCounterBlock.h"
+#include "DeliveryNavOverlay.h"
+#include "DeliveryPreferences.h"
+#include "DeliveryRunnerPlayButton.h"
+#include "DeliveryRunnerStopButton.h"
+#include "DeliverySwitch.h"
+#include "DeliveryText.h"
+#include "DeliveryTopBar.h"
+#include "FollowRunnerButton.h"
+
+#include "core/SermonDocument.h"
+#include "core/UndoManager.h"
+#include "core/WordCount.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSlider>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace DeliveryAppearance;
+
+namespace {
+
+int initialMinutes(const SermonDocument* document)
+{
+    if (document->metadata().duration)
+        return *document->metadata().duration;
+    // The default pace, not the stored one: the stored pace corrects it once the view is up.
+    const int words = document->root() ? WordCount::wordCount(*document->root()) : 0;
+    return WordCount::estimatedMinutes(words, DeliveryPreferences::defaultWPM);
+}
+
+QLabel* settingsLabel(const QString& text, QWidget* parent)
+{
+    auto* label = new QLabel(text, parent);
+    label->setFont(DeliveryText::makeFont(11, QFont::Medium, false));
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::WindowText, secondary());
+    label->setPalette(palette);
+    return label;
+}
+
+QLabel* settingsValue(int width, QWidget* parent)
+{
+    auto* label = settingsLabel(QString(), parent);
+    label->setFont(DeliveryText::makeFont(11, QFont::Normal, false));
+    label->setFixedWidth(width);
+    label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    return label;
+}
+
+QSlider* settingsSlider(int lo, int hi, QWidget* parent)
+{
+    auto* slider = new QSlider(Qt::Horizontal, parent);
+    slider->setRange(lo, hi);
+    slider->setFixedWidth(100);
+    slider->setPageStep(1);
+    // The page keeps the keyboard: Space must always reach the timer.
+    slider->setFocusPolicy(Qt::NoFocus);
+    return slider;
+}
+
+} // namespace
+
+DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, DeliveryPreferences* preferences,
+                           QWidget* parent, std::shared_ptr<DeliveryClock> clock)
+    : QWidget(parent)
+    , m_document(document)
+    , m_undoManager(undoManager)
+    , m_preferences(preferences ? preferences : new DeliveryPreferences(this))
+    , m_timer(new DeliveryTimer(initialMinutes(document), std::move(clock), this))
+    , m_canvasState(new DeliveryCanvasState(this))
+{
+    setFocusPolicy(Qt::NoFocus);
+
+    m_topBar = new DeliveryTopBar(m_timer, m_canvasState, this);
+    m_canvas = new DeliveryCanvas(m_document, m_timer, m_canvasState, this);
+    m_canvas->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+
+    // Overlays over the page, back to front.
+    m_followButton = new FollowRunnerButton(m_canvasState, m_canvas);
+    m_navOverlay = new DeliveryNavOverlay(m_canvas);
+    m_counterBlock = new DeliveryCounterBlock(m_timer, m_canvas);
+    m_playButton = new DeliveryRunnerPlayButton(m_timer, m_canvas);
+    m_stopButton = new DeliveryRunnerStopButton(m_timer, m_canvas);
+
+    m_divider = new QWidget(this);
+    m_divider->setFixedHeight(1);
+    m_divider->setAutoFillBackground(true);
+    m_settingsRow = buildSettingsRow();
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_topBar);
+    column->addWidget(m_canvas, 1);
+    column->addWidget(m_divider);
+    column->addWidget(m_settingsRow);
+
+    connect(m_topBar, &DeliveryTopBar::seekRequested, m_canvas, &DeliveryCanvas::seek);
+    connect(m_navOverlay, &DeliveryNavOverlay::navigateRequested, m_canvasState, &DeliveryCanvasState::navigate);
+    connect(m_counterBlock, &DeliveryCounterBlock::durationChanged, this, &DeliveryView::onDurationChanged);
+    connect(m_counterBlock, &DeliveryCounterBlock::editingEnded, this, [this] {
+        if (m_canvasState->requestCanvasFocus)
+            m_canvasState->requestCanvasFocus();
+    });
+    connect(m_counterBlock, &DeliveryCounterBlock::sizeChanged, this, &DeliveryView::placeOverlays);
+    connect(m_navOverlay, &DeliveryNavOverlay::sizeChanged, this, &DeliveryView::placeOverlays);
+    connect(m_canvas, &DeliveryCanvas::pageGeometryChanged, this, &DeliveryView::placeOverlays);
+    connect(m_canvasState, &DeliveryCanvasState::scrollYChanged, this, &DeliveryView::updateNavTargets);
+    connect(m_canvasState, &DeliveryCanvasState::viewportHeightChanged, this, &DeliveryView::updateNavTargets);
+    connect(m_canvasState, &DeliveryCanvasState::layoutChanged, this, &DeliveryView::updateNavTargets);
+    connect(m_timer, &DeliveryTimer::stateChanged, this, &DeliveryView::onTimerStateChanged);
+
+    connect(m_preferences, &DeliveryPreferences::fontSizeChanged, this, &DeliveryView::applyPreferences);
+    connect(m_preferences, &DeliveryPreferences::lineSpacingChanged, this, &DeliveryView::applyPreferences);
+    connect(m_preferences, &DeliveryPreferences::textWidthChanged, this, &DeliveryView::applyPreferences);
+    connect(m_preferences, &DeliveryPreferences::wpmChanged, this, [this] {
+        if (!m_document->metadata().duration && m_timer->state() == TimerState::idle)
+            m_timer->setTargetMinutes(effectiveMinutes());
+        applyPreferences();
+    });
+    connect(m_preferences, &DeliveryPreferences::fullscreenChanged, this,
+            &DeliveryView::onFullscreenPreferenceChanged);
+
+    // The estimate above used the default pace; the stored one decides.
+    if (!m_document->metadata().duration)
+        m_timer->setTargetMinutes(effectiveMinutes());
+    applyPreferences();
+}
+
+DeliveryView::~DeliveryView()
+{
+    if (m_window)
+        m_window->removeEventFilter(this);
+    // Widgets first: they hold the timer and the page state.
+    delete m_canvas;
+    delete m_topBar;
+}
+
+int DeliveryView::effectiveMinutes() const
+{
+    if (m_document->metadata().duration)
+        return *m_document->metadata().duration;
+    const int words = m_document->root() ? WordCount::wordCount(*m_document->root()) : 0;
+    return WordCount::estimatedMinutes(words, m_preferences->wpm());
+}
+
+double DeliveryView::maxTextWidth(double availableWidth)
+{
+    if (!(availableWidth > 0))
+        return 1000;
+    const double a = availableWidth - 150;
+    if (a >= 1000)
+        return 1000;
+    return std::floor(std::max(a, 400.0) / 50) * 50;
+}
+
+void DeliveryView::onDurationChanged(int minutes)
+{
+    if (m_document->metadata().duration == minutes)
+        return;
+    m_document->captureUndo(m_document->currentSelectedNodeID(), m_undoManager.data());
+    SermonMetadata metadata = m_document->metadata();
+    metadata.duration = minutes;
+    m_document->setMetadata(metadata);
+    emit durationChanged(minutes);
+}
+
+QWidget* DeliveryView::buildSettingsRow()
+{
+    auto* row = new QWidget(this);
+    auto* box = new QHBoxLayout(row);
+    box->setContentsMargins(20, 8, 20, 8);
+    box->setSpacing(0);
+    auto group = [&](QLabel* label, QWidget* control, QLabel* value) {
+        auto* g = new QHBoxLayout;
+        g->setSpacing(6);
+        g->addWidget(label);
+        g->addWidget(control);
+        if (value)
+            g->addWidget(value);
+        if (box->count() > 0)
+            box->addSpacing(24);
+        box->addLayout(g);
+    };
+
+    m_fontSlider = settingsSlider(12, 24, row);
+    m_fontValue = settingsValue(24, row);
+    group(settingsLabel(QStringLiteral("Aa"), row), m_fontSlider, m_fontValue);
+    m_spacingSlider = settingsSlider(10, 30, row);
+    m_spacingValue = settingsValue(24, row);
+    group(settingsLabel(QStringLiteral("↕"), row), m_spacingSlider, m_spacingValue);
+    m_widthSlider = settingsSlider(8, 20, row);
+    m_widthValue = settingsValue(32, row);
+    group(settingsLabel(QStringLiteral("↔"), row), m_widthSlider, m_widthValue);
+    m_fullscreenSwitch = new DeliverySwitch(row);
+    m_fullscreenSwitch->setToolTip(QStringLiteral("Enter fullscreen when timer is running"));
+    m_fullscreenSwitch->setAccessibleName(QStringLiteral("Fullscreen"));
+    group(settingsLabel(QStringLiteral("Fullscreen"), row), m_fullscreenSwitch, nullptr);
+    box->addStretch(1);
+
+    connect(m_fontSlider, &QSlider::valueChanged, this, [this](int v) { m_preferences->setFontSize(v); });
+    connect(m_spacingSlider, &QSlider::valueChanged, this,
+            [this](int v) { m_preferences->setLineSpacing(std::round(v) / 10.0); });
+    connect(m_widthSlider, &QSlider::valueChanged, this, [this](int v) { m_preferences->setTextWidth(v * 50.0); });
+    connect(m_fullscreenSwitch, &QAbstractButton::toggled, this, [this](bool on) { m_preferences->setFullscreen(on); });
+    return row;
+}
+
+void DeliveryView::applyPreferences()
+{
+    const DeliveryPreferences& p = *m_preferences;
+    m_canvas->setSettings({p.fontSize(), p.lineSpacing(), p.textWidth(), p.wpm()});
+
+    const QSignalBlocker fontBlock(m_fontSlider);
+    const QSignalBlocker spacingBlock(m_spacingSlider);
+    const QSignalBlocker switchBlock(m_fullscreenSwitch);
+    m_fontSlider->setValue(int(std::lround(p.fontSize())));
+    m_fontValue->setText(QString::number(int(std::lround(p.fontSize()))));
+    m_spacingSlider->setValue(int(std::lround(p.lineSpacing() * 10)));
+    m_spacingValue->setText(QString::asprintf("%.1f", p.lineSpacing()));
+    m_fullscreenSwitch->setChecked(p.fullscreen());
+    updateTextWidthRange();
+    updateMinimumWidth();
+    placeOverlays();
+    updateNavTargets();
+}
+
+void DeliveryView::updateTextWidthRange()
+{
+    // A stored width beyond what the window allows stays as it is; the slider just shows its end.
+    const QSignalBlocker block(m_widthSlider);
+    m_widthSlider->setRange(8, int(maxTextWidth() / 50));
+    m_widthSlider->setValue(int(std::lround(m_preferences->textWidth() / 50)));
+    m_widthValue->setText(QString::number(int(std::lround(m_preferences->textWidth()))));
+}
+
+void DeliveryView::updateMinimumWidth()
+{
+    // The window stays wide enough for the column and its margin; the shell's layout passes
+    // this on to the window, and it goes when the view does.
+    const int m = int(std::ceil(std::max(m_preferences->textWidth() + 150, 800.0)));
+    if (minimumWidth() != m)
+        setMinimumWidth(m);
+}
+
+void DeliveryView::placeOverlays()
+{
+    const double left = m_canvas->left();
+    const int x = int(std::round(left));
+    m_counterBlock->adjustSize();
+    m_counterBlock->move(x + 8, 12);
+    m_playButton->move(x + 129 - DeliveryRunnerPlayButton::symbolSize / 2, 26 - DeliveryRunnerPlayButton::symbolSize / 2);
+    m_stopButton->move(x + 129 - DeliveryRunnerStopButton::symbolSize / 2,
+                       26 + 38 - DeliveryRunnerStopButton::symbolSize / 2);
+    m_followButton->move(x + 129 - FollowRunnerButton::diameter / 2,
+                         m_canvas->height() - 32 - FollowRunnerButton::diameter / 2);
+    const int margin = DeliveryNavOverlay::panelMargin;
+    m_navOverlay->move(m_canvas->width() - 20 + margin - m_navOverlay->width(),
+                       m_canvas->height() - 16 + margin - m_navOverlay->height());
+}
+
+void DeliveryView::updateNavTargets()
+{
+    const auto [nextL1, nextL2] = m_canvasState->nextHeadings();
+    m_navOverlay->setTargets(nextL1, nextL2, m_preferences->fontSize());
+}
+
+void DeliveryView::keyPressEvent(QKeyEvent* event)
+{
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        if (m_timer->state() != TimerState::idle) {
+            m_timer->stop();
+            event->accept();
+            return;
+        }
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (!qobject_cast<QLineEdit*>(QApplication::focusWidget())) {
+            if (m_canvasState->stopScrollDeceleration)
+                m_canvasState->stopScrollDeceleration();
+            m_canvasState->setFollowRunner(!m_canvasState->followRunner());
+            event->accept();
+            return;
+        }
+        break;
+    default:
+        break;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void DeliveryView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    if (m_availableWidth != width()) {
+        m_availableWidth = width();
+        updateTextWidthRange();
+    }
+    placeOverlays();
+}
+
+void DeliveryView::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    // The view may not be in its window while it is being made: look a turn later.
+    QPointer<DeliveryView> self(this);
+    QTimer::singleShot(0, this, [self] {
+        if (self)
+            self->watchWindow();
+    });
+}
+
+void DeliveryView::watchWindow()
+{
+    QWidget* current = window();
+    if (m_window == current)
+        return;
+    if (m_window)
+        m_window->removeEventFilter(this);
+    m_window = current;
+    if (m_window) {
+        m_window->installEventFilter(this);
+        setInFullscreen(m_window->isFullScreen());
+    }
+}
+
+bool DeliveryView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_window && event->type() == QEvent::WindowStateChange)
+        setInFullscreen(m_window->isFullScreen());
+    return QWidget::eventFilter(watched, event);
+}
+
+void DeliveryView::setInFullscreen(bool on)
+{
+    if (m_isInFullscreen == on)
+        return;
+    m_isInFullscreen = on;
+    // Full screen is for reading: the settings row goes away, whoever caused it.
+    m_divider->setVisible(!on);
+    m_settingsRow->setVisible(!on);
+}
+
+void DeliveryView::onTimerStateChanged(TimerState state, TimerState previous)
+{
+    if (m_preferences->fullscreen() && previous == TimerState::idle && state == TimerState::running)
+        enterFullscreen();
+    else if (state == TimerState::idle && previous != TimerState::idle)
+        exitFullscreen();
+}
+
+void DeliveryView::onFullscreenPreferenceChanged(bool on)
+{
+    {
+        const QSignalBlocker block(m_fullscreenSwitch);
+        m_fullscreenSwitch->setChecked(on);
+    }
+    if (!on)
+        exitFullscreen();
+    else if (m_timer->state() != TimerState::idle)
+        enterFullscreen();
+}
+
+void DeliveryView::enterFullscreen()
+{
+    QWidget* w = window();
+    if (!w || w->isFullScreen())
+        return;
+    w->showFullScreen();
+}
+
+void DeliveryView::exitFullscreen()
+{
+    QWidget* w = window();
+    if (!w || !w->isFullScreen())
+        return;
+    w->showNormal();
+}

@@ -1,0 +1,243 @@
+#include "DeliveryTestSupport.h"
+
+#include "delivery/DeliveryAppearance.h"
+#include "delivery/DeliveryCanvasState.h"
+#include "delivery/DeliveryCounterBlock.h"
+#include "delivery/DeliveryTimelineRuler.h"
+#include "delivery/DeliveryTimer.h"
+
+#include <gtest/gtest.h>
+
+#include <QFontMetricsF>
+#include <QLineEdit>
+
+namespace {
+
+class DeliveryControlsTest : public ::testing::Test {
+protected:
+    void SetUp() override { ensureApplication(); }
+};
+
+TEST_F(DeliveryControlsTest, DurationFieldParsing)
+{
+    struct Row {
+        const char* text;
+        std::optional<int> minutes;
+    };
+    const Row rows[] = {
+        {"45", 45}, {"45:30", 46}, {"45:29", 45}, {":30", 30}, {"12:30", 13}, {"abc", std::nullopt},
+        {"", std::nullopt}, {":", std::nullopt}, {"0", std::nullopt}, {"1:2:3", std::nullopt},
+        {"5:x", std::nullopt}, {"-3", std::nullopt},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(DeliveryCounterBlock::parseDuration(QString::fromLatin1(row.text)), row.minutes) << row.text;
+}
+
+TEST_F(DeliveryControlsTest, CommittingTheFieldSetsTargetAndReportsIt)
+{
+    auto clock = std::make_shared<ManualDeliveryClock>();
+    DeliveryTimer timer(30, clock);
+    DeliveryCounterBlock block(&timer);
+    std::vector<int> durations;
+    int ended = 0;
+    QObject::connect(&block, &DeliveryCounterBlock::durationChanged, [&](int m) { durations.push_back(m); });
+    QObject::connect(&block, &DeliveryCounterBlock::editingEnded, [&] { ++ended; });
+
+    block.tapRemaining(); // idle: edits
+    ASSERT_TRUE(block.isEditingDuration());
+    EXPECT_EQ(block.editText(), "30");
+    block.findChild<QLineEdit*>()->setText(QStringLiteral("45"));
+    block.commitEditing();
+    EXPECT_FALSE(block.isEditingDuration());
+    EXPECT_EQ(timer.plannedTargetSeconds(), 2700);
+    EXPECT_EQ(timer.remainingSeconds(), 2700);
+    EXPECT_EQ(durations, std::vector<int>{45});
+    EXPECT_EQ(ended, 1);
+
+    // A bad entry closes the field and changes nothing.
+    block.beginEditing();
+    block.findChild<QLineEdit*>()->setText(QStringLiteral("1:2:3"));
+    block.commitEditing();
+    EXPECT_EQ(timer.plannedTargetSeconds(), 2700);
+    EXPECT_EQ(durations.size(), 1u);
+    EXPECT_EQ(ended, 2);
+
+    // Cancelling ends editing without touching the timer.
+    block.beginEditing();
+    block.findChild<QLineEdit*>()->setText(QStringLiteral("10"));
+    block.cancelEditing();
+    EXPECT_EQ(timer.plannedTargetSeconds(), 2700);
+    EXPECT_EQ(ended, 3);
+}
+
+TEST_F(DeliveryControlsTest, PillsOnlyWhileTheTimerRuns)
+{
+    auto clock = std::make_shared<ManualDeliveryClock>();
+    DeliveryTimer timer(30, clock);
+    DeliveryCounterBlock block(&timer);
+    EXPECT_FALSE(block.isTotalRowVisible()); // one row before the first start
+
+    timer.start();
+    EXPECT_TRUE(block.isTotalRowVisible());
+    block.tapRemaining(); // running: pills, never the field
+    EXPECT_FALSE(block.isEditingDuration());
+    EXPECT_TRUE(block.isPillsRowVisible());
+    block.addMinutes(10);
+    EXPECT_FALSE(block.showPills());
+    EXPECT_EQ(DeliveryCounterBlock::extraMinutes(timer), 10);
+    EXPECT_EQ(timer.plannedTargetSeconds(), 1800);
+
+    block.tapRemaining();
+    timer.stop();
+    EXPECT_FALSE(block.showPills());
+    EXPECT_EQ(DeliveryCounterBlock::extraMinutes(timer), 0);
+    EXPECT_FALSE(block.isTotalRowVisible());
+}
+
+TEST_F(DeliveryControlsTest, RemainingColourThresholds)
+{
+    using namespace DeliveryAppearance;
+    struct Row {
+        double seconds;
+        TimerState state;
+        QColor expected;
+    };
+    const Row rows[] = {
+        {301, TimerState::running, primary()},  {300, TimerState::running, orange()},
+        {0.5, TimerState::running, orange()},   {0, TimerState::running, red()},
+        {-90, TimerState::running, red()},      {-90, TimerState::paused, withAlpha(red(), 0.45)},
+        {1000, TimerState::idle, primary()},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(DeliveryCounterBlock::remainingColor(row.seconds, row.state), row.expected) << row.seconds;
+}
+
+TEST_F(DeliveryControlsTest, DriftThresholds)
+{
+    using Drift = DeliveryTimelineRuler::Drift;
+    const std::pair<double, Drift> rows[] = {
+        {-600, Drift::calm}, // reading ahead never warns
+        {0, Drift::calm},        {119.9, Drift::calm},      {120, Drift::behind},
+        {180, Drift::behind},    {239.9, Drift::behind},    {240, Drift::farBehind},
+    };
+    for (const auto& [seconds, level] : rows)
+        EXPECT_EQ(DeliveryTimelineRuler::driftLevel(seconds), level) << seconds;
+    // Drift is signed seconds of the whole target: three minutes behind in a 30 minute sermon.
+    EXPECT_NEAR(DeliveryTimelineRuler::driftSeconds(0.5, 0.4, 1800), 180, 1e-9);
+    EXPECT_NEAR(DeliveryTimelineRuler::driftSeconds(0.4, 0.5, 1800), -180, 1e-9);
+    EXPECT_NEAR(DeliveryTimelineRuler::driftSeconds(0.5, 0.0, 0), 0.5, 1e-12); // target of at least 1
+}
+
+TEST_F(DeliveryControlsTest, RulerTickSetsByTarget)
+{
+    using Ticks = DeliveryTimelineRuler::Ticks;
+    auto tens = [](int total, int skipEvery) {
+        std::vector<int> out;
+        for (int q = 10; q <= total; q += 10)
+            if (q % skipEvery != 0)
+                out.push_back(q);
+        return out;
+    };
+    struct Row {
+        int minutes;
+        std::vector<int> minuteTicks, fiveMinuteTicks, figures;
+    };
+    const Row rows[] = {
+        {4, {60, 120, 180}, {}, {60, 120, 180}},
+        {5, {60, 120, 180, 240}, {}, {}}, // the one figure candidate equals the end
+        {10, {60, 120, 180, 240, 360, 420, 480, 540}, {300}, {300}},
+        {30, {}, {300, 600, 900, 1200, 1500}, {300, 600, 900, 1200, 1500}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.minutes);
+        const int total = row.minutes * 60;
+        const Ticks ticks = DeliveryTimelineRuler::ticks(total, 900, 2);
+        EXPECT_EQ(ticks.tenSeconds, tens(total, 60));
+        if (row.minutes == 30) {
+            // Minute ticks: every minute that isn't a multiple of five.
+            std::vector<int> expected;
+            for (int q = 60; q < total; q += 60)
+                if (q % 300 != 0)
+                    expected.push_back(q);
+            EXPECT_EQ(ticks.minutes, expected);
+        } else {
+            EXPECT_EQ(ticks.minutes, row.minuteTicks);
+        }
+        EXPECT_EQ(ticks.fiveMinutes, row.fiveMinuteTicks);
+        EXPECT_EQ(DeliveryTimelineRuler::minuteFigureSeconds(total), row.figures);
+    }
+    // Too dense to tell apart: a 30 minute target on a narrow ruler at scale 1 drops the
+    // ten-second ticks.
+    EXPECT_TRUE(DeliveryTimelineRuler::ticks(1800, 300, 1).tenSeconds.empty());
+    EXPECT_FALSE(DeliveryTimelineRuler::ticks(1800, 300, 1).minutes.empty());
+}
+
+TEST_F(DeliveryControlsTest, SnapLandsOnPixelCentresInsideTheRuler)
+{
+    EXPECT_DOUBLE_EQ(DeliveryTimelineRuler::snap(10.3, 1, 900, 2), 10.75);
+    EXPECT_DOUBLE_EQ(DeliveryTimelineRuler::snap(0, 1.2, 900, 2), 0.6);
+    EXPECT_DOUBLE_EQ(DeliveryTimelineRuler::snap(900, 1.2, 900, 2), 899.4);
+}
+
+TEST_F(DeliveryControlsTest, LabelsShortenWithoutTrailingSpace)
+{
+    const QFont font = QGuiApplication::font();
+    const QFontMetricsF metrics(font);
+    const QString text = QStringLiteral("Come and see");
+    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, metrics, metrics.horizontalAdvance(text)), text);
+
+    // Room for "Come…" but not for "Come a…": the space before "and" must not survive.
+    const QString come = QStringLiteral("Come") + QChar(0x2026);
+    const double room = metrics.horizontalAdvance(come) + 0.5;
+    ASSERT_LT(room, metrics.horizontalAdvance(QStringLiteral("Come a") + QChar(0x2026)));
+    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, metrics, room), come);
+
+    const QString single = QStringLiteral("C") + QChar(0x2026);
+    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, metrics, metrics.horizontalAdvance(single)), single);
+    EXPECT_TRUE(DeliveryTimelineRuler::shortenedLabel(text, metrics, 1).isEmpty());
+}
+
+TEST_F(DeliveryControlsTest, HeadingStopsAndNextHeadings)
+{
+    auto root = sectionedSermon(3, 4, 10);
+    auto sub = root->children()[1]->addChild(QStringLiteral("Sub point"));
+    sub->addChild(wordsText(10));
+    DeliveryCanvasState state;
+    EXPECT_TRUE(DeliveryTimelineRuler::headingStops(nullptr, 1).empty());
+    auto layout = std::make_shared<const DeliveryContentLayout>(DeliveryContentLayout::compute(*root, 20, 700, 15, 1.8));
+    state.setLayout(layout);
+
+    const auto stops = DeliveryTimelineRuler::headingStops(layout.get(), 1);
+    ASSERT_EQ(stops.size(), 3u);
+    EXPECT_EQ(stops[0].text, "Section 1");
+    EXPECT_LT(stops[0].fraction, stops[1].fraction);
+    EXPECT_LT(stops[1].fraction, stops[2].fraction);
+    EXPECT_EQ(DeliveryTimelineRuler::headingStops(layout.get(), 2).size(), 1u);
+
+    // A window whose bottom is above everything: the first section and the only sub point.
+    state.setViewportHeight(10);
+    auto [l1, l2] = state.nextHeadings();
+    ASSERT_TRUE(l1 && l2);
+    EXPECT_EQ(l1->text, "Section 1");
+    EXPECT_EQ(l2->text, "Sub point");
+    // Past every heading: nothing left to offer.
+    state.setViewportHeight(layout->totalHeight);
+    auto [none1, none2] = state.nextHeadings();
+    EXPECT_FALSE(none1 || none2);
+}
+
+TEST_F(DeliveryControlsTest, ScrollRange)
+{
+    DeliveryCanvasState state;
+    EXPECT_EQ(state.maxScrollY(), 0);
+    auto layout = std::make_shared<DeliveryContentLayout>();
+    layout->totalHeight = 2000;
+    state.setLayout(layout);
+    state.setViewportHeight(800);
+    EXPECT_EQ(state.maxScrollY(), 1920); // the last lines can reach the window's top
+    state.setViewportHeight(2500);
+    EXPECT_EQ(state.maxScrollY(), 0); // fits: no scrolling at all
+    EXPECT_EQ(state.clampScroll(-5), 0);
+}
+
+} // namespace

@@ -1,0 +1,267 @@
+#include "DeliveryTestSupport.h"
+
+#include "delivery/DeliveryCanvas.h"
+#include "delivery/DeliveryCounterBlock.h"
+#include "delivery/DeliveryPreferences.h"
+#include "delivery/DeliveryView.h"
+
+#include "core/SermonDocument.h"
+#include "core/UndoManager.h"
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QSettings>
+#include <QTemporaryDir>
+
+namespace {
+
+// Presses a key on `widget`; ignored keys travel to its parents as from a keyboard.
+void press(QWidget* widget, int key)
+{
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    QApplication::sendEvent(widget, &event);
+}
+
+// Runs the event loop until `done` or a generous limit; for timers that fire on their own.
+template <typename Condition>
+bool waitFor(Condition done)
+{
+    QElapsedTimer limit;
+    limit.start();
+    while (!done() && limit.elapsed() < 3000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return done();
+}
+
+class DeliveryViewTest : public ::testing::Test {
+protected:
+    void SetUp() override { ensureApplication(); }
+
+    std::unique_ptr<DeliveryPreferences> makePreferences()
+    {
+        return std::make_unique<DeliveryPreferences>(
+            std::make_unique<QSettings>(dir.filePath(QStringLiteral("prefs.ini")), QSettings::IniFormat));
+    }
+
+    // A long sermon in a shown view 1000 by 700, with a clock moved by hand.
+    std::unique_ptr<DeliveryView> makeView(SermonNodePtr root, std::optional<int> duration = 20)
+    {
+        SermonMetadata metadata;
+        metadata.duration = duration;
+        document = std::make_unique<SermonDocument>(std::move(root), metadata);
+        preferences = makePreferences();
+        auto view = std::make_unique<DeliveryView>(document.get(), &undo, preferences.get(), nullptr, clock);
+        view->resize(1000, 700);
+        view->show();
+        waitFor([&] { return view->canvasState()->viewportHeight() > 0; });
+        return view;
+    }
+
+    // Lets a running scroll animation reach its end.
+    void finishScroll(DeliveryCanvas* canvas)
+    {
+        clock->advance(1);
+        EXPECT_TRUE(waitFor([&] { return !canvas->isScrollAnimating(); }));
+    }
+
+    QTemporaryDir dir;
+    std::shared_ptr<ManualDeliveryClock> clock = std::make_shared<ManualDeliveryClock>();
+    UndoManager undo;
+    std::unique_ptr<SermonDocument> document;
+    std::unique_ptr<DeliveryPreferences> preferences;
+};
+
+TEST_F(DeliveryViewTest, SpaceAndEscapeDriveTheTimer)
+{
+    auto view = makeView(sectionedSermon(4, 8, 20));
+    DeliveryCanvas* canvas = view->canvas();
+    DeliveryTimer* timer = view->timer();
+    press(canvas, Qt::Key_Space);
+    EXPECT_EQ(timer->state(), TimerState::running);
+    EXPECT_TRUE(canvas->isFrameTicking());
+    press(canvas, Qt::Key_Space);
+    EXPECT_EQ(timer->state(), TimerState::paused);
+    EXPECT_FALSE(canvas->isFrameTicking()); // paused, the page and runner rest
+    press(canvas, Qt::Key_Space);
+    press(canvas, Qt::Key_Escape);
+    EXPECT_EQ(timer->state(), TimerState::idle);
+    EXPECT_FALSE(canvas->isFrameTicking());
+}
+
+TEST_F(DeliveryViewTest, ScrollKeysUnfollowAndAnimate)
+{
+    auto view = makeView(sectionedSermon(6, 10, 20));
+    DeliveryCanvas* canvas = view->canvas();
+    DeliveryCanvasState* state = view->canvasState();
+    const double page = std::max(state->viewportHeight() - 60, 100.0);
+    ASSERT_GT(state->maxScrollY(), 2 * page);
+
+    struct Row {
+        int key;
+        double from;
+        double expected;
+    };
+    const double end = state->maxScrollY();
+    const Row rows[] = {
+        {Qt::Key_PageDown, 0, page},
+        {Qt::Key_PageDown, end - 10, end}, // clamped at the end
+        {Qt::Key_PageUp, 2 * page, page},
+        {Qt::Key_PageUp, 10, 0},
+        {Qt::Key_End, 0, end},
+        {Qt::Key_Home, end, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.key);
+        state->setScrollY(row.from);
+        state->setFollowRunner(true);
+        press(canvas, row.key);
+        EXPECT_FALSE(state->followRunner());
+        finishScroll(canvas);
+        EXPECT_DOUBLE_EQ(state->scrollY(), row.expected);
+    }
+}
+
+TEST_F(DeliveryViewTest, ReturnTogglesFollowingButNotFromTheDurationField)
+{
+    auto view = makeView(sectionedSermon(2, 4, 10));
+    DeliveryCanvasState* state = view->canvasState();
+    press(view->canvas(), Qt::Key_Return);
+    EXPECT_TRUE(state->followRunner());
+    press(view->canvas(), Qt::Key_Return);
+    EXPECT_FALSE(state->followRunner());
+
+    view->counterBlock()->beginEditing();
+    auto* field = view->counterBlock()->findChild<QLineEdit*>();
+    field->setText(QStringLiteral("25"));
+    press(field, Qt::Key_Return);
+    EXPECT_FALSE(state->followRunner());
+    EXPECT_EQ(document->metadata().duration, 25);
+}
+
+TEST_F(DeliveryViewTest, EscapeAtTheViewStopsOnlyARunningTimer)
+{
+    auto view = makeView(sectionedSermon(2, 4, 10));
+    view->timer()->start();
+    press(view.get(), Qt::Key_Escape);
+    EXPECT_EQ(view->timer()->state(), TimerState::idle);
+}
+
+TEST_F(DeliveryViewTest, FrameTickLeavesTheTextAloneUnlessFollowing)
+{
+    auto view = makeView(sectionedSermon(6, 10, 20));
+    DeliveryCanvas* canvas = view->canvas();
+    DeliveryCanvasState* state = view->canvasState();
+    view->timer()->start();
+    canvas->repaint();
+    const int before = canvas->textLayerRenderCount();
+    for (int i = 0; i < 5; ++i) {
+        clock->advance(1.0 / 60);
+        canvas->frameTick();
+        canvas->repaint();
+    }
+    EXPECT_EQ(canvas->textLayerRenderCount(), before);
+
+    // Following, the page moves with the runner, which stands in the window's middle.
+    clock->advance(600); // half of the 20 minutes
+    state->setFollowRunner(true);
+    canvas->frameTick();
+    canvas->repaint();
+    EXPECT_GT(canvas->textLayerRenderCount(), before);
+    const double y = yForFraction(*state->layout(), view->timer()->progress());
+    EXPECT_DOUBLE_EQ(state->scrollY(), state->clampScroll(y - state->viewportHeight() * 0.5));
+}
+
+TEST_F(DeliveryViewTest, SeekMovesThePageNeverTheTimer)
+{
+    auto view = makeView(sectionedSermon(6, 10, 20));
+    DeliveryCanvasState* state = view->canvasState();
+    view->timer()->start();
+    clock->advance(30);
+    state->setFollowRunner(true);
+    const double progress = view->timer()->progress();
+    view->canvas()->seek(0.5);
+    EXPECT_FALSE(state->followRunner());
+    EXPECT_DOUBLE_EQ(state->scrollY(), state->clampScroll(yForFraction(*state->layout(), 0.5) - 100));
+    EXPECT_DOUBLE_EQ(view->timer()->progress(), progress);
+
+    // The wheel also unfollows, and never scrolls past the ends.
+    state->setFollowRunner(true);
+    view->canvas()->handleScrollDelta(1e6);
+    EXPECT_FALSE(state->followRunner());
+    EXPECT_EQ(state->scrollY(), 0);
+}
+
+TEST_F(DeliveryViewTest, TargetFromTheDocumentOrTheEstimate)
+{
+    // 1300 words at the default 130 a minute: 10 minutes.
+    auto root = SermonNode::make(QStringLiteral("Title"), 0);
+    for (int i = 0; i < 13; ++i)
+        root->addChild(wordsText(100));
+    const int titleWords = 1;
+    root->children()[0]->setText(wordsText(100 - titleWords));
+    auto view = makeView(root, std::nullopt);
+    EXPECT_EQ(view->timer()->remainingText(), "10:00");
+    preferences->setWPM(100);
+    EXPECT_EQ(view->timer()->remainingText(), "15:00");
+
+    auto fixed = makeView(sectionedSermon(2, 2, 5), 35);
+    EXPECT_EQ(fixed->timer()->remainingText(), "35:00");
+    preferences->setWPM(50);
+    EXPECT_EQ(fixed->timer()->remainingText(), "35:00");
+}
+
+TEST_F(DeliveryViewTest, DurationIsWrittenAsOneUndoStep)
+{
+    auto view = makeView(sectionedSermon(2, 2, 5), 20);
+    view->onDurationChanged(20); // the same value: no step
+    EXPECT_FALSE(undo.canUndo());
+    view->onDurationChanged(40);
+    EXPECT_EQ(document->metadata().duration, 40);
+    ASSERT_TRUE(undo.canUndo());
+    undo.undo();
+    EXPECT_EQ(document->metadata().duration, 20);
+    EXPECT_FALSE(undo.canUndo());
+}
+
+TEST_F(DeliveryViewTest, MaxTextWidthFollowsTheWindow)
+{
+    const std::pair<double, double> rows[] = {{0, 1000}, {1000, 850}, {900, 750}, {1150, 1000},
+                                              {1500, 1000}, {560, 400}, {1049, 850}};
+    for (const auto& [available, expected] : rows)
+        EXPECT_EQ(DeliveryView::maxTextWidth(available), expected) << available;
+}
+
+TEST_F(DeliveryViewTest, TheViewStaysWideEnoughForTheColumn)
+{
+    auto view = makeView(sectionedSermon(2, 2, 5));
+    EXPECT_EQ(view->minimumWidth(), 850);
+    preferences->setTextWidth(1000);
+    EXPECT_EQ(view->minimumWidth(), 1150);
+    EXPECT_GE(view->width(), 1150);
+}
+
+TEST_F(DeliveryViewTest, BadStoredPreferencesFallBackToDefaults)
+{
+    {
+        QSettings settings(dir.filePath(QStringLiteral("prefs.ini")), QSettings::IniFormat);
+        settings.setValue(QStringLiteral("deliveryFontSize"), QStringLiteral("huge"));
+        settings.setValue(QStringLiteral("deliveryLineSpacing"), 2.5);
+        settings.setValue(QStringLiteral("deliveryTextWidth"), -4);
+        settings.setValue(QStringLiteral("deliveryWPM"), QStringLiteral("fast"));
+        settings.setValue(QStringLiteral("deliveryFullscreen"), QStringLiteral("maybe"));
+    }
+    auto prefs = makePreferences();
+    EXPECT_EQ(prefs->fontSize(), 15);
+    EXPECT_EQ(prefs->lineSpacing(), 2.5);
+    EXPECT_EQ(prefs->textWidth(), 700);
+    EXPECT_EQ(prefs->wpm(), 130);
+    EXPECT_FALSE(prefs->fullscreen());
+    EXPECT_TRUE(prefs->setFullscreen(true));
+    EXPECT_FALSE(prefs->setFullscreen(true));
+    EXPECT_TRUE(makePreferences()->fullscreen());
+}
+
+} // namespace
