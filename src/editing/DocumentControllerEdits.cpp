@@ -38,23 +38,32 @@ void DocumentController::deleteSelection()
 
     captureUndo();
 
-    // The next selection comes from the last selected line in tree order, pruned or not.
+    // The next selection comes from the last selected line in tree order, pruned or not: its
+    // nearest unselected sibling after it, else before it, else its parent.
     const auto parents = root()->parentIndex();
-    std::optional<NodeID> next;
-    const std::vector<SermonNodePtr> all = selectedNodes();
-    const SermonNodePtr& last = all.back();
-    if (auto p = parents.find(last->id()); p != parents.end()) {
+    auto choiceAfter = [&](const SermonNodePtr& node) -> std::optional<NodeID> {
+        const auto p = parents.find(node->id());
+        if (p == parents.end())
+            return std::nullopt;
         const auto& kids = p->second->children();
-        const int index = p->second->indexOfChild(last->id());
-        for (int i = index + 1; i < int(kids.size()) && !next; ++i)
+        const int index = p->second->indexOfChild(node->id());
+        for (int i = index + 1; i < int(kids.size()); ++i)
             if (!ids.contains(kids[i]->id()))
-                next = kids[i]->id();
-        for (int i = index - 1; i >= 0 && !next; --i)
+                return kids[i]->id();
+        for (int i = index - 1; i >= 0; --i)
             if (!ids.contains(kids[i]->id()))
-                next = kids[i]->id();
-        if (!next)
-            next = p->second->id();
-    }
+                return kids[i]->id();
+        return p->second->id();
+    };
+    const std::vector<SermonNodePtr> all = selectedNodes();
+    std::optional<NodeID> next = choiceAfter(all.back());
+    // A choice inside a deleted branch would leave the selection on nothing: choose from the
+    // last deleted branch itself instead.
+    auto isDoomed = [&](const NodeID& id) {
+        return std::any_of(doomed.begin(), doomed.end(), [&](const SermonNodePtr& d) { return d->find(id) != nullptr; });
+    };
+    if (next && isDoomed(*next))
+        next = choiceAfter(doomed.back());
 
     for (const auto& node : doomed)
         if (auto p = parents.find(node->id()); p != parents.end())

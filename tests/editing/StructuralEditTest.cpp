@@ -40,9 +40,9 @@ INSTANTIATE_TEST_SUITE_P(Selections, Delete, ::testing::Values(
     DeleteCase{"T\n  a\n    only", {"only"}, "T(a)", "a"},
     // Unselected siblings between selected ones are skipped over, never removed.
     DeleteCase{"T\n  a\n  b\n  c\n  d", {"a", "c"}, "T(b, d)", "d"},
-    // A line and its descendant: only the line goes, and the choice comes from the
-    // descendant, the last in tree order (its sibling, gone with the branch).
-    DeleteCase{"T\n  a\n    a1\n    a2\n  b", {"a", "a1"}, "T(b)", "<gone>"}));
+    // A line and its descendant: only the line goes. The choice from the descendant (its
+    // sibling a2) went with the branch, so the branch's own next sibling is chosen.
+    DeleteCase{"T\n  a\n    a1\n    a2\n  b", {"a", "a1"}, "T(b)", "b"}));
 
 TEST_F(Edits, DeleteRefusesTheTitleWithoutAStep)
 {
