@@ -20,15 +20,15 @@ struct MapDrawStats {
     int drawn = 0;       // live nodes drawn after culling
 };
 
+// The immediate-mode drawing of the whole map: a function of the layout tables, the draw state,
+// the palette and the text bitmaps, painting into any QPainter (a widget or a plain image).
+namespace MapDrawing {
+
 // A search's marks on one node: character ranges of every occurrence of the query.
 struct SearchHighlight {
     bool isCurrentMatch = false;
     std::vector<std::pair<qsizetype, qsizetype>> ranges; // (start, end)
 };
-
-// The immediate-mode drawing of the whole map: a function of the layout tables, the draw state,
-// the palette and the text bitmaps, painting into any QPainter (a widget or a plain image).
-namespace MapDrawing {
 
 // Nodes this far beyond the view's edge are still drawn, so nothing pops in at the border.
 inline constexpr double cullMargin = 50;

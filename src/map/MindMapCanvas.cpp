@@ -1,40 +1,163 @@
 #include "MindMapCanvas.h"
 
 #include "Appearance.h"
+#include "MapContextMenu.h"
 #include "MapDrawing.h"
+#include "MapKeyDispatch.h"
 #include "MapPalette.h"
+#include "NodeEditorOverlay.h"
+#include "SearchBarOverlay.h"
 
 #include "core/ReadingPace.h"
 #include "core/SermonDocument.h"
+#include "editing/DocumentController.h"
+#include "editing/MemoryPasteboard.h"
 
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPainter>
+#include <QPlainTextEdit>
+#include <QPointer>
 #include <QWheelEvent>
+
+#include <cmath>
 
 namespace {
 // Pixels a mouse wheel notch moves the map; touchpads report their own pixel deltas.
 constexpr double pointsPerWheelDegree = 4.0; // 15 degrees a notch: 60 points
 // Ctrl+wheel: one notch zooms by a tenth.
 constexpr double magnificationPerWheelDegree = 0.1 / 15.0;
-constexpr double dragThreshold = 8;
+constexpr int searchBarMargin = 12;
+constexpr int searchBarWidth = 460;
+
+// The texts of a whole tree, for ghosts of whatever an undo takes away.
+std::unordered_map<NodeID, QString> allTexts(const MapLayoutState& tables)
+{
+    std::unordered_map<NodeID, QString> texts;
+    texts.reserve(tables.nodeLookup.size());
+    for (const auto& [id, node] : tables.nodeLookup)
+        texts.emplace(id, node->text());
+    return texts;
+}
 } // namespace
 
 MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
-    : QWidget(parent), m_document(document)
+    : QWidget(parent),
+      m_document(document ? document : new SermonDocument(SermonNode::make(), {}, this)),
+      m_controller(nullptr),
+      m_ownPasteboard(std::make_unique<MemoryPasteboard>()),
+      m_pointer(*this)
 {
     setObjectName(QStringLiteral("mindMapCanvas"));
     setAccessibleName(QStringLiteral("mindMapCanvas"));
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
 
-    connect(&m_viewport, &MapViewport::scaleChanged, this, [this] { update(); });
-    connect(&m_viewport, &MapViewport::panOffsetChanged, this, [this] { update(); });
-    if (m_document) {
-        connect(m_document, &SermonDocument::rootChanged, this, &MindMapCanvas::onTreeMutated);
-        connect(m_document, &SermonDocument::undoRedoGenerationChanged, this, &MindMapCanvas::onTreeMutated);
-    }
+    connect(&m_viewport, &MapViewport::scaleChanged, this, [this] {
+        placeOverlays();
+        update();
+    });
+    connect(&m_viewport, &MapViewport::panOffsetChanged, this, [this] {
+        placeOverlays();
+        update();
+    });
+    connect(&m_transitions, &MapTransitionAnimator::frame, this, [this] { update(); });
+
+    // Undo swaps the whole tree: keep what was shown, so that the restored tree can glide from
+    // it. Connected before the controller, whose own reaction selects and reveals afterwards.
+    connect(m_document, &SermonDocument::rootChanged, this, [this] {
+        m_layoutsBeforeSwap = m_layout.cachedLayouts;
+        m_textsBeforeSwap = allTexts(m_layout);
+        onTreeMutated();
+    });
+    connect(m_document, &SermonDocument::undoRedoGenerationChanged, this, [this] {
+        m_transitions.animateTransition(m_layoutsBeforeSwap, m_textsBeforeSwap, m_layout.cachedLayouts);
+        m_layoutsBeforeSwap.clear();
+        m_textsBeforeSwap.clear();
+    });
+
+    m_controller = new DocumentController(m_document, nullptr, this);
+    m_controller->setPasteboard(m_ownPasteboard.get());
+    m_editor = new NodeEditorOverlay(this);
+    m_searchBar = new SearchBarOverlay(this);
+    connectController();
+    contextMenuPresenter = [](QMenu& menu, QPoint at) { menu.exec(at); };
     recomputeLayout();
+}
+
+MindMapCanvas::~MindMapCanvas()
+{
+    // The children outlive these members for a moment: cut every way back in first.
+    m_controller->disconnect(this);
+    m_controller->onTreeMutated = nullptr;
+    m_controller->onSelectionRequestVisible = nullptr;
+    m_controller->onRequestCanvasFocus = nullptr;
+    delete m_editor;
+    delete m_searchBar;
+}
+
+void MindMapCanvas::connectController()
+{
+    DocumentController* c = m_controller;
+    c->onTreeMutated = [this] { onTreeMutated(); };
+    c->onSelectionRequestVisible = [this](const NodeID& id) { reveal(id); };
+    c->onRequestCanvasFocus = [this] { focusCanvas(); };
+    connect(c, &DocumentController::selectionChanged, this, [this] { update(); });
+    connect(c, &DocumentController::editingChanged, this, [this] {
+        syncEditor();
+        update();
+    });
+    connect(c, &DocumentController::searchChanged, this, [this] {
+        syncSearchBar();
+        update();
+    });
+
+    m_editor->onTextChanged = [c](const QString& text) { c->setEditingText(text); };
+    m_editor->onCommit = [this, c] { runEditorKey([c] { c->commit(true); }); };
+    m_editor->onTab = [this, c] { runEditorKey([c] { c->editorTab(); }); };
+    m_editor->onShiftTab = [this, c] { runEditorKey([c] { c->editorShiftTab(); }); };
+    m_editor->onEnter = [this, c] { runEditorKey([c] { c->editorReturn(); }); };
+    m_editor->onCommandEnter = [this, c] { runEditorKey([c] { c->editorCommandReturn(); }); };
+    m_editor->onOptionEnter = [this, c](int position) { runEditorKey([c, position] { c->editorOptionReturn(position); }); };
+    m_editor->onCancel = [this, c] { runEditorKey([c] { c->editorEscape(); }); };
+
+    m_searchBar->onQueryChanged = [this, c](const QString& query) {
+        c->setSearchQuery(query);
+        syncSearchBar();
+        update();
+    };
+    m_searchBar->onNext = [this, c] {
+        c->stepMatch(true);
+        syncSearchBar();
+    };
+    m_searchBar->onPrevious = [this, c] {
+        c->stepMatch(false);
+        syncSearchBar();
+    };
+    m_searchBar->onDismiss = [c] { c->endSearch(); };
+}
+
+void MindMapCanvas::setUndoManager(UndoManager* manager)
+{
+    if (m_controller->undoManager() != manager)
+        m_controller->setUndoManager(manager);
+}
+
+void MindMapCanvas::setPasteboard(Pasteboard* pasteboard)
+{
+    if (!pasteboard)
+        pasteboard = m_ownPasteboard.get();
+    if (m_controller->pasteboard() != pasteboard)
+        m_controller->setPasteboard(pasteboard);
+}
+
+const MapDrawState& MindMapCanvas::drawState()
+{
+    refreshDrawState();
+    return m_drawState;
 }
 
 void MindMapCanvas::updateDrawState(const std::function<void(MapDrawState&)>& change)
@@ -42,6 +165,26 @@ void MindMapCanvas::updateDrawState(const std::function<void(MapDrawState&)>& ch
     if (change)
         change(m_drawState);
     update();
+}
+
+void MindMapCanvas::refreshDrawState()
+{
+    const DocumentController& c = *m_controller;
+    MapDrawState& s = m_drawState;
+    s.scale = m_viewport.scale();
+    s.panOffset = m_viewport.panOffset();
+    s.readingPaceWPM = readingPaceWPM();
+    s.selectedNodeID = c.selectedNodeID();
+    s.selectedNodeIDs = std::unordered_set<NodeID>(c.selectedNodeIDs().begin(), c.selectedNodeIDs().end());
+    // The editor stands in the node's place only while it is shown.
+    s.editingNodeID = m_editor->isOpen() ? c.editingNodeID() : std::nullopt;
+    s.isSearching = c.isSearching();
+    s.searchQuery = c.searchQuery();
+    s.searchMatches = c.searchMatches();
+    s.searchMatchSet = std::unordered_set<NodeID>(c.searchMatchSet().begin(), c.searchMatchSet().end());
+    s.currentMatchIndex = c.currentMatchIndex();
+    m_transitions.apply(s);
+    m_pointer.apply(s);
 }
 
 void MindMapCanvas::setReadingPaceSource(std::function<int()> source)
@@ -63,6 +206,104 @@ ZoomFunctions MindMapCanvas::zoomFunctions()
             [viewport] { viewport->reset(); }};
 }
 
+std::unordered_map<NodeID, QString> MindMapCanvas::selectionTexts(bool includeSelf) const
+{
+    std::unordered_map<NodeID, QString> texts;
+    std::vector<const SermonNode*> stack;
+    for (const auto& node : m_controller->selectedNodes()) {
+        if (includeSelf)
+            texts.emplace(node->id(), node->text());
+        for (const auto& child : node->children())
+            stack.push_back(child.get());
+    }
+    while (!stack.empty()) {
+        const SermonNode* node = stack.back();
+        stack.pop_back();
+        texts.emplace(node->id(), node->text());
+        for (const auto& child : node->children())
+            stack.push_back(child.get());
+    }
+    return texts;
+}
+
+void MindMapCanvas::runWithTransition(const std::function<void()>& change,
+                                      const std::unordered_map<NodeID, QString>& oldTexts, bool revealSelection)
+{
+    const NodeLayouts before = m_layout.cachedLayouts;
+    change();
+    m_transitions.animateTransition(before, oldTexts, m_layout.cachedLayouts);
+    if (revealSelection)
+        if (const auto id = m_controller->selectedNodeID())
+            reveal(*id);
+}
+
+NodeActions MindMapCanvas::nodeActions()
+{
+    NodeActions actions = NodeActions::forController(*m_controller);
+    QPointer<MindMapCanvas> self(this);
+    enum class Ghosts { none, descendants, wholeBranches };
+    auto glide = [self](std::function<void()>& action, Ghosts ghosts, bool revealAfter) {
+        action = [self, op = action, ghosts, revealAfter] {
+            if (!self)
+                return;
+            const auto texts = ghosts == Ghosts::none ? std::unordered_map<NodeID, QString>()
+                                                      : self->selectionTexts(ghosts == Ghosts::wholeBranches);
+            self->runWithTransition(op, texts, revealAfter);
+        };
+    };
+    glide(actions.fold, Ghosts::descendants, true);
+    glide(actions.unfold, Ghosts::none, true);
+    glide(actions.deleteSelection, Ghosts::wholeBranches, false);
+    glide(actions.cut, Ghosts::wholeBranches, false);
+    glide(actions.moveUp, Ghosts::none, true);
+    glide(actions.moveDown, Ghosts::none, true);
+    glide(actions.join, Ghosts::none, false);
+    glide(actions.toggleQuote, Ghosts::none, false);
+    glide(actions.removeMarker, Ghosts::none, false);
+    for (auto* action : {&actions.paste, &actions.duplicate, &actions.promote, &actions.demote, &actions.split,
+                         &actions.splitSentences, &actions.newLineBelow, &actions.newLineAbove, &actions.newLineUnder})
+        glide(*action, Ghosts::none, true);
+    actions.setMarker = [self, op = actions.setMarker](const QString& marker) {
+        if (self)
+            self->runWithTransition([&] { op(marker); });
+    };
+    return actions;
+}
+
+bool MindMapCanvas::performCommand(NodeCommand command, const QString& marker)
+{
+    return nodeActions().perform(command, marker);
+}
+
+void MindMapCanvas::runEditorKey(const std::function<void()>& key)
+{
+    const auto id = m_controller->editingNodeID();
+    const bool wasNew = m_controller->editingIsNew();
+    const NodeLayouts before = m_layout.cachedLayouts;
+    key();
+    // A line that was there before the edit and was emptied leaves; the others glide up.
+    if (id && !wasNew && !m_document->root()->find(*id))
+        m_transitions.animateTransition(before, {}, m_layout.cachedLayouts);
+}
+
+void MindMapCanvas::commitEditing()
+{
+    if (m_controller->editingNodeID())
+        runEditorKey([this] { m_controller->commit(true); });
+}
+
+void MindMapCanvas::openSearch()
+{
+    m_controller->beginSearch();
+    syncSearchBar();
+    m_searchBar->focusField();
+}
+
+void MindMapCanvas::focusCanvas()
+{
+    setFocus(Qt::OtherFocusReason);
+}
+
 void MindMapCanvas::onTreeMutated()
 {
     clearTextBitmaps();
@@ -71,14 +312,74 @@ void MindMapCanvas::onTreeMutated()
 
 void MindMapCanvas::recomputeLayout()
 {
-    m_layout.recomputeLayout(m_document ? m_document->root() : SermonNodePtr());
+    m_layout.recomputeLayout(m_document->root());
     m_viewport.setContentBounds(m_layout.cachedContentBounds);
+    syncEditor();
     update();
 }
 
 void MindMapCanvas::clearTextBitmaps()
 {
     m_textCache.clear();
+}
+
+void MindMapCanvas::syncEditor()
+{
+    if (!m_editor)
+        return;
+    const auto id = m_controller->editingNodeID();
+    const NodeLayout* layout = id ? m_layout.layout(*id) : nullptr;
+    if (!layout) {
+        if (m_editor->isOpen()) {
+            const bool hadKeyboard = m_editor->field()->hasFocus();
+            m_editor->close();
+            if (hadKeyboard)
+                focusCanvas();
+        }
+        return;
+    }
+    m_editor->setViewTransform(m_viewport.scale(), m_viewport.panOffset());
+    if (!m_editor->isOpen() || m_editor->nodeLayout().nodeID != *id) {
+        m_editor->open(m_controller->editingText(), *layout);
+    } else {
+        m_editor->setNodeLayout(*layout);
+        m_editor->setText(m_controller->editingText());
+    }
+}
+
+void MindMapCanvas::syncSearchBar()
+{
+    if (!m_searchBar)
+        return;
+    const DocumentController& c = *m_controller;
+    if (!c.isSearching()) {
+        if (m_searchBar->isVisible()) {
+            const bool hadKeyboard = m_searchBar->field()->hasFocus();
+            m_searchBar->hide();
+            m_searchBar->setQuery(QString());
+            if (hadKeyboard)
+                focusCanvas();
+        }
+        return;
+    }
+    m_searchBar->setQuery(c.searchQuery());
+    m_searchBar->setMatches(int(c.searchMatches().size()), c.currentMatchIndex());
+    if (!m_searchBar->isVisible()) {
+        placeOverlays();
+        m_searchBar->show();
+        m_searchBar->raise();
+    }
+}
+
+void MindMapCanvas::placeOverlays()
+{
+    if (m_editor && m_editor->isOpen())
+        m_editor->setViewTransform(m_viewport.scale(), m_viewport.panOffset());
+    if (m_searchBar) {
+        const int w = std::max(0, std::min(width() - 2 * searchBarMargin, searchBarWidth));
+        const int h = m_searchBar->sizeHint().height();
+        m_searchBar->setGeometry((width() - w) / 2, searchBarMargin, w, h);
+    }
 }
 
 void MindMapCanvas::reveal(const NodeID& id)
@@ -94,10 +395,7 @@ void MindMapCanvas::centerOn(QPointF canvasPoint)
 
 std::optional<NodeID> MindMapCanvas::hitNode(QPointF p) const
 {
-    for (const auto& [id, layout] : m_layout.cachedLayouts)
-        if (layout.frame().contains(p))
-            return id;
-    return std::nullopt;
+    return MapPointerInteraction::hitNode(m_layout, p);
 }
 
 void MindMapCanvas::paintEvent(QPaintEvent*)
@@ -105,9 +403,7 @@ void MindMapCanvas::paintEvent(QPaintEvent*)
     QPainter painter(this);
     const bool dark = isDarkPalette(palette());
     painter.fillRect(rect(), palette().color(QPalette::Window));
-    m_drawState.scale = m_viewport.scale();
-    m_drawState.panOffset = m_viewport.panOffset();
-    m_drawState.readingPaceWPM = readingPaceWPM();
+    refreshDrawState();
     MapDrawing::drawCanvas(painter, QSizeF(size()), m_layout, m_drawState, MapPalette::forAppearance(dark),
                            m_textCache);
 }
@@ -116,6 +412,7 @@ void MindMapCanvas::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     m_viewport.setViewportSize(QSizeF(size()));
+    placeOverlays();
 }
 
 void MindMapCanvas::showEvent(QShowEvent* event)
@@ -125,6 +422,11 @@ void MindMapCanvas::showEvent(QShowEvent* event)
     if (!m_hasAppeared) {
         m_hasAppeared = true;
         recomputeLayout();
+        // The title is selected at once, so that typing can start without a click.
+        if (!m_controller->selectedNodeID())
+            m_controller->setSelectedNodeID(m_document->root()->id());
+        if (QWidget* w = window(); w && !w->focusWidget())
+            focusCanvas();
         if (onZoomFunctionsReady)
             onZoomFunctionsReady(zoomFunctions());
     }
@@ -147,56 +449,94 @@ void MindMapCanvas::wheelEvent(QWheelEvent* event)
     m_viewport.onScroll(delta.x(), delta.y());
 }
 
+bool MindMapCanvas::isTakingKeys() const
+{
+    return !m_controller->editingNodeID() && !m_controller->isSearching();
+}
+
 bool MindMapCanvas::event(QEvent* event)
 {
-    if (event->type() == QEvent::NativeGesture) {
+    switch (event->type()) {
+    case QEvent::NativeGesture: {
         auto* gesture = static_cast<QNativeGestureEvent*>(event);
         if (gesture->gestureType() == Qt::ZoomNativeGesture) {
             m_viewport.onMagnify(gesture->value(), gesture->position());
             event->accept();
             return true;
         }
+        break;
+    }
+    case QEvent::ShortcutOverride: {
+        // The map's keys win over window shortcuts on the same keys while it has the keyboard.
+        auto* key = static_cast<QKeyEvent*>(event);
+        if (isTakingKeys()
+            && MapKeyDispatch::resolve(key->key(), key->modifiers(), !m_controller->effectiveSelection().isEmpty())) {
+            event->accept();
+            return true;
+        }
+        break;
+    }
+    case QEvent::KeyPress:
+        // Before QWidget, which would spend Tab on moving the focus.
+        keyPressEvent(static_cast<QKeyEvent*>(event));
+        return true;
+    default:
+        break;
     }
     return QWidget::event(event);
 }
 
-void MindMapCanvas::mousePressEvent(QMouseEvent* event)
+void MindMapCanvas::keyPressEvent(QKeyEvent* event)
 {
-    if (event->button() != Qt::LeftButton) {
-        QWidget::mousePressEvent(event);
+    if (isTakingKeys() && MapKeyDispatch::handle(event->key(), event->modifiers(), *m_controller, nodeActions())) {
+        event->accept();
         return;
     }
-    setFocus(Qt::MouseFocusReason);
-    m_pressPoint = event->position();
-    m_isPanning = false;
-    event->accept();
+    event->ignore();
+}
+
+void MindMapCanvas::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton) {
+        m_pointer.press(event->position());
+        event->accept();
+        return;
+    }
+    if (event->button() == Qt::RightButton) {
+        event->accept();
+        showContextMenu(event->position(), event->globalPosition().toPoint());
+        return;
+    }
+    QWidget::mousePressEvent(event);
 }
 
 void MindMapCanvas::mouseMoveEvent(QMouseEvent* event)
 {
-    if (!m_pressPoint || !(event->buttons() & Qt::LeftButton))
-        return;
-    const QPointF translation = event->position() - *m_pressPoint;
-    if (!m_isPanning) {
-        if (std::hypot(translation.x(), translation.y()) < dragThreshold)
-            return;
-        const auto hit = hitNode(canvasPoint(*m_pressPoint));
-        const bool onRoot = hit && m_layout.root && *hit == m_layout.root->id();
-        if (hit && !onRoot)
-            return;
-        m_isPanning = true;
-        m_panStart = m_viewport.panOffset();
-    }
-    m_viewport.setPanOffset(m_viewport.clampedPan(m_panStart + translation));
-    if (m_viewport.onShowMinimap)
-        m_viewport.onShowMinimap();
+    if (event->buttons() & Qt::LeftButton)
+        m_pointer.move(event->position(), event->modifiers());
 }
 
 void MindMapCanvas::mouseReleaseEvent(QMouseEvent* event)
 {
     if (event->button() == Qt::LeftButton) {
-        m_pressPoint.reset();
-        m_isPanning = false;
+        m_pointer.release(event->position(), event->modifiers());
+        event->accept();
+        return;
     }
     QWidget::mouseReleaseEvent(event);
+}
+
+void MindMapCanvas::showContextMenu(QPointF viewPoint, QPoint globalPosition)
+{
+    const auto hit = hitNode(canvasPoint(viewPoint));
+    if (!hit || *hit == m_document->root()->id())
+        return;
+    commitEditing();
+    m_controller->setSelectedNodeID(*hit);
+    focusCanvas();
+    QMenu menu(this);
+    MapContextMenu::build(menu, nodeActions());
+    if (contextMenuPresenter)
+        contextMenuPresenter(menu, globalPosition);
+    focusCanvas();
 }

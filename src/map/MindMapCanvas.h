@@ -2,34 +2,60 @@
 
 #include "MapDrawState.h"
 #include "MapLayoutState.h"
+#include "MapPointerInteraction.h"
+#include "MapTransitionAnimator.h"
 #include "MapViewport.h"
 #include "TextBitmapCache.h"
 #include "ZoomFunctions.h"
+
+#include "editing/NodeActions.h"
 
 #include <QPointF>
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
+#include <unordered_map>
 
+class DocumentController;
+class MemoryPasteboard;
+class NodeEditorOverlay;
+class Pasteboard;
+class QMenu;
+class SearchBarOverlay;
 class SermonDocument;
+class UndoManager;
 
-// The mind map of one document: lays the tree out, paints it with QPainter, and pans and zooms
-// under the wheel, Ctrl+wheel and pinch. Selection, search and animation state are filled in by
-// whoever edits the document, through updateDrawState.
+// The mind map of one document: lays the tree out and paints it, pans and zooms, and is edited
+// from the keyboard and the pointer through its own DocumentController. The text of a node is
+// edited in a NodeEditorOverlay laid over it; search has its bar at the top.
 class MindMapCanvas : public QWidget {
     Q_OBJECT
 public:
     explicit MindMapCanvas(SermonDocument* document, QWidget* parent = nullptr);
+    ~MindMapCanvas() override;
 
     SermonDocument* document() const { return m_document; }
+    DocumentController* controller() const { return m_controller; }
+    // The window's undo manager and clipboard; without them steps live in the document alone
+    // and copies in memory.
+    void setUndoManager(UndoManager* manager);
+    void setPasteboard(Pasteboard* pasteboard);
+
     MapViewport& viewport() { return m_viewport; }
     const MapViewport& viewport() const { return m_viewport; }
     const MapLayoutState& layoutState() const { return m_layout; }
-    const MapDrawState& drawState() const { return m_drawState; }
+    // What the last pass drew, refreshed from the controller, the gestures and the transition.
+    const MapDrawState& drawState();
     TextBitmapCache& textCache() { return m_textCache; }
+    MapTransitionAnimator& transitions() { return m_transitions; }
+    MapPointerInteraction& pointer() { return m_pointer; }
+    NodeEditorOverlay* editorOverlay() const { return m_editor; }
+    SearchBarOverlay* searchBar() const { return m_searchBar; }
 
-    // Changes what is drawn besides the tree, and repaints.
+    // Changes what is drawn besides the tree, and repaints. Selection, search, editing, gesture
+    // and animation fields are refilled from their owners before each pass.
     void updateDrawState(const std::function<void(MapDrawState&)>& change);
 
     // Words a minute for the time badges, asked at each pass; 120 without a source or for a bad value.
@@ -39,6 +65,20 @@ public:
     ZoomFunctions zoomFunctions();
     // Called once with the zoom commands when the map first appears.
     std::function<void(const ZoomFunctions&)> onZoomFunctionsReady;
+
+    // The node commands of the map, for the menus: each runs the controller's operation with
+    // the map's transition and then brings the selection into view.
+    NodeActions nodeActions();
+    bool performCommand(NodeCommand command, const QString& marker = {});
+
+    // Opens the find bar and gives it the keyboard ("Find...", Ctrl+F).
+    void openSearch();
+    void focusCanvas();
+    // Ends an open edit keeping what was typed, as a click on the map does.
+    void commitEditing();
+
+    // Shows the right-click menu; replaceable so that tests never block on a modal menu.
+    std::function<void(QMenu& menu, QPoint globalPosition)> contextMenuPresenter;
 
     // After any change to the tree: the text may have changed, so the bitmaps go too.
     void onTreeMutated();
@@ -51,27 +91,49 @@ public:
     // The first node whose frame holds a canvas point.
     std::optional<NodeID> hitNode(QPointF canvasPoint) const;
 
+    // Runs a change of the tree and lets the map glide into its new shape. Departing nodes in
+    // `oldTexts` fade out; the others vanish.
+    void runWithTransition(const std::function<void()>& change,
+                           const std::unordered_map<NodeID, QString>& oldTexts = {}, bool revealSelection = false);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
+    void connectController();
+    void refreshDrawState();
+    void syncEditor();
+    void syncSearchBar();
+    void placeOverlays();
+    void showContextMenu(QPointF viewPoint, QPoint globalPosition);
+    bool isTakingKeys() const;
+    // Runs one of the editor's keys; a line that was there before and is now emptied glides away.
+    void runEditorKey(const std::function<void()>& key);
+    std::unordered_map<NodeID, QString> selectionTexts(bool includeSelf) const;
+
     SermonDocument* m_document;
+    DocumentController* m_controller;
+    std::unique_ptr<MemoryPasteboard> m_ownPasteboard;
     MapViewport m_viewport;
     MapLayoutState m_layout;
     MapDrawState m_drawState;
     TextBitmapCache m_textCache;
+    MapTransitionAnimator m_transitions;
+    MapPointerInteraction m_pointer;
+    NodeEditorOverlay* m_editor;
+    SearchBarOverlay* m_searchBar;
     std::function<int()> m_readingPace;
     bool m_hasAppeared = false;
 
-    // A plain drag from empty space or the root pans; node drags and the lasso come with selection.
-    std::optional<QPointF> m_pressPoint;
-    QPointF m_panStart;
-    bool m_isPanning = false;
+    // The layouts and texts from before the tree was swapped, for the glide after undo and redo.
+    NodeLayouts m_layoutsBeforeSwap;
+    std::unordered_map<NodeID, QString> m_textsBeforeSwap;
 };

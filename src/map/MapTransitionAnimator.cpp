@@ -1,0 +1,104 @@
+#include "MapTransitionAnimator.h"
+
+#include "Appearance.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+MapTransitionAnimator::MapTransitionAnimator(QObject* parent)
+    : QObject(parent), m_timer(new QTimer(this))
+{
+    m_timer->setTimerType(Qt::PreciseTimer);
+    m_timer->setInterval(1000 / 60);
+    connect(m_timer, &QTimer::timeout, this, &MapTransitionAnimator::tick);
+    auto monotonic = std::make_shared<QElapsedTimer>();
+    monotonic->start();
+    m_clock = [monotonic] { return double(monotonic->nsecsElapsed()) / 1e9; };
+}
+
+bool MapTransitionAnimator::animateTransition(const NodeLayouts& oldLayouts,
+                                              const std::unordered_map<NodeID, QString>& oldTexts,
+                                              const NodeLayouts& newLayouts, double duration)
+{
+    std::unordered_map<NodeID, QPointF> offsets;
+    std::unordered_map<NodeID, GhostNode> ghosts;
+    for (const auto& [id, old] : oldLayouts) {
+        const auto now = newLayouts.find(id);
+        if (now != newLayouts.end()) {
+            const QPointF d = old.origin - now->second.origin;
+            if (std::abs(d.x()) > 0.5 || std::abs(d.y()) > 0.5)
+                offsets.emplace(id, d);
+        } else if (const auto text = oldTexts.find(id); text != oldTexts.end()) {
+            ghosts.emplace(id, GhostNode{old, text->second});
+        }
+    }
+    std::unordered_set<NodeID> fresh;
+    for (const auto& entry : newLayouts)
+        if (!oldLayouts.count(entry.first))
+            fresh.insert(entry.first);
+    if (offsets.empty() && ghosts.empty() && fresh.empty())
+        return false;
+
+    // An interrupted transition starts over from the final layouts: nodes may jump by what was left.
+    m_timer->stop();
+    m_initialOffsets = offsets;
+    m_offsets = std::move(offsets);
+    m_ghosts = std::move(ghosts);
+    m_fresh = std::move(fresh);
+    m_progress = 0;
+    m_duration = duration;
+    m_start = m_clock();
+    m_timer->start();
+    emit frame();
+    return true;
+}
+
+bool MapTransitionAnimator::isRunning() const
+{
+    return m_timer->isActive();
+}
+
+void MapTransitionAnimator::apply(MapDrawState& state) const
+{
+    state.nodeAnimOffsets = m_offsets;
+    state.animationProgress = m_progress;
+    state.fadeInNodeIDs = m_fresh;
+    state.fadeOutGhosts = m_ghosts;
+}
+
+void MapTransitionAnimator::setClock(std::function<double()> clock)
+{
+    if (clock)
+        m_clock = std::move(clock);
+}
+
+void MapTransitionAnimator::tick()
+{
+    if (!m_timer->isActive())
+        return;
+    const double t = m_duration > 0 ? std::clamp((m_clock() - m_start) / m_duration, 0.0, 1.0) : 1.0;
+    if (t >= 1) {
+        finish();
+        return;
+    }
+    const double e = easeOutCubic(t);
+    m_progress = e;
+    for (auto& [id, offset] : m_offsets)
+        offset = m_initialOffsets[id] * (1 - e);
+    emit frame();
+}
+
+void MapTransitionAnimator::finish()
+{
+    m_timer->stop();
+    m_initialOffsets.clear();
+    m_offsets.clear();
+    m_ghosts.clear();
+    m_fresh.clear();
+    m_progress = 1.0;
+    emit frame();
+}

@@ -1,0 +1,276 @@
+#include "NodeEditorOverlay.h"
+
+#include "Appearance.h"
+#include "MapPalette.h"
+#include "TreeLayout.h"
+
+#include "editing/TextPieces.h"
+
+#include <QFontMetricsF>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPlainTextEdit>
+#include <QTextDocument>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+// The ring is drawn around a text field whose glyphs sit 5 points in from its edge, as on the
+// platform the map was first drawn for; so it stands off the text 18 points on the left.
+constexpr double ringFieldInset = 5;
+constexpr double ringLeft = 13;
+constexpr double ringRight = 3;
+constexpr double ringVertical = 5;
+constexpr double ringRadius = 8;
+constexpr double ringWidth = 2;
+constexpr double slack = 20; // room for the next character before the field grows
+
+double verticalPadding(const NodeLayout& layout)
+{
+    return layout.isLeaf ? TreeLayout::leafVerticalPadding : TreeLayout::branchVerticalPadding;
+}
+
+QString fieldText(const QPlainTextEdit& field)
+{
+    QString text = field.document()->toRawText();
+    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+    return text;
+}
+} // namespace
+
+QSizeF NodeEditorOverlay::editorSize(const QString& modelText, int depth)
+{
+    // The editor never shows a quote's italic.
+    const QFontMetricsF metrics(TreeLayout::nodeFont(depth));
+    QString text = modelText;
+    text.replace(QLatin1Char('\n'), TextPieces::softLineBreak);
+    const QStringList lines = text.split(TextPieces::softLineBreak);
+    double width = 0;
+    for (const QString& line : lines)
+        width = std::max(width, metrics.horizontalAdvance(line.isEmpty() ? QStringLiteral(" ") : line));
+    const double lineHeight = metrics.ascent() + std::abs(metrics.descent()) + metrics.leading();
+    return {width + slack, lineHeight * double(lines.size())};
+}
+
+QRectF NodeEditorOverlay::fieldRect(const NodeLayout& layout, QSizeF size)
+{
+    return {QPointF(layout.origin.x() + TreeLayout::horizontalPadding - textInset,
+                    layout.origin.y() + verticalPadding(layout)),
+            size};
+}
+
+QRectF NodeEditorOverlay::ringRect(const NodeLayout& layout, QSizeF size)
+{
+    const QRectF field(QPointF(layout.origin.x() + TreeLayout::horizontalPadding - ringFieldInset,
+                               layout.origin.y() + verticalPadding(layout)),
+                       size);
+    return field.adjusted(-ringLeft, -ringVertical, ringRight, ringVertical);
+}
+
+NodeEditorOverlay::NodeEditorOverlay(QWidget* parent)
+    : QWidget(parent), m_field(new QPlainTextEdit(this))
+{
+    setAttribute(Qt::WA_TranslucentBackground);
+    setFocusPolicy(Qt::NoFocus);
+    m_field->setObjectName(QStringLiteral("nodeEditor"));
+    m_field->setAccessibleName(QStringLiteral("nodeEditor"));
+    m_field->setFrameShape(QFrame::NoFrame);
+    m_field->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_field->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_field->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_field->setTabChangesFocus(false);
+    m_field->document()->setDocumentMargin(0);
+    m_field->setContentsMargins(0, 0, 0, 0);
+    m_field->viewport()->setAutoFillBackground(false);
+    m_field->setAutoFillBackground(false);
+    m_field->installEventFilter(this);
+    connect(m_field, &QPlainTextEdit::textChanged, this, &NodeEditorOverlay::fieldTextChanged);
+    hide();
+}
+
+void NodeEditorOverlay::open(const QString& modelText, const NodeLayout& layout)
+{
+    m_layout = layout;
+    m_isOpen = true;
+    setText(modelText);
+    m_field->moveCursor(QTextCursor::End);
+    place();
+    show();
+    raise();
+    focusField();
+    // Once more after the event loop turns: a focus change queued by whoever opened the editor
+    // must not take the keyboard away again.
+    QTimer::singleShot(0, this, [this] {
+        if (m_isOpen)
+            focusField();
+    });
+}
+
+void NodeEditorOverlay::close()
+{
+    if (!m_isOpen)
+        return;
+    m_isOpen = false;
+    hide();
+}
+
+QString NodeEditorOverlay::text() const
+{
+    return TextPieces::modelText(fieldText(*m_field));
+}
+
+void NodeEditorOverlay::setText(const QString& modelText)
+{
+    if (text() == modelText && !m_editorSize.isEmpty())
+        return;
+    m_isSettingText = true;
+    m_field->setPlainText(TextPieces::editorText(modelText));
+    m_isSettingText = false;
+    m_editorSize = editorSize(modelText, m_layout.depth);
+    place();
+}
+
+void NodeEditorOverlay::setNodeLayout(const NodeLayout& layout)
+{
+    if (layout == m_layout)
+        return;
+    const bool depthChanged = layout.depth != m_layout.depth;
+    m_layout = layout;
+    if (depthChanged)
+        m_editorSize = editorSize(text(), m_layout.depth);
+    place();
+}
+
+void NodeEditorOverlay::setViewTransform(double scale, QPointF pan)
+{
+    if (scale == m_scale && pan == m_pan)
+        return;
+    m_scale = scale;
+    m_pan = pan;
+    place();
+}
+
+void NodeEditorOverlay::focusField()
+{
+    if (!isVisible())
+        return;
+    if (QWidget* w = window())
+        w->activateWindow();
+    m_field->setFocus(Qt::OtherFocusReason);
+}
+
+void NodeEditorOverlay::place()
+{
+    // The font at the zoom, by point size so that fractional zooms keep their proportion.
+    QFont font = TreeLayout::nodeFont(m_layout.depth);
+    const double dpi = std::max(1, m_field->logicalDpiY());
+    font.setPointSizeF(TreeLayout::nodeFontSize(m_layout.depth) * m_scale * 72.0 / dpi);
+    if (m_field->font() != font)
+        m_field->setFont(font);
+    QPalette colours = m_field->palette();
+    const MapPalette map = MapPalette::forAppearance(isDarkPalette(palette()));
+    colours.setColor(QPalette::Text, map.ink);
+    colours.setColor(QPalette::Base, Qt::transparent);
+    if (colours != m_field->palette())
+        m_field->setPalette(colours);
+
+    auto toView = [this](const QRectF& r) {
+        return QRectF(r.topLeft() * m_scale + m_pan, r.size() * m_scale);
+    };
+    const QRectF ring = toView(ringRect(m_layout, m_editorSize));
+    const QRectF field = toView(fieldRect(m_layout, m_editorSize));
+    const double margin = ringWidth * m_scale + 1;
+    const QRect bounds = ring.adjusted(-margin, -margin, margin, margin).toAlignedRect();
+    setGeometry(bounds);
+    // A little spare height keeps the text view from scrolling its first line by a pixel.
+    const QRect inner(QPoint(int(std::lround(field.left())) - bounds.left(), int(std::lround(field.top())) - bounds.top()),
+                      QSize(int(std::ceil(field.width())), int(std::ceil(field.height())) + 2));
+    m_field->setGeometry(inner);
+    update();
+}
+
+void NodeEditorOverlay::fieldTextChanged()
+{
+    if (m_isSettingText)
+        return;
+    const QString model = text();
+    const QSizeF size = editorSize(model, m_layout.depth);
+    if (size != m_editorSize) {
+        m_editorSize = size;
+        place();
+    }
+    if (onTextChanged)
+        onTextChanged(model);
+}
+
+void NodeEditorOverlay::paintEvent(QPaintEvent*)
+{
+    if (!m_isOpen)
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const MapPalette map = MapPalette::forAppearance(isDarkPalette(palette()));
+    const QRectF ring = ringRect(m_layout, m_editorSize);
+    painter.translate(-QPointF(geometry().topLeft()));
+    painter.translate(m_pan);
+    painter.scale(m_scale, m_scale);
+    painter.setPen(QPen(map.accent, ringWidth));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(ring, ringRadius, ringRadius);
+}
+
+bool NodeEditorOverlay::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != m_field)
+        return QWidget::eventFilter(watched, event);
+    if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) {
+        auto* key = static_cast<QKeyEvent*>(event);
+        const int code = key->key();
+        const bool ours = code == Qt::Key_Return || code == Qt::Key_Enter || code == Qt::Key_Tab
+            || code == Qt::Key_Backtab || code == Qt::Key_Escape;
+        const bool plainShiftReturn = (code == Qt::Key_Return || code == Qt::Key_Enter)
+            && (key->modifiers() & ~Qt::KeypadModifier) == Qt::ShiftModifier;
+        if (!ours || plainShiftReturn)
+            return false; // the text view's own (Shift+Return inserts a line break)
+        if (event->type() == QEvent::ShortcutOverride) {
+            // Window shortcuts on these keys must not steal them from the editor.
+            event->accept();
+            return true;
+        }
+        if (!key->isAutoRepeat())
+            handleKey(code, key->modifiers());
+        return true;
+    }
+    return false;
+}
+
+bool NodeEditorOverlay::handleKey(int key, Qt::KeyboardModifiers modifiers)
+{
+    auto call = [](const std::function<void()>& f) {
+        if (f)
+            f();
+        return true;
+    };
+    const Qt::KeyboardModifiers mods = modifiers & ~Qt::KeypadModifier;
+    if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+        if (mods & Qt::ControlModifier)
+            return call(onCommandEnter);
+        if (mods & Qt::AltModifier) {
+            if (onOptionEnter)
+                onOptionEnter(m_field->textCursor().position());
+            return true;
+        }
+        return call(onEnter);
+    }
+    if (key == Qt::Key_Backtab)
+        return call(onShiftTab);
+    if (key == Qt::Key_Tab)
+        return call((mods & Qt::ShiftModifier) ? onShiftTab : onTab);
+    if (key == Qt::Key_Escape)
+        return call(onCancel);
+    return false;
+}

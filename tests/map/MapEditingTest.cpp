@@ -1,0 +1,173 @@
+// Typing an outline into the map from the keyboard, and the in-place editor that makes it possible.
+
+#include "map/MapTestSupport.h"
+
+#include "map/MindMapCanvas.h"
+#include "map/NodeEditorOverlay.h"
+#include "map/TreeLayout.h"
+
+#include "core/SermonDocument.h"
+#include "editing/DocumentController.h"
+
+#include <QFontMetricsF>
+#include <QPlainTextEdit>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct WithApplication {
+    WithApplication() { ensureApplication(); }
+};
+
+class MapEditingTest : public ::testing::Test, private WithApplication {
+protected:
+    void SetUp() override
+    {
+        canvas.resize(900, 700);
+        canvas.show();
+        QApplication::setActiveWindow(&canvas);
+        canvas.setFocus();
+    }
+
+    DocumentController& controller() { return *canvas.controller(); }
+    const SermonNodePtr& root() { return document.root(); }
+    NodeEditorOverlay& editor() { return *canvas.editorOverlay(); }
+    QPlainTextEdit& field() { return *editor().field(); }
+
+    // Keys go where the keyboard is: the editor's field while an edit is open, else the map.
+    QWidget* keyboard() { return editor().isOpen() ? static_cast<QWidget*>(&field()) : &canvas; }
+    void key(Qt::Key k, Qt::KeyboardModifiers mods = Qt::NoModifier) { QTest::keyClick(keyboard(), k, mods); }
+    void type(const QString& text) { QTest::keyClicks(keyboard(), text); }
+
+    QStringList texts(const SermonNodePtr& node)
+    {
+        QStringList out;
+        for (const auto& child : node->children())
+            out << child->text();
+        return out;
+    }
+
+    SermonDocument document{SermonNode::make(QStringLiteral("Title"), 0)};
+    MindMapCanvas canvas{&document};
+};
+
+TEST_F(MapEditingTest, TheTitleIsSelectedWhenTheMapAppears)
+{
+    EXPECT_EQ(controller().selectedNodeID(), root()->id());
+    EXPECT_TRUE(canvas.hasFocus());
+}
+
+TEST_F(MapEditingTest, AnOutlineIsTypedWithReturnTabAndShiftTab)
+{
+    key(Qt::Key_Tab); // a first child of the title
+    ASSERT_TRUE(editor().isOpen());
+    type(QStringLiteral("Opening"));
+    key(Qt::Key_Tab);
+    type(QStringLiteral("A question"));
+    key(Qt::Key_Return);
+    type(QStringLiteral("A story"));
+    key(Qt::Key_Return);
+    key(Qt::Key_Backtab, Qt::ShiftModifier); // the empty line goes; its parent opens
+    ASSERT_TRUE(editor().isOpen());
+    EXPECT_EQ(controller().editingNodeID(), root()->children().at(0)->id());
+    key(Qt::Key_Return); // Return on an existing line only ends the edit
+    EXPECT_FALSE(editor().isOpen());
+    EXPECT_TRUE(canvas.hasFocus());
+    key(Qt::Key_Return); // from the map: a new line below "Opening"
+    type(QStringLiteral("Main point"));
+    key(Qt::Key_Return);
+    key(Qt::Key_Escape); // a new empty line is removed
+
+    ASSERT_EQ(texts(root()), (QStringList{"Opening", "Main point"}));
+    EXPECT_EQ(texts(root()->children()[0]), (QStringList{"A question", "A story"}));
+    EXPECT_FALSE(editor().isOpen());
+    EXPECT_EQ(canvas.layoutState().cachedLayouts.size(), 5u);
+}
+
+TEST_F(MapEditingTest, ShiftReturnAddsASecondLineAndTheFieldGrows)
+{
+    key(Qt::Key_Tab);
+    type(QStringLiteral("First"));
+    const QSizeF oneLine = editor().currentEditorSize();
+    key(Qt::Key_Return, Qt::ShiftModifier);
+    type(QStringLiteral("second line that is longer"));
+    const QSizeF twoLines = editor().currentEditorSize();
+    const QFontMetricsF metrics(TreeLayout::nodeFont(1));
+    EXPECT_NEAR(twoLines.height() - oneLine.height(),
+                metrics.ascent() + std::abs(metrics.descent()) + metrics.leading(), 0.01);
+    EXPECT_GT(twoLines.width(), oneLine.width());
+    // The node keeps its width until the commit.
+    const NodeID id = *controller().editingNodeID();
+    const double before = canvas.layoutState().layout(id)->size.width();
+    key(Qt::Key_Return);
+    EXPECT_EQ(root()->children().at(0)->text(), QStringLiteral("First\u2028second line that is longer"));
+    EXPECT_GT(canvas.layoutState().layout(id)->size.width(), before);
+}
+
+TEST_F(MapEditingTest, CommandReturnOnTheTitleOnlyCommits)
+{
+    key(Qt::Key_Space);
+    ASSERT_EQ(controller().editingNodeID(), root()->id());
+    type(QStringLiteral("!"));
+    key(Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(root()->text(), QStringLiteral("Title!"));
+    EXPECT_TRUE(root()->children().empty());
+    EXPECT_FALSE(editor().isOpen());
+}
+
+TEST_F(MapEditingTest, OptionReturnSplitsAtTheCursor)
+{
+    key(Qt::Key_Tab);
+    type(QStringLiteral("Bread broken"));
+    for (int i = 0; i < 7; ++i)
+        key(Qt::Key_Left);
+    key(Qt::Key_Return, Qt::AltModifier);
+    EXPECT_EQ(controller().editingText(), QStringLiteral("broken"));
+    key(Qt::Key_Escape);
+    EXPECT_EQ(texts(root()), (QStringList{"Bread", "broken"}));
+}
+
+TEST_F(MapEditingTest, EscapeKeepsTheStoredTextOfAnExistingLine)
+{
+    key(Qt::Key_Tab);
+    type(QStringLiteral("Kept"));
+    key(Qt::Key_Return);
+    key(Qt::Key_Escape);
+    key(Qt::Key_Up);
+    key(Qt::Key_Space);
+    ASSERT_TRUE(editor().isOpen());
+    type(QStringLiteral(" and changed"));
+    key(Qt::Key_Escape);
+    EXPECT_EQ(texts(root()), QStringList{"Kept"});
+    EXPECT_TRUE(canvas.hasFocus());
+}
+
+// The field's first glyph stands where the map draws the node's text, at any zoom.
+TEST_F(MapEditingTest, TheEditorLiesOverTheNodeTextAtZoomOneAndTwo)
+{
+    root()->addChild(QStringLiteral("A line to edit"));
+    canvas.onTreeMutated();
+    const NodeID id = root()->children()[0]->id();
+    for (double scale : {1.0, 2.0}) {
+        canvas.viewport().setScale(scale);
+        canvas.viewport().setPanOffset({30, -20});
+        controller().startSession(id, false);
+        ASSERT_TRUE(editor().isOpen());
+        const NodeLayout& layout = *canvas.layoutState().layout(id);
+        const QRect cursor = field().cursorRect(QTextCursor(field().document()));
+        const QPoint inCanvas = field().viewport()->mapTo(&canvas, cursor.topLeft());
+        const QPointF textColumn = QPointF(layout.origin.x() + TreeLayout::horizontalPadding,
+                                           layout.origin.y() + TreeLayout::leafVerticalPadding)
+                * scale
+            + canvas.viewport().panOffset();
+        EXPECT_NEAR(inCanvas.x(), textColumn.x(), 1.5) << "zoom " << scale;
+        EXPECT_NEAR(inCanvas.y(), textColumn.y(), 1.5) << "zoom " << scale;
+        // Twice the zoom, twice the field.
+        EXPECT_NEAR(field().width(), editor().currentEditorSize().width() * scale, 1.0);
+        QTest::keyClick(&field(), Qt::Key_Escape);
+    }
+}
+
+} // namespace
