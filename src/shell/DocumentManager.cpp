@@ -62,6 +62,8 @@ DocumentWindow* DocumentManager::adopt(DocumentWindow* window)
 DocumentWindow* DocumentManager::open(const QString& path, QWidget* parent)
 {
     if (DocumentWindow* window = windowFor(path)) {
+        if (m_context.preferences)
+            m_context.preferences->noteRecentFile(window->openDocument()->filePath());
         window->show();
         window->raise();
         window->activateWindow();

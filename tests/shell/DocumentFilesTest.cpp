@@ -1,0 +1,258 @@
+#include "ShellTestSupport.h"
+
+#include "shell/DocumentManager.h"
+#include "shell/DocumentWindow.h"
+#include "shell/OpenDocument.h"
+#include "shell/PendingCreation.h"
+
+#include "core/SermonDocument.h"
+#include "core/UndoManager.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QByteArray readAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+// One change through the document's own undo step, as every edit makes it.
+void renameRoot(OpenDocument* open, const QString& title)
+{
+    open->document()->captureUndo(std::nullopt, open->undoManager());
+    open->document()->root()->setText(title);
+}
+
+class DocumentFilesTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ensureApplication();
+        ASSERT_TRUE(dir.isValid());
+        preferences = temporaryPreferences(dir);
+        context.preferences = preferences.get();
+        context.prompts = &prompts;
+        manager = std::make_unique<DocumentManager>(context);
+        samplePath = dir.filePath(QStringLiteral("sample.md"));
+        writeFile(samplePath, "# Sample\n\n## Opening\n\nFirst line.\n");
+    }
+    void TearDown() override
+    {
+        for (DocumentWindow* window : manager->windows())
+            delete window;
+    }
+
+    QTemporaryDir dir;
+    std::unique_ptr<Preferences> preferences;
+    ScriptedPrompts prompts;
+    AppContext context;
+    std::unique_ptr<DocumentManager> manager;
+    QString samplePath;
+};
+
+TEST_F(DocumentFilesTest, SaveWritesTheFileAndClearsTheMarkerUntilTheNextChange)
+{
+    DocumentWindow* window = manager->open(samplePath);
+    ASSERT_NE(window, nullptr);
+    OpenDocument* open = window->openDocument();
+    EXPECT_FALSE(window->isWindowModified());
+
+    renameRoot(open, QStringLiteral("Renamed"));
+    EXPECT_TRUE(window->isWindowModified());
+    EXPECT_TRUE(window->windowTitle().startsWith(QStringLiteral("sample.md")));
+
+    ASSERT_TRUE(window->save());
+    EXPECT_FALSE(window->isWindowModified());
+    EXPECT_EQ(readAll(samplePath), open->document()->fileContents());
+    EXPECT_TRUE(readAll(samplePath).startsWith("# Renamed\n"));
+}
+
+TEST_F(DocumentFilesTest, UndoBackToTheSavedStateClearsTheModifiedMarker)
+{
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    renameRoot(open, QStringLiteral("One"));
+    ASSERT_TRUE(open->isModified());
+    open->undoManager()->undo();
+    EXPECT_FALSE(open->isModified());
+    EXPECT_FALSE(window->isWindowModified());
+    open->undoManager()->redo();
+    EXPECT_TRUE(open->isModified());
+}
+
+TEST_F(DocumentFilesTest, AutosaveWritesInPlaceShortlyAfterAChange)
+{
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    open->setAutosaveDelay(20);
+    renameRoot(open, QStringLiteral("Autosaved"));
+    EXPECT_TRUE(open->isAutosavePending());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return readAll(samplePath).startsWith("# Autosaved\n"); }, 2000));
+    EXPECT_FALSE(open->isModified());
+    // The default delay keeps the promise of "within about two seconds".
+    EXPECT_LE(OpenDocument::defaultAutosaveDelayMs, 2000);
+}
+
+TEST_F(DocumentFilesTest, ClosingAWindowSavesItsFileAndReopeningGivesTheSameSermon)
+{
+    DocumentWindow* window = manager->open(samplePath);
+    renameRoot(window->openDocument(), QStringLiteral("Kept"));
+    const QByteArray expected = window->document()->fileContents();
+    EXPECT_TRUE(window->close());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(readAll(samplePath), expected);
+    EXPECT_TRUE(prompts.questions.isEmpty());
+
+    DocumentWindow* again = manager->open(preferences->recentFiles().value(0));
+    ASSERT_NE(again, nullptr);
+    EXPECT_EQ(again->document()->fileContents(), expected);
+}
+
+TEST_F(DocumentFilesTest, OpeningAFileThatIsOpenRaisesItsWindow)
+{
+    DocumentWindow* first = manager->open(samplePath);
+    DocumentWindow* second = manager->open(dir.filePath(QStringLiteral("./sample.md")));
+    EXPECT_EQ(first, second);
+    EXPECT_EQ(manager->windows().size(), 1);
+}
+
+TEST_F(DocumentFilesTest, AFileThatCannotBeReadShowsAMessageAndOpensNothing)
+{
+    const QString empty = dir.filePath(QStringLiteral("empty.md"));
+    writeFile(empty, "");
+    const QString latin1 = dir.filePath(QStringLiteral("latin1.md"));
+    writeFile(latin1, "# Caf\xe9\n");
+    for (const QString& path : {empty, latin1, dir.filePath(QStringLiteral("missing.md")), dir.path()}) {
+        prompts.errors.clear();
+        EXPECT_EQ(manager->open(path), nullptr) << path.toStdString();
+        ASSERT_EQ(prompts.errors.size(), 1) << path.toStdString();
+        EXPECT_TRUE(prompts.errors.first().contains(QStringLiteral("could not be opened"))) << path.toStdString();
+    }
+    EXPECT_TRUE(manager->windows().isEmpty());
+    EXPECT_TRUE(preferences->recentFiles().isEmpty());
+}
+
+TEST_F(DocumentFilesTest, UntitledChangesAskOnCloseAndFollowTheAnswer)
+{
+    struct Case {
+        const char* name;
+        SaveChoice choice;
+        bool givesPath;
+        bool closes;
+        bool fileWritten;
+    };
+    const Case cases[] = {
+        {"cancel keeps the window", SaveChoice::cancel, false, false, false},
+        {"don't save closes without a file", SaveChoice::dontSave, false, true, false},
+        {"save with a path writes and closes", SaveChoice::save, true, true, true},
+        {"save cancelled in the panel keeps the window", SaveChoice::save, false, false, false},
+    };
+    for (const Case& c : cases) {
+        PendingCreation::shared().store({QStringLiteral("Easter: Morning?"), {}});
+        DocumentWindow* window = manager->newDocument();
+        ASSERT_NE(window, nullptr);
+        EXPECT_EQ(window->document()->root()->text(), QStringLiteral("Easter: Morning?"));
+        // A new sermon with no edits closes without a question.
+        EXPECT_FALSE(window->openDocument()->isModified());
+        renameRoot(window->openDocument(), QStringLiteral("Easter Morning"));
+
+        const QString target = dir.filePath(QStringLiteral("%1.md").arg(c.name));
+        prompts.questions.clear();
+        prompts.proposedPaths.clear();
+        prompts.saveChoices = {c.choice};
+        prompts.savePaths.clear();
+        if (c.givesPath)
+            prompts.savePaths.push_back(target);
+        const bool closed = window->close();
+        EXPECT_EQ(closed, c.closes) << c.name;
+        EXPECT_EQ(prompts.questions.size(), 1) << c.name;
+        EXPECT_EQ(QFile::exists(target), c.fileWritten) << c.name;
+        if (c.choice == SaveChoice::save) {
+            // The first save proposes the title made safe for a file name.
+            ASSERT_EQ(prompts.proposedPaths.size(), 1) << c.name;
+            EXPECT_TRUE(prompts.proposedPaths.first().endsWith(QStringLiteral("/Easter Morning.md"))) << c.name;
+        }
+        if (!closed) {
+            prompts.saveChoices = {SaveChoice::dontSave};
+            EXPECT_TRUE(window->close());
+        }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST_F(DocumentFilesTest, QuitStopsAtTheFirstWindowThatIsKept)
+{
+    DocumentWindow* untitled = manager->newDocument();
+    renameRoot(untitled->openDocument(), QStringLiteral("Draft"));
+    prompts.saveChoices = {SaveChoice::cancel};
+    EXPECT_FALSE(manager->closeAll());
+    EXPECT_TRUE(untitled->isVisible());
+}
+
+TEST_F(DocumentFilesTest, ASaveThatFailsSaysSoAndLeavesTheDocumentModified)
+{
+    const QString folder = dir.filePath(QStringLiteral("gone"));
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const QString path = folder + QStringLiteral("/gone.md");
+    writeFile(path, "# Gone\n");
+    DocumentWindow* window = manager->open(path);
+    ASSERT_NE(window, nullptr);
+    // The folder is replaced by a file: nothing can be written there, whoever runs the test.
+    ASSERT_TRUE(QDir(folder).removeRecursively());
+    writeFile(folder, "not a folder");
+
+    renameRoot(window->openDocument(), QStringLiteral("Changed"));
+    EXPECT_FALSE(window->save());
+    ASSERT_EQ(prompts.errors.size(), 1);
+    EXPECT_TRUE(prompts.errors.first().contains(QStringLiteral("could not be saved")));
+    EXPECT_TRUE(window->openDocument()->isModified());
+    EXPECT_TRUE(window->isWindowModified());
+
+    // Closing says so too, then asks; Cancel keeps the window and its changes.
+    prompts.saveChoices = {SaveChoice::cancel};
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(prompts.errors.size(), 2);
+    EXPECT_EQ(prompts.questions.size(), 1);
+    EXPECT_TRUE(window->openDocument()->isModified());
+
+    // Save As somewhere writable rescues it.
+    const QString rescue = dir.filePath(QStringLiteral("rescued.md"));
+    prompts.savePaths = {rescue};
+    EXPECT_TRUE(window->saveAs());
+    EXPECT_FALSE(window->openDocument()->isModified());
+    EXPECT_TRUE(readAll(rescue).startsWith("# Changed\n"));
+}
+
+TEST_F(DocumentFilesTest, AFileDeletedWhileOpenIsWrittenAgainBySave)
+{
+    DocumentWindow* window = manager->open(samplePath);
+    ASSERT_TRUE(QFile::remove(samplePath));
+    renameRoot(window->openDocument(), QStringLiteral("Back"));
+    EXPECT_TRUE(window->save());
+    EXPECT_TRUE(readAll(samplePath).startsWith("# Back\n"));
+}
+
+TEST_F(DocumentFilesTest, RecentFilesAreMostRecentFirstWithoutRepeats)
+{
+    const QString other = dir.filePath(QStringLiteral("other.md"));
+    writeFile(other, "# Other\n");
+    manager->open(samplePath);
+    manager->open(other);
+    manager->open(samplePath);
+    EXPECT_EQ(preferences->recentFiles(), (QStringList{QFileInfo(samplePath).absoluteFilePath(), QFileInfo(other).absoluteFilePath()}));
+}
+
+} // namespace

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "shell/Preferences.h"
+#include "shell/UserPrompts.h"
+
+#include <QApplication>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <deque>
+#include <memory>
+
+// Widgets need an application; one is made on first use and lives for the program. Documents
+// and settings go to test locations, never the user's own.
+inline void ensureApplication()
+{
+    if (QCoreApplication::instance())
+        return;
+    QStandardPaths::setTestModeEnabled(true);
+    static int argc = 1;
+    static char name[] = "shell-tests";
+    static char* argv[] = {name, nullptr};
+    static QApplication* app = new QApplication(argc, argv);
+    (void)app;
+}
+
+// Preferences on a file in a temporary folder.
+inline std::unique_ptr<Preferences> temporaryPreferences(const QTemporaryDir& dir)
+{
+    return std::make_unique<Preferences>(
+        std::make_unique<QSettings>(dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat));
+}
+
+// Answers the application's questions from a script, and records what was asked.
+class ScriptedPrompts : public UserPrompts {
+public:
+    std::deque<SaveChoice> saveChoices;
+    std::deque<QString> savePaths;
+    std::deque<QString> openPaths;
+    QStringList questions;
+    QStringList proposedPaths;
+    QStringList errors;
+
+    SaveChoice askToSaveChanges(QWidget*, const QString& displayName) override
+    {
+        questions.append(displayName);
+        if (saveChoices.empty())
+            return SaveChoice::cancel;
+        const SaveChoice choice = saveChoices.front();
+        saveChoices.pop_front();
+        return choice;
+    }
+    QString chooseSavePath(QWidget*, const QString& proposedPath) override
+    {
+        proposedPaths.append(proposedPath);
+        if (savePaths.empty())
+            return {};
+        const QString path = savePaths.front();
+        savePaths.pop_front();
+        return path;
+    }
+    QString chooseFileToOpen(QWidget*) override
+    {
+        if (openPaths.empty())
+            return {};
+        const QString path = openPaths.front();
+        openPaths.pop_front();
+        return path;
+    }
+    void showError(QWidget*, const QString& message) override { errors.append(message); }
+};
