@@ -1,0 +1,234 @@
+// The map's keyboard table, its right-click menu and its search bar.
+
+#include "map/MapTestSupport.h"
+
+#include "map/MapContextMenu.h"
+#include "map/MapKeyDispatch.h"
+#include "map/MindMapCanvas.h"
+#include "map/SearchBarOverlay.h"
+
+#include "core/SermonDocument.h"
+#include "editing/DocumentController.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using A = NodeCommands::CanvasKeyAction;
+using C = NodeCommand;
+
+struct WithApplication {
+    WithApplication() { ensureApplication(); }
+};
+
+constexpr Qt::KeyboardModifiers none = Qt::NoModifier;
+constexpr Qt::KeyboardModifiers ctrl = Qt::ControlModifier;
+constexpr Qt::KeyboardModifiers shift = Qt::ShiftModifier;
+constexpr Qt::KeyboardModifiers alt = Qt::AltModifier;
+
+TEST(MapKeyDispatch, EachKeyMeansWhatTheTableSays)
+{
+    struct Row {
+        const char* name;
+        int key;
+        Qt::KeyboardModifiers mods;
+        A action;
+        C command;
+    };
+    const Row rows[] = {
+        {"Backspace deletes", Qt::Key_Backspace, none, A::command, C::deleteSelection},
+        {"Delete with any modifier deletes", Qt::Key_Delete, ctrl | shift, A::command, C::deleteSelection},
+        {"Escape clears", Qt::Key_Escape, none, A::clearSelection, C::edit},
+        {"Ctrl+A with Shift still selects all", Qt::Key_A, ctrl | shift, A::command, C::selectAll},
+        {"Ctrl+X", Qt::Key_X, ctrl, A::command, C::cut},
+        {"Ctrl+;", Qt::Key_Semicolon, ctrl, A::command, C::splitSentences},
+        {"Ctrl+Z", Qt::Key_Z, ctrl, A::undo, C::edit},
+        {"Ctrl+Shift+Z", Qt::Key_Z, ctrl | shift, A::redo, C::edit},
+        {"Ctrl+Shift+C", Qt::Key_C, ctrl | shift, A::command, C::copyBranch},
+        {"Ctrl+'", Qt::Key_Apostrophe, ctrl, A::command, C::toggleQuote},
+        {"Ctrl+Shift+! sets the first marker", Qt::Key_Exclam, ctrl | shift, A::command, C::setMarker},
+        {"Ctrl+Shift+) removes", Qt::Key_ParenRight, ctrl | shift, A::command, C::removeMarker},
+        {"Tab", Qt::Key_Tab, none, A::command, C::newLineUnder},
+        {"Shift+Tab is Tab too", Qt::Key_Backtab, shift, A::command, C::newLineUnder},
+        {"Ctrl+Shift+Return splits", Qt::Key_Return, ctrl | shift, A::command, C::split},
+        {"Shift+Return", Qt::Key_Return, shift, A::command, C::newLineAbove},
+        {"Alt+Return is Return", Qt::Key_Return, alt, A::command, C::newLineBelow},
+        {"Keypad Enter", Qt::Key_Enter, Qt::KeypadModifier, A::command, C::newLineBelow},
+        {"Ctrl+Space joins", Qt::Key_Space, ctrl, A::command, C::join},
+        {"Space edits", Qt::Key_Space, none, A::command, C::edit},
+        {"Alt wins over Ctrl on Up", Qt::Key_Up, alt | ctrl, A::command, C::moveUp},
+        {"Shift+Down extends", Qt::Key_Down, shift, A::extendDown, C::edit},
+        {"Alt+Left promotes", Qt::Key_Left, alt, A::command, C::promote},
+        {"Ctrl+Left folds", Qt::Key_Left, ctrl, A::command, C::fold},
+        {"Shift+Left", Qt::Key_Left, shift, A::extendLeft, C::edit},
+        {"Right", Qt::Key_Right, none, A::selectFirstChild, C::edit},
+        {"Ctrl+Right unfolds", Qt::Key_Right, ctrl, A::command, C::unfold},
+    };
+    for (const Row& row : rows) {
+        const auto binding = MapKeyDispatch::resolve(row.key, row.mods, true);
+        ASSERT_TRUE(binding) << row.name;
+        EXPECT_EQ(binding->action, row.action) << row.name;
+        if (row.action == A::command)
+            EXPECT_EQ(binding->command, row.command) << row.name;
+    }
+    EXPECT_EQ(MapKeyDispatch::resolve(Qt::Key_Exclam, ctrl | shift, true)->marker, QStringLiteral("\U0001F534"));
+}
+
+TEST(MapKeyDispatch, OtherKeysPassOn)
+{
+    struct Row {
+        const char* name;
+        int key;
+        Qt::KeyboardModifiers mods;
+        bool hasSelection;
+    };
+    const Row rows[] = {
+        {"Escape with nothing selected", Qt::Key_Escape, none, false},
+        {"Ctrl+Alt+X is no cut", Qt::Key_X, ctrl | alt, true},
+        {"Ctrl+Shift+J", Qt::Key_J, ctrl | shift, true},
+        {"Ctrl+F belongs to the window", Qt::Key_F, ctrl, true},
+        {"a plain letter", Qt::Key_Q, none, true},
+        {"Ctrl+! without Shift", Qt::Key_Exclam, ctrl, true},
+    };
+    for (const Row& row : rows)
+        EXPECT_FALSE(MapKeyDispatch::resolve(row.key, row.mods, row.hasSelection)) << row.name;
+}
+
+SermonNodePtr sermon()
+{
+    auto root = SermonNode::make(QStringLiteral("Romans Eight"), 0);
+    auto first = root->addChild(QStringLiteral("No condemnation"));
+    first->addChild(QStringLiteral("Read Romans 8:1"));
+    first->setCollapsed(true);
+    root->addChild(QStringLiteral("Nothing can separate us"));
+    return root;
+}
+
+class MapKeysAndMenusTest : public ::testing::Test, private WithApplication {
+protected:
+    void SetUp() override
+    {
+        canvas.resize(900, 600);
+        canvas.show();
+        QApplication::setActiveWindow(&canvas);
+        canvas.setFocus();
+        canvas.contextMenuPresenter = [this](QMenu& menu, QPoint) {
+            ++menusShown;
+            titles.clear();
+            for (QAction* action : menu.actions())
+                titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
+            if (runTitle.isEmpty())
+                return;
+            for (QAction* action : menu.actions())
+                if (action->text() == runTitle)
+                    action->trigger();
+        };
+    }
+    DocumentController& controller() { return *canvas.controller(); }
+    SermonNodePtr child(int i) { return document.root()->children().at(size_t(i)); }
+    void rightClick(const NodeID& id)
+    {
+        const NodeLayout& l = *canvas.layoutState().layout(id);
+        const QPointF at = l.frame().center() * canvas.viewport().scale() + canvas.viewport().panOffset();
+        QTest::mouseClick(&canvas, Qt::RightButton, Qt::NoModifier, at.toPoint());
+    }
+
+    SermonDocument document{sermon()};
+    MindMapCanvas canvas{&document};
+    int menusShown = 0;
+    QStringList titles;
+    QString runTitle;
+};
+
+TEST_F(MapKeysAndMenusTest, TheContextMenuShowsTheEntriesForTheNodeClicked)
+{
+    controller().startSession(child(1)->id(), false);
+    controller().setEditingText(QStringLiteral("Nothing can separate us."));
+    rightClick(child(0)->id());
+    ASSERT_EQ(menusShown, 1);
+    // The open edit was committed, and the node clicked is selected.
+    EXPECT_EQ(child(1)->text(), QStringLiteral("Nothing can separate us."));
+    EXPECT_EQ(controller().selectedNodeID(), child(0)->id());
+    EXPECT_TRUE(titles.contains(QStringLiteral("Unfold")));
+    EXPECT_FALSE(titles.contains(QStringLiteral("Fold")));
+    EXPECT_FALSE(titles.contains(QStringLiteral("Promote"))); // a child of the title
+    EXPECT_TRUE(titles.contains(QStringLiteral("Demote")));
+    EXPECT_TRUE(titles.contains(QStringLiteral("Mark")));
+    EXPECT_EQ(titles.front(), QStringLiteral("Cut"));
+    EXPECT_TRUE(canvas.hasFocus());
+}
+
+TEST_F(MapKeysAndMenusTest, AMenuEntryRunsItsCommandAndTheTitleGetsNoMenu)
+{
+    runTitle = QStringLiteral("Unfold");
+    rightClick(child(0)->id());
+    EXPECT_FALSE(child(0)->isCollapsed());
+    rightClick(document.root()->id());
+    EXPECT_EQ(menusShown, 1);
+}
+
+TEST_F(MapKeysAndMenusTest, TheMarkSubmenuSetsAMarker)
+{
+    QMenu menu;
+    controller().setSelectedNodeID(child(1)->id());
+    MapContextMenu::build(menu, canvas.nodeActions());
+    QMenu* marks = nullptr;
+    for (QAction* action : menu.actions())
+        if (action->text() == QStringLiteral("Mark"))
+            marks = action->menu();
+    ASSERT_TRUE(marks);
+    ASSERT_EQ(marks->actions().size(), 11); // nine markers, a separator, the removal
+    marks->actions().at(3)->trigger();
+    EXPECT_TRUE(child(1)->text().startsWith(QStringLiteral("\U0001F7E2")));
+}
+
+TEST_F(MapKeysAndMenusTest, CtrlFOpensSearchWhichUnfoldsMatchesAndFoldsThemBack)
+{
+    canvas.openSearch();
+    SearchBarOverlay& bar = *canvas.searchBar();
+    ASSERT_TRUE(bar.isVisible());
+    EXPECT_TRUE(bar.field()->hasFocus());
+    EXPECT_EQ(bar.field()->placeholderText(), QStringLiteral("Search"));
+    EXPECT_EQ(bar.resultLabel()->text(), QStringLiteral("0 results"));
+
+    QTest::keyClicks(bar.field(), QStringLiteral("ROM"));
+    EXPECT_EQ(bar.resultLabel()->text(), QStringLiteral("1 of 2"));
+    EXPECT_FALSE(child(0)->isCollapsed()); // the match inside opened its branch
+    EXPECT_TRUE(canvas.drawState().isSearching);
+
+    // While the field has the keyboard the map takes no keys: Return steps to the next match.
+    const auto selected = controller().selectedNodeID();
+    QTest::keyClick(bar.field(), Qt::Key_Return);
+    EXPECT_EQ(bar.resultLabel()->text(), QStringLiteral("2 of 2"));
+    QTest::keyClick(bar.field(), Qt::Key_Return);
+    EXPECT_EQ(bar.resultLabel()->text(), QStringLiteral("1 of 2"));
+    EXPECT_EQ(controller().selectedNodeID(), selected);
+    EXPECT_EQ(document.root()->children().size(), 2u);
+
+    QTest::keyClick(bar.field(), Qt::Key_Escape);
+    EXPECT_FALSE(bar.isVisible());
+    EXPECT_FALSE(controller().isSearching());
+    EXPECT_TRUE(child(0)->isCollapsed());
+    EXPECT_TRUE(canvas.hasFocus());
+}
+
+TEST_F(MapKeysAndMenusTest, KeysOnTheMapWorkTheSelectionAndTheTree)
+{
+    QTest::keyClick(&canvas, Qt::Key_Right); // title to its first child
+    EXPECT_EQ(controller().selectedNodeID(), child(0)->id());
+    QTest::keyClick(&canvas, Qt::Key_Down, Qt::AltModifier); // move it down
+    EXPECT_EQ(child(1)->text(), QStringLiteral("No condemnation"));
+    QTest::keyClick(&canvas, Qt::Key_Exclam, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_TRUE(child(1)->text().startsWith(QStringLiteral("\U0001F534")));
+    QTest::keyClick(&canvas, Qt::Key_Escape);
+    EXPECT_FALSE(controller().selectedNodeID());
+    QTest::keyClick(&canvas, Qt::Key_Up); // with nothing selected an arrow selects the title
+    EXPECT_EQ(controller().selectedNodeID(), document.root()->id());
+}
+
+} // namespace
