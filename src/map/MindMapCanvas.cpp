@@ -492,6 +492,13 @@ void MindMapCanvas::keyPressEvent(QKeyEvent* event)
         event->accept();
         return;
     }
+    // Find belongs to the window's menu; this serves a window without one. No shortcut
+    // override here, so that a menu's Ctrl+F comes first.
+    if (isTakingKeys() && event->matches(QKeySequence::Find)) {
+        openSearch();
+        event->accept();
+        return;
+    }
     event->ignore();
 }
 

@@ -189,7 +189,7 @@ TEST_F(MapKeysAndMenusTest, TheMarkSubmenuSetsAMarker)
 
 TEST_F(MapKeysAndMenusTest, CtrlFOpensSearchWhichUnfoldsMatchesAndFoldsThemBack)
 {
-    canvas.openSearch();
+    QTest::keyClick(&canvas, Qt::Key_F, Qt::ControlModifier);
     SearchBarOverlay& bar = *canvas.searchBar();
     ASSERT_TRUE(bar.isVisible());
     EXPECT_TRUE(bar.field()->hasFocus());
