@@ -1,0 +1,169 @@
+#include "ShellTestSupport.h"
+
+#include "shell/DurationChooser.h"
+#include "shell/FileSettingsSheet.h"
+#include "shell/NewSermonSheet.h"
+#include "shell/OccurrencesEditor.h"
+#include "shell/SafeFileName.h"
+
+#include "core/SermonDocument.h"
+#include "core/UndoManager.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimeZone>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(DurationRules, CustomDraftsAreWholeMinutesFromOneTo180)
+{
+    const struct {
+        const char* draft;
+        std::optional<int> minutes;
+    } cases[] = {
+        {"0", std::nullopt},   {"181", std::nullopt}, {"abc", std::nullopt}, {"+45", 45},
+        {"180", 180},          {"1", 1},              {" \t37 ", 37},        {"-5", std::nullopt},
+        {"", std::nullopt},    {"+", std::nullopt},   {"4 5", std::nullopt}, {"99999999999999999999", std::nullopt},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(DurationRules::parseCustom(QString::fromUtf8(c.draft)), c.minutes) << c.draft;
+}
+
+TEST(DurationRules, TheFieldShowsOnlyDurationsThatAreNoPreset)
+{
+    EXPECT_EQ(DurationRules::draftReset(std::nullopt), QString()); // shown as 35, a preset
+    EXPECT_EQ(DurationRules::draftReset(45), QString());
+    EXPECT_EQ(DurationRules::draftReset(37), QStringLiteral("37"));
+    EXPECT_EQ(DurationRules::selected(std::nullopt), 35);
+}
+
+TEST(ComingSunday, ASundayIsItsOwnAndOtherDaysGoForward)
+{
+    const QTimeZone zone = QTimeZone::systemTimeZone();
+    // 2026-03-15 is a Sunday.
+    const QDateTime sundayNoon(QDate(2026, 3, 15), QTime(12, 0), zone);
+    EXPECT_EQ(comingSunday(sundayNoon), QDateTime(QDate(2026, 3, 15), QTime(0, 0), zone));
+    const QDateTime saturdayLate(QDate(2026, 3, 14), QTime(23, 59), zone);
+    EXPECT_EQ(comingSunday(saturdayLate), QDateTime(QDate(2026, 3, 15), QTime(0, 0), zone));
+    const QDateTime monday(QDate(2026, 3, 16), QTime(8, 0), zone);
+    EXPECT_EQ(comingSunday(monday).date(), QDate(2026, 3, 22));
+}
+
+TEST(SafeFileName, DropsPathCharactersAndLeadingDots)
+{
+    const struct {
+        const char* title;
+        const char* name;
+    } cases[] = {
+        {"  ..a/b:c  ", "abc"}, {"...", "Untitled"}, {"", "Untitled"}, {"What?<Now>|\"x\"\\", "WhatNowx"},
+        {"Easter Morning", "Easter Morning"}, {". . hidden", ". hidden"}, {"a.b.", "a.b."},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(safeFileName(QString::fromUtf8(c.title)), QString::fromUtf8(c.name)) << c.title;
+}
+
+class SheetTest : public ::testing::Test {
+protected:
+    void SetUp() override { ensureApplication(); }
+};
+
+TEST_F(SheetTest, NewSermonNeedsATitleAndTrimsIt)
+{
+    NewSermonSheet sheet;
+    std::optional<std::pair<QString, SermonMetadata>> created;
+    sheet.onCreate = [&](const QString& title, const SermonMetadata& metadata) { created = {title, metadata}; };
+    sheet.titleField()->setText(QStringLiteral("   "));
+    EXPECT_FALSE(sheet.createButton()->isEnabled());
+    sheet.create();
+    EXPECT_FALSE(created);
+
+    sheet.titleField()->setText(QStringLiteral("  Sunday  "));
+    sheet.scriptureField()->setText(QStringLiteral(" John 1 "));
+    EXPECT_TRUE(sheet.createButton()->isEnabled());
+    // Digits typed without Return are not a duration.
+    sheet.durationChooser()->setCustomDraft(QStringLiteral("42"));
+    sheet.create();
+    ASSERT_TRUE(created);
+    EXPECT_EQ(created->first, QStringLiteral("Sunday"));
+    EXPECT_EQ(created->second.scripture, QStringLiteral("John 1"));
+    EXPECT_EQ(created->second.duration, std::nullopt);
+}
+
+TEST_F(SheetTest, EveryChangedFieldIsOneUndoStepAndUnchangedOnesNone)
+{
+    SermonDocument document(SermonNode::make(QStringLiteral("Old"), 0));
+    UndoManager undo;
+    FileSettingsSheet sheet(&document, &undo);
+    sheet.titleField()->setText(QStringLiteral("New"));
+    sheet.scriptureField()->setText(QStringLiteral("Psalm 23"));
+    sheet.durationChooser()->setCustomDraft(QStringLiteral("+45"));
+    sheet.confirm();
+    EXPECT_EQ(document.root()->text(), QStringLiteral("New"));
+    EXPECT_EQ(document.metadata().scripture, QStringLiteral("Psalm 23"));
+    EXPECT_EQ(document.metadata().duration, 45);
+    EXPECT_EQ(document.undoStack().size(), 3u);
+
+    undo.undo();
+    EXPECT_EQ(document.metadata().duration, std::nullopt);
+    undo.undo();
+    EXPECT_EQ(document.metadata().scripture, QString());
+    undo.undo();
+    EXPECT_EQ(document.root()->text(), QStringLiteral("Old"));
+    EXPECT_FALSE(undo.canUndo());
+}
+
+TEST_F(SheetTest, RefusedCustomDurationsFallBackToWhatTheDocumentHolds)
+{
+    SermonMetadata metadata;
+    metadata.duration = 37;
+    SermonDocument document(SermonNode::make(QStringLiteral("T"), 0), metadata);
+    UndoManager undo;
+    FileSettingsSheet sheet(&document, &undo);
+    EXPECT_EQ(sheet.durationChooser()->customDraft(), QStringLiteral("37"));
+    for (const char* draft : {"0", "181", "abc", ""}) {
+        sheet.durationChooser()->setCustomDraft(QString::fromUtf8(draft));
+        sheet.commitCustomDuration();
+        EXPECT_EQ(document.metadata().duration, 37) << draft;
+        EXPECT_EQ(sheet.durationChooser()->customDraft(), QStringLiteral("37")) << draft;
+    }
+    EXPECT_FALSE(undo.canUndo());
+    sheet.durationChooser()->setCustomDraft(QStringLiteral("180"));
+    sheet.commitCustomDuration();
+    EXPECT_EQ(document.metadata().duration, 180);
+}
+
+TEST_F(SheetTest, APresetIsWrittenAtOnceAndSurvivesCancel)
+{
+    SermonDocument document(SermonNode::make(QStringLiteral("T"), 0));
+    UndoManager undo;
+    FileSettingsSheet sheet(&document, &undo);
+    // Absent shows as 35 without touching the document.
+    EXPECT_FALSE(sheet.durationChooser()->isCustom());
+    EXPECT_EQ(document.metadata().duration, std::nullopt);
+    sheet.durationChooser()->presetButton(50)->click();
+    sheet.cancel();
+    EXPECT_EQ(document.metadata().duration, 50);
+    undo.undo();
+    EXPECT_EQ(document.metadata().duration, std::nullopt);
+}
+
+TEST_F(SheetTest, AddingTwiceKeepsTheFirstOccasionWithAnEmptyPlace)
+{
+    OccurrencesEditor editor;
+    const QDateTime saturday(QDate(2026, 3, 14), QTime(10, 0));
+    editor.add(saturday);
+    editor.add(saturday);
+    ASSERT_EQ(editor.occasions().size(), 2);
+    EXPECT_EQ(editor.occasions()[0].date, QDate(2026, 3, 15));
+    EXPECT_EQ(editor.occasions()[1].date, QDate(2026, 3, 15));
+    EXPECT_EQ(editor.editingID(), editor.occasions()[1].id);
+    editor.setEditPlace(QStringLiteral("Chapel"));
+    editor.remove(editor.occasions()[1].id);
+    EXPECT_EQ(editor.editingID(), std::nullopt);
+    ASSERT_EQ(editor.occasions().size(), 1);
+    EXPECT_EQ(editor.occasions()[0].place, QString());
+}
+
+} // namespace
