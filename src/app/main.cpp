@@ -2,6 +2,7 @@
 #include "shell/OrantiumApp.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QTextStream>
 
 int main(int argc, char* argv[])
@@ -22,6 +23,7 @@ int main(int argc, char* argv[])
     QApplication::setOrganizationName(QStringLiteral("Orantium"));
     QApplication::setDesktopFileName(QStringLiteral("app.orantium.Orantium"));
     QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("app.orantium.Orantium")));
 
     OrantiumApp orantium(arguments);
     if (!orantium.start())
