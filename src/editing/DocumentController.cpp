@@ -35,10 +35,12 @@ void DocumentController::captureUndo()
     m_document->captureUndo(m_selectedNodeID, m_undoManager);
 }
 
-void DocumentController::treeMutated()
+void DocumentController::treeMutated(bool byEdit)
 {
     if (onTreeMutated)
         onTreeMutated();
+    if (byEdit)
+        emit edited();
 }
 
 void DocumentController::requestVisible(const std::optional<NodeID>& id)
@@ -318,7 +320,7 @@ void DocumentController::restoreSelectionAfterUndo()
 {
     const auto restored = m_document->lastRestoredNodeID();
     const NodeID id = restored && root()->find(*restored) ? *restored : root()->id();
-    treeMutated();
+    treeMutated(false);
     if (!setSelectedNodeID(id))
         requestVisible(id); // the rule scrolls only on a change
 }

@@ -155,13 +155,16 @@ signals:
     void selectionChanged();
     void editingChanged();
     void searchChanged();
+    // The tree was changed by one of this controller's edits (not by undo or redo). Text
+    // typed into a new line lands without an undo step of its own, so whoever saves listens here.
+    void edited();
 
 private:
     SermonNodePtr root() const;
     SermonNodePtr findNode(const std::optional<NodeID>& id) const;
     bool selectionHoldsRoot(const QSet<NodeID>& ids) const;
     void captureUndo();
-    void treeMutated();
+    void treeMutated(bool byEdit = true);
     void requestVisible(const std::optional<NodeID>& id);
     void requestCanvasFocus();
     void restoreSelectionAfterUndo();

@@ -7,24 +7,14 @@
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
+#include "delivery/DeliveryPreferences.h"
+#include "delivery/DeliveryView.h"
+#include "editing/DocumentController.h"
 #include "map/MindMapCanvas.h"
 
-#include <QLabel>
+#include <QSettings>
 #include <QStackedWidget>
 #include <QVBoxLayout>
-
-namespace {
-ContentView::DeliveryFactory& deliveryFactory()
-{
-    static ContentView::DeliveryFactory factory;
-    return factory;
-}
-} // namespace
-
-void ContentView::setDeliveryFactory(DeliveryFactory factory)
-{
-    deliveryFactory() = std::move(factory);
-}
 
 ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidget* parent)
     : QWidget(parent), m_document(document), m_preferences(preferences), m_stack(new QStackedWidget(this)),
@@ -43,6 +33,15 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     mapLayout->addWidget(m_canvas, 1);
     mapLayout->addWidget(m_statusBar);
     m_stack->addWidget(m_mapPage);
+
+    // Edits on the map are the window's undo steps; copies go to the system clipboard.
+    m_canvas->setUndoManager(document->undoManager());
+    m_canvas->setPasteboard(&m_pasteboard);
+    DocumentController* controller = m_canvas->controller();
+    connect(controller, &DocumentController::selectionChanged, this, &ContentView::commandsChanged);
+    connect(controller, &DocumentController::editingChanged, this, &ContentView::commandsChanged);
+    connect(controller, &DocumentController::searchChanged, this, &ContentView::commandsChanged);
+    connect(controller, &DocumentController::edited, document, &OpenDocument::noteChange);
 
     m_canvas->setReadingPaceSource([preferences] { return preferences->readingPaceWPM(); });
     m_canvas->onZoomFunctionsReady = [this](const ZoomFunctions& functions) {
@@ -87,7 +86,11 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     m_canvas->setFocus();
 }
 
-ContentView::~ContentView() = default;
+ContentView::~ContentView()
+{
+    // The canvas, a child, outlives this object's members.
+    m_canvas->setPasteboard(nullptr);
+}
 
 double ContentView::scale() const
 {
@@ -135,16 +138,16 @@ bool ContentView::setMode(AppMode mode)
     return true;
 }
 
-QWidget* ContentView::makeDeliveryView()
+DeliveryView* ContentView::makeDeliveryView()
 {
-    if (deliveryFactory())
-        if (QWidget* view = deliveryFactory()(m_document, m_preferences, m_stack))
-            return view;
-    auto* placeholder = new QLabel(QStringLiteral("Delivery"), m_stack);
-    placeholder->setObjectName(QStringLiteral("deliveryPlaceholder"));
-    placeholder->setAlignment(Qt::AlignCenter);
-    placeholder->setEnabled(false);
-    return placeholder;
+    if (!m_deliveryPreferences) {
+        // The same store as the other preferences, so that tests keep theirs apart.
+        auto store = m_preferences ? std::make_unique<QSettings>(m_preferences->settings().fileName(),
+                                                                 m_preferences->settings().format())
+                                   : std::make_unique<QSettings>();
+        m_deliveryPreferences = new DeliveryPreferences(std::move(store), this);
+    }
+    return new DeliveryView(m_document->document(), m_document->undoManager(), m_deliveryPreferences, m_stack);
 }
 
 void ContentView::openFileSettings()
@@ -159,9 +162,14 @@ WindowCommands ContentView::commands() const
     auto* self = const_cast<ContentView*>(this);
     commands.switchMode = SwitchModeAction{[self](AppMode mode) { self->setMode(mode); }};
     commands.fileSettings = FileSettingsAction{[self] { self->openFileSettings(); }};
-    // The map's own records: zoom while it (or columns) shows. Focus mode, find and the node
-    // commands arrive with the map's editing; until then their items stay off.
-    if (m_mode != AppMode::delivery && m_zoomFunctions)
+    // The map's own records, while it (or columns) shows. Focus mode isn't built yet, so its
+    // record stays absent and its item off.
+    if (m_mode == AppMode::delivery)
+        return commands;
+    if (m_zoomFunctions)
         commands.zoom = m_zoomFunctions;
+    MindMapCanvas* canvas = m_canvas;
+    commands.find = FindAction{[canvas] { canvas->openSearch(); }};
+    commands.nodeActions = canvas->nodeActions();
     return commands;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppMode.h"
+#include "ClipboardPasteboard.h"
 #include "WindowCommands.h"
 
 #include <QWidget>
@@ -8,6 +9,8 @@
 #include <functional>
 #include <optional>
 
+class DeliveryPreferences;
+class DeliveryView;
 class MindMapCanvas;
 class OpenDocument;
 class Preferences;
@@ -37,9 +40,8 @@ public:
     std::function<void()> onOpenFileSettings;
     void openFileSettings();
 
-    // Makes the view for delivery mode; without one a placeholder stands in.
-    using DeliveryFactory = std::function<QWidget*(OpenDocument*, Preferences*, QWidget* parent)>;
-    static void setDeliveryFactory(DeliveryFactory factory);
+    // The delivery view while that mode shows, else null.
+    DeliveryView* deliveryView() const { return m_deliveryView; }
 
     // After a change to the tree that no document signal carries (a title set in place).
     void treeMutated();
@@ -51,7 +53,7 @@ signals:
 
 private:
     void refreshStatus();
-    QWidget* makeDeliveryView();
+    DeliveryView* makeDeliveryView();
 
     OpenDocument* m_document;
     Preferences* m_preferences;
@@ -61,5 +63,7 @@ private:
     QWidget* m_mapPage;
     MindMapCanvas* m_canvas;
     StatusBarView* m_statusBar;
-    QWidget* m_deliveryView = nullptr;
+    ClipboardPasteboard m_pasteboard;
+    DeliveryPreferences* m_deliveryPreferences = nullptr;
+    DeliveryView* m_deliveryView = nullptr;
 };

@@ -24,7 +24,12 @@ OpenDocument::OpenDocument(std::unique_ptr<SermonDocument> document, const QStri
     connect(m_undoManager.get(), &UndoManager::stateChanged, this, &OpenDocument::changed);
     connect(m_document.get(), &SermonDocument::rootChanged, this, &OpenDocument::changed);
     connect(m_document.get(), &SermonDocument::metadataChanged, this, &OpenDocument::changed);
-    connect(m_document.get(), &SermonDocument::undoRedoGenerationChanged, this, &OpenDocument::changed);
+    connect(m_document.get(), &SermonDocument::undoRedoGenerationChanged, this, [this] {
+        // Undo and redo put back a whole tree, text typed without a step of its own included:
+        // whether that differs from the file is the undo manager's to say again.
+        m_changedOutsideUndo = false;
+        changed();
+    });
 }
 
 OpenDocument::~OpenDocument() = default;

@@ -1,0 +1,190 @@
+#include "ShellTestSupport.h"
+
+#include "shell/AppMenus.h"
+#include "shell/ContentView.h"
+#include "shell/DocumentManager.h"
+#include "shell/DocumentWindow.h"
+#include "shell/OpenDocument.h"
+
+#include "core/SermonDocument.h"
+#include "core/UndoManager.h"
+#include "delivery/DeliveryView.h"
+#include "editing/DocumentController.h"
+#include "map/MindMapCanvas.h"
+#include "map/NodeEditorOverlay.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QFile>
+#include <QPlainTextEdit>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// A document window on a small sermon, shown, with its menus and map as the user meets them.
+class MenuRulesTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ensureApplication();
+        preferences = temporaryPreferences(dir);
+        context.preferences = preferences.get();
+        context.prompts = &prompts;
+        manager = std::make_unique<DocumentManager>(context);
+        path = dir.filePath(QStringLiteral("menus.md"));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("# Title\n\n## Part\n\nFirst line.\n\nSecond line.\n");
+        file.close();
+        window = manager->open(path);
+        ASSERT_NE(window, nullptr);
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
+    }
+    void TearDown() override
+    {
+        for (DocumentWindow* each : manager->windows())
+            delete each;
+    }
+
+    QAction* item(const QString& text) const
+    {
+        QAction* action = window->menus()->action(text);
+        EXPECT_NE(action, nullptr) << text.toStdString();
+        return action;
+    }
+    bool enabled(const QString& text) const
+    {
+        window->menus()->refresh();
+        QAction* action = item(text);
+        return action && action->isEnabled();
+    }
+    DocumentController& controller() const { return *window->canvas()->controller(); }
+    SermonNodePtr line(int part, int index) const
+    {
+        return window->document()->root()->children().at(part)->children().at(index);
+    }
+    void select(const SermonNodePtr& node) const { controller().setSelectedNodeID(node->id()); }
+
+    QTemporaryDir dir;
+    std::unique_ptr<Preferences> preferences;
+    ScriptedPrompts prompts;
+    AppContext context;
+    std::unique_ptr<DocumentManager> manager;
+    DocumentWindow* window = nullptr;
+    QString path;
+};
+
+TEST_F(MenuRulesTest, NodeItemsFollowTheSelectionAndThePasteboardItemsNeverGoOff)
+{
+    struct Case {
+        const char* selection;
+        const char* item;
+        bool enabled;
+    };
+    const Case cases[] = {
+        {"root", "Delete", false},       {"root", "Edit", false},         {"root", "Cut", true},
+        {"root", "Copy", true},          {"root", "Paste", true},         {"root", "Select All", true},
+        {"line", "Delete", true},        {"line", "Edit", true},          {"line", "Join", false},
+        {"line", "Promote", true},       {"line", "Fold", false},         {"second", "Demote", true},
+        {"part", "Fold", true},          {"part", "Promote", false},      {"none", "Copy Branch", false},
+        {"none", "Find...", true},       {"none", "Focus Mode", false},   {"none", "Zoom In", true},
+    };
+    for (const Case& c : cases) {
+        const std::string selection = c.selection;
+        if (selection == "root")
+            select(window->document()->root());
+        else if (selection == "part")
+            select(window->document()->root()->children().at(0));
+        else if (selection == "line")
+            select(line(0, 0));
+        else if (selection == "second")
+            select(line(0, 1));
+        else
+            controller().deselectAll();
+        EXPECT_EQ(enabled(QString::fromLatin1(c.item)), c.enabled) << c.selection << " / " << c.item;
+    }
+}
+
+TEST_F(MenuRulesTest, DeliveryModeTakesTheMapRecordsAwayAndLeavingItEndsTheView)
+{
+    ContentView* content = window->contentView();
+    select(line(0, 0));
+    item(QStringLiteral("Delivery"))->trigger();
+    ASSERT_EQ(content->mode(), AppMode::delivery);
+    ASSERT_NE(content->deliveryView(), nullptr);
+    for (const char* off : {"Find...", "Zoom In", "Zoom Out", "Actual Size", "Delete", "Demote"})
+        EXPECT_FALSE(enabled(QString::fromLatin1(off))) << off;
+    for (const char* on : {"Mind Map", "Delivery", "File Settings\u2026", "Copy"})
+        EXPECT_TRUE(enabled(QString::fromUtf8(on))) << on;
+
+    QPointer<DeliveryView> first = content->deliveryView();
+    item(QStringLiteral("Mind Map"))->trigger();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(first.isNull());
+    EXPECT_TRUE(enabled(QStringLiteral("Delete")));
+
+    item(QStringLiteral("Delivery"))->trigger();
+    EXPECT_NE(content->deliveryView(), nullptr);
+}
+
+TEST_F(MenuRulesTest, MenuEditsAreTheWindowsUndoStepsAndMarkTheDocument)
+{
+    OpenDocument* open = window->openDocument();
+    select(line(0, 1));
+    EXPECT_FALSE(enabled(QStringLiteral("Undo")));
+    item(QStringLiteral("Demote"))->trigger();
+    EXPECT_EQ(line(0, 0)->children().size(), 1u);
+    EXPECT_TRUE(open->isModified());
+    EXPECT_TRUE(enabled(QStringLiteral("Undo")));
+
+    item(QStringLiteral("Undo"))->trigger();
+    EXPECT_EQ(window->document()->root()->children().at(0)->children().size(), 2u);
+    EXPECT_FALSE(open->isModified());
+    EXPECT_TRUE(enabled(QStringLiteral("Redo")));
+}
+
+TEST_F(MenuRulesTest, CopyOnTheMapReachesTheSystemClipboardAndPasteComesBack)
+{
+    QGuiApplication::clipboard()->setText(QStringLiteral("stale"));
+    window->canvas()->setFocus();
+    select(line(0, 0));
+    item(QStringLiteral("Copy"))->trigger();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("First line."));
+
+    QGuiApplication::clipboard()->setText(QStringLiteral("From elsewhere"));
+    select(line(0, 1));
+    item(QStringLiteral("Paste"))->trigger();
+    EXPECT_TRUE(window->document()->fileContents().contains("From elsewhere"));
+}
+
+TEST_F(MenuRulesTest, ALineTypedOnTheMapIsSavedEvenWhenAnAutosaveFallsWhileTyping)
+{
+    OpenDocument* open = window->openDocument();
+    open->setAutosaveDelay(20);
+    MindMapCanvas* canvas = window->canvas();
+    canvas->setFocus();
+    select(line(0, 1));
+    QTest::keyClick(canvas, Qt::Key_Return);
+    NodeEditorOverlay* editor = canvas->editorOverlay();
+    ASSERT_TRUE(editor->isOpen());
+    // The new line's step starts an autosave that lands before the text does.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !open->isAutosavePending() && !open->isModified(); }, 2000));
+
+    QTest::keyClicks(editor->field(), QStringLiteral("Third line."));
+    // A click on the empty map ends the edit keeping the text, with no step of its own.
+    QTest::mouseClick(canvas, Qt::LeftButton, {}, QPoint(canvas->width() - 10, canvas->height() - 10));
+    ASSERT_FALSE(editor->isOpen());
+
+    auto fileText = [&] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fileText().endsWith("Second line.\nThird line.\n"); }, 2000))
+        << fileText().toStdString();
+    EXPECT_FALSE(open->isModified());
+}
+
+} // namespace
