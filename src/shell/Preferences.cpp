@@ -4,7 +4,7 @@
 #include <QFileInfo>
 #include <QSettings>
 
-#include <cmath>
+#include <limits>
 
 Preferences::Preferences(std::unique_ptr<QSettings> settings, QObject* parent)
     : QObject(parent), m_settings(std::move(settings))
@@ -49,7 +49,7 @@ bool Preferences::setReadingPaceWPM(int wpm)
     if (wpm <= 0)
         return false;
     const bool differs = wpm != readingPaceWPM();
-    if (!setIntValue(readingPaceKey, wpm) || !differs)
+    if (!store(readingPaceKey, wpm) || !differs)
         return false;
     emit readingPaceChanged(wpm);
     return true;
@@ -92,42 +92,11 @@ void Preferences::forgetRecentFile(const QString& path)
         setRecentFiles(paths);
 }
 
-double Preferences::doubleValue(const char* key, double fallback) const
-{
-    bool ok = false;
-    const double value = m_settings->value(QString::fromLatin1(key)).toDouble(&ok);
-    return ok && std::isfinite(value) && value > 0 ? value : fallback;
-}
-
-bool Preferences::setDoubleValue(const char* key, double value)
-{
-    return std::isfinite(value) && store(key, value);
-}
-
 int Preferences::intValue(const char* key, int fallback) const
 {
+    // Read wide: a number too big for an int must not wrap round into a positive one.
     bool ok = false;
-    const int value = m_settings->value(QString::fromLatin1(key)).toInt(&ok);
-    return ok && value > 0 ? value : fallback;
+    const qlonglong value = m_settings->value(QString::fromLatin1(key)).toLongLong(&ok);
+    return ok && value > 0 && value <= std::numeric_limits<int>::max() ? static_cast<int>(value) : fallback;
 }
 
-bool Preferences::setIntValue(const char* key, int value)
-{
-    return store(key, value);
-}
-
-bool Preferences::boolValue(const char* key, bool fallback) const
-{
-    const QVariant value = m_settings->value(QString::fromLatin1(key));
-    const QString text = value.toString().toLower();
-    if (text == QLatin1String("true") || text == QLatin1String("1"))
-        return true;
-    if (text == QLatin1String("false") || text == QLatin1String("0"))
-        return false;
-    return fallback;
-}
-
-bool Preferences::setBoolValue(const char* key, bool value)
-{
-    return store(key, value);
-}

@@ -39,14 +39,6 @@ public:
     void noteRecentFile(const QString& path);
     void forgetRecentFile(const QString& path);
 
-    // Other keys of the table, read by other views: a double or an integer, with its default.
-    double doubleValue(const char* key, double fallback) const;
-    bool setDoubleValue(const char* key, double value);
-    int intValue(const char* key, int fallback) const;
-    bool setIntValue(const char* key, int value);
-    bool boolValue(const char* key, bool fallback) const;
-    bool setBoolValue(const char* key, bool value);
-
     QSettings& settings() { return *m_settings; }
 
 signals:
@@ -56,6 +48,8 @@ signals:
     void recentFilesChanged();
 
 private:
+    // A positive integer, else the fallback.
+    int intValue(const char* key, int fallback) const;
     bool store(const char* key, const QVariant& value);
 
     std::unique_ptr<QSettings> m_settings;

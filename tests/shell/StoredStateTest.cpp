@@ -1,0 +1,133 @@
+#include "ShellTestSupport.h"
+
+#include "shell/RecentSermonsStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// Preferences whose file holds whatever a person or a broken program left there.
+TEST(Preferences, GarbageReadsAsTheDefaults)
+{
+    ensureApplication();
+    struct Case {
+        const char* appearance;
+        const char* pace;
+        const char* recent;
+        AppAppearance wantAppearance;
+        int wantPace;
+        QStringList wantRecent;
+    };
+    const Case cases[] = {
+        {"Dark", "140", "/a.md", AppAppearance::dark, 140, {QStringLiteral("/a.md")}},
+        {"dark", "fast", "relative.md", AppAppearance::system, 120, {}},
+        {"", "-5", "", AppAppearance::system, 120, {}},
+        {"Light", "0", "/a.md, /a.md, , /b.md", AppAppearance::light, 120,
+         {QStringLiteral("/a.md"), QStringLiteral("/b.md")}},
+        {"\x01\x02", "99999999999999", "@Invalid()", AppAppearance::system, 120, {}},
+    };
+    for (const Case& c : cases) {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("settings.ini"));
+        {
+            QFile raw(file);
+            ASSERT_TRUE(raw.open(QIODevice::WriteOnly));
+            raw.write(QByteArray("[General]\nappearance=") + c.appearance + "\nreadingPaceWPM=" + c.pace
+                      + "\nrecentFiles=" + c.recent + "\n");
+        }
+        Preferences preferences(std::make_unique<QSettings>(file, QSettings::IniFormat));
+        EXPECT_EQ(preferences.appearance(), c.wantAppearance) << c.appearance;
+        EXPECT_EQ(preferences.readingPaceWPM(), c.wantPace) << c.pace;
+        EXPECT_EQ(preferences.recentFiles(), c.wantRecent) << c.recent;
+    }
+}
+
+TEST(Preferences, TheRecentListKeepsTenMostRecentFirst)
+{
+    ensureApplication();
+    QTemporaryDir dir;
+    auto preferences = temporaryPreferences(dir);
+    for (int i = 0; i < 12; ++i)
+        preferences->noteRecentFile(QStringLiteral("/s/%1.md").arg(i));
+    preferences->noteRecentFile(QStringLiteral("/s/5.md"));
+    const QStringList recent = preferences->recentFiles();
+    ASSERT_EQ(recent.size(), Preferences::maxRecentFiles);
+    EXPECT_EQ(recent.first(), QStringLiteral("/s/5.md"));
+    EXPECT_EQ(recent.at(1), QStringLiteral("/s/11.md"));
+    EXPECT_EQ(recent.count(QStringLiteral("/s/5.md")), 1);
+    EXPECT_FALSE(recent.contains(QStringLiteral("/s/1.md")));
+}
+
+class RecentSermonsStoreTest : public ::testing::Test {
+protected:
+    void SetUp() override { ensureApplication(); }
+    QString write(const QString& name, const QByteArray& bytes)
+    {
+        const QString path = dir.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        return path;
+    }
+    QTemporaryDir dir;
+};
+
+TEST_F(RecentSermonsStoreTest, TitlesAndOccasionsComeFromTheFilesAndBadFilesLeave)
+{
+    const QString titled = write(QStringLiteral("a.md"),
+                                 "---\noccasions:\n  - date: 2026-01-04\n  - date: 2026-03-01\n    place: Hope Chapel\n"
+                                 "---\n# Grace Enough\n\nLine.\n");
+    const QString untitled = write(QStringLiteral("notes.md"), "Just a line.\n");
+    const QString empty = write(QStringLiteral("empty.md"), "");
+    const QString binary = write(QStringLiteral("bin.md"), QByteArray("\xff\xfe\x00\x01", 4));
+    const QString gone = dir.filePath(QStringLiteral("gone.md"));
+
+    const auto entries = RecentSermonsStore::readEntries({gone, titled, empty, untitled, binary}, {});
+    ASSERT_EQ(entries.size(), 2);
+    EXPECT_EQ(entries.at(0).path, titled);
+    EXPECT_EQ(entries.at(0).title, QStringLiteral("Grace Enough"));
+    ASSERT_TRUE(entries.at(0).occasionLine.has_value());
+    // The latest occasion, with its place in front.
+    EXPECT_TRUE(entries.at(0).occasionLine->startsWith(QStringLiteral("Hope Chapel \u00b7 ")));
+    EXPECT_EQ(entries.at(1).title, QStringLiteral("notes"));
+    EXPECT_FALSE(entries.at(1).occasionLine.has_value());
+}
+
+TEST_F(RecentSermonsStoreTest, TheCacheStandsUntilTheFileMovesBySecond)
+{
+    const QString path = write(QStringLiteral("a.md"), "# Fresh\n");
+    const QDateTime mtime = QFileInfo(path).lastModified();
+    RecentSermonsStore::Entry cached{path, QStringLiteral("Cached"), std::nullopt, mtime.addMSecs(-400)};
+    const RecentSermonsStore::Cache cache{{path, cached}};
+    EXPECT_EQ(RecentSermonsStore::readEntries({path}, cache).value(0).title, QStringLiteral("Cached"));
+
+    cached.mtime = mtime.addMSecs(-1500);
+    const RecentSermonsStore::Cache stale{{path, cached}};
+    EXPECT_EQ(RecentSermonsStore::readEntries({path}, stale).value(0).title, QStringLiteral("Fresh"));
+}
+
+TEST_F(RecentSermonsStoreTest, RefreshFillsEntriesInOrderAndKeepsOldCacheEntries)
+{
+    const QString a = write(QStringLiteral("a.md"), "# A\n");
+    const QString b = write(QStringLiteral("b.md"), "# B\n");
+    RecentSermonsStore store;
+    QSignalSpy spy(&store, &RecentSermonsStore::entriesChanged);
+    store.refresh({b, a});
+    ASSERT_TRUE(spy.wait(2000));
+    ASSERT_EQ(store.entries().size(), 2);
+    EXPECT_EQ(store.entries().at(0).title, QStringLiteral("B"));
+
+    ASSERT_TRUE(QFile::remove(b));
+    store.refresh({b, a});
+    ASSERT_TRUE(spy.wait(2000));
+    ASSERT_EQ(store.entries().size(), 1);
+    EXPECT_EQ(store.entries().at(0).title, QStringLiteral("A"));
+    EXPECT_TRUE(store.cache().contains(b));
+}
+
+} // namespace
