@@ -11,6 +11,8 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTextStream>
@@ -70,19 +72,27 @@ OrantiumApp::~OrantiumApp()
 
 void OrantiumApp::seedRecentFiles()
 {
-    // On the very first run the welcome window offers a sample sermon to look at.
+    // On the very first run the welcome window offers a sample sermon to look at. The user gets
+    // a copy of their own: the original may be read-only, and is not theirs to change.
     if (m_preferences->settings().contains(QString::fromLatin1(Preferences::recentFilesKey)))
         return;
-    const QString name = QStringLiteral("examples/the-god-who-stays.md");
-    const QDir binary(QCoreApplication::applicationDirPath());
-    for (const QString& candidate : {QDir::current().filePath(name), binary.filePath(QStringLiteral("../../../") + name),
-                                     binary.filePath(QStringLiteral("../share/orantium/") + name)}) {
-        if (QFileInfo(candidate).isFile()) {
-            m_preferences->noteRecentFile(QFileInfo(candidate).canonicalFilePath());
-            return;
-        }
-    }
     m_preferences->setRecentFiles({});
+    const QString name = QStringLiteral("the-god-who-stays.md");
+    const QDir binary(QCoreApplication::applicationDirPath());
+    for (const QString& candidate :
+         {QDir::current().filePath(QStringLiteral("examples/") + name),
+          binary.filePath(QStringLiteral("../../../examples/") + name),
+          binary.filePath(QStringLiteral("../share/orantium/examples/") + name)}) {
+        if (!QFileInfo(candidate).isFile())
+            continue;
+        const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+        const QString copy = documents.filePath(name);
+        if (documents.mkpath(QStringLiteral(".")) && (QFileInfo::exists(copy) || QFile::copy(candidate, copy))) {
+            QFile::setPermissions(copy, QFile::permissions(copy) | QFileDevice::WriteOwner);
+            m_preferences->noteRecentFile(copy);
+        }
+        return;
+    }
 }
 
 bool OrantiumApp::start()
