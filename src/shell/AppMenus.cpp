@@ -102,7 +102,7 @@ void AppMenus::buildFileMenu(QMenuBar* bar)
     file->addSeparator();
     add(file, QStringLiteral("Close"), QKeySequence::Close, [this] { m_window->close(); });
     m_save = add(file, QStringLiteral("Save"), QKeySequence::Save, [this] { m_window->save(); });
-    m_saveAs = add(file, QStringLiteral("Save As\u2026"), QKeySequence::SaveAs, [this] { m_window->saveAs(); });
+    m_saveAs = add(file, QStringLiteral("Save As\u2026"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), [this] { m_window->saveAs(); });
     file->addSeparator();
     m_fileSettings = add(file, QStringLiteral("File Settings\u2026"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_I), [this] {
         if (auto record = commands().fileSettings)

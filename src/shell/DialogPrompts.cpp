@@ -13,6 +13,14 @@ QString documentsFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
+
+// Gives the keyboard back to the window a dialog came from, so that its shortcuts work at once
+// even where no window manager hands the activation back.
+void reactivate(QWidget* parent)
+{
+    if (parent && parent->window()->isVisible())
+        parent->window()->activateWindow();
+}
 } // namespace
 
 SaveChoice DialogPrompts::askToSaveChanges(QWidget* parent, const QString& displayName)
@@ -27,6 +35,7 @@ SaveChoice DialogPrompts::askToSaveChanges(QWidget* parent, const QString& displ
     box.addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
     box.setDefaultButton(save);
     box.exec();
+    reactivate(parent);
     if (box.clickedButton() == save)
         return SaveChoice::save;
     if (box.clickedButton() == dontSave)
@@ -37,6 +46,7 @@ SaveChoice DialogPrompts::askToSaveChanges(QWidget* parent, const QString& displ
 QString DialogPrompts::chooseSavePath(QWidget* parent, const QString& proposedPath)
 {
     QString path = QFileDialog::getSaveFileName(parent, QStringLiteral("Save"), proposedPath, sermonFilter);
+    reactivate(parent);
     if (!path.isEmpty() && QFileInfo(path).suffix().isEmpty())
         path += QStringLiteral(".md");
     return path;
@@ -44,7 +54,9 @@ QString DialogPrompts::chooseSavePath(QWidget* parent, const QString& proposedPa
 
 QString DialogPrompts::chooseFileToOpen(QWidget* parent)
 {
-    return QFileDialog::getOpenFileName(parent, QStringLiteral("Open"), documentsFolder(), sermonFilter);
+    const QString path = QFileDialog::getOpenFileName(parent, QStringLiteral("Open"), documentsFolder(), sermonFilter);
+    reactivate(parent);
+    return path;
 }
 
 void DialogPrompts::showError(QWidget* parent, const QString& message)
@@ -54,4 +66,5 @@ void DialogPrompts::showError(QWidget* parent, const QString& message)
     box.setWindowTitle(QStringLiteral("Orantium"));
     box.setText(message);
     box.exec();
+    reactivate(parent);
 }
