@@ -50,6 +50,8 @@ DocumentToolbar::DocumentToolbar(QWidget* parent)
         m_modes->addButton(button, int(mode));
         pickerLayout->addWidget(button);
     }
+    m_mapMode->setObjectName(QStringLiteral("segmentFirst"));
+    m_deliveryMode->setObjectName(QStringLiteral("segmentLast"));
     m_modes->setExclusive(true);
     m_mapMode->setChecked(true);
     addWidget(picker);
@@ -114,4 +116,22 @@ void DocumentToolbar::restyle()
     m_fileSettings->setIcon(Symbols::icon(QStringLiteral("doc.text"), ink, 18));
     m_appearance->setIcon(Symbols::icon(AppAppearances::symbolName(m_appearanceValue), ink, 18));
     m_appearance->setToolTip(QStringLiteral("Appearance: ") + AppAppearances::text(m_appearanceValue));
+
+    // A segmented control: the chosen segment filled with the accent, so that it reads at a
+    // glance in light and dark alike.
+    const QPalette& p = palette();
+    QColor border = p.color(QPalette::WindowText);
+    border.setAlphaF(0.22f);
+    const QString rgba = QStringLiteral("rgba(%1, %2, %3, %4)");
+    auto css = [&](const QColor& c) { return rgba.arg(c.red()).arg(c.green()).arg(c.blue()).arg(c.alphaF()); };
+    const QString sheet = QStringLiteral(
+        "QToolButton { padding: 3px 14px; border: 1px solid %1; background: %2; color: %3; }"
+        "QToolButton:hover:!checked { background: %4; }"
+        "QToolButton:checked { background: %5; border-color: %5; color: %6; }"
+        "QToolButton#segmentFirst { border-top-left-radius: 6px; border-bottom-left-radius: 6px; border-right: none; }"
+        "QToolButton#segmentLast { border-top-right-radius: 6px; border-bottom-right-radius: 6px; border-left: none; }")
+        .arg(css(border), css(p.color(QPalette::Button)), css(p.color(QPalette::ButtonText)),
+             css(p.color(QPalette::Midlight)), css(p.color(QPalette::Highlight)),
+             css(p.color(QPalette::HighlightedText)));
+    m_mapMode->parentWidget()->setStyleSheet(sheet);
 }
