@@ -240,54 +240,55 @@ void DocumentController::extendSelection(bool forward)
         extendTo(*target);
 }
 
+std::optional<NodeID> DocumentController::parentTarget()
+{
+    SermonNodePtr parent = root()->parent(*m_selectedNodeID);
+    if (!parent)
+        return std::nullopt;
+    m_navigationDepth = parent->depth();
+    return parent->id();
+}
+
+std::optional<NodeID> DocumentController::firstChildTarget()
+{
+    SermonNodePtr node = findNode(m_selectedNodeID);
+    if (!node || node->isCollapsed() || !node->hasChildren())
+        return std::nullopt;
+    m_navigationDepth = node->children().front()->depth();
+    return node->children().front()->id();
+}
+
+// With nothing selected, each of the four goes to the title.
 void DocumentController::selectParent()
 {
-    if (!m_selectedNodeID) {
+    if (!m_selectedNodeID)
         setSelectedNodeID(root()->id());
-        return;
-    }
-    if (SermonNodePtr parent = root()->parent(*m_selectedNodeID)) {
-        m_navigationDepth = parent->depth();
-        setSelectedNodeID(parent->id());
-    }
+    else if (auto target = parentTarget())
+        setSelectedNodeID(*target);
 }
 
 void DocumentController::selectFirstChild()
 {
-    if (!m_selectedNodeID) {
+    if (!m_selectedNodeID)
         setSelectedNodeID(root()->id());
-        return;
-    }
-    SermonNodePtr node = findNode(m_selectedNodeID);
-    if (!node || node->isCollapsed() || !node->hasChildren())
-        return;
-    m_navigationDepth = node->children().front()->depth();
-    setSelectedNodeID(node->children().front()->id());
+    else if (auto target = firstChildTarget())
+        setSelectedNodeID(*target);
 }
 
 void DocumentController::extendToParent()
 {
-    if (!m_selectedNodeID) {
+    if (!m_selectedNodeID)
         setSelectedNodeID(root()->id());
-        return;
-    }
-    if (SermonNodePtr parent = root()->parent(*m_selectedNodeID)) {
-        m_navigationDepth = parent->depth();
-        extendTo(parent->id());
-    }
+    else if (auto target = parentTarget())
+        extendTo(*target);
 }
 
 void DocumentController::extendToFirstChild()
 {
-    if (!m_selectedNodeID) {
+    if (!m_selectedNodeID)
         setSelectedNodeID(root()->id());
-        return;
-    }
-    SermonNodePtr node = findNode(m_selectedNodeID);
-    if (!node || node->isCollapsed() || !node->hasChildren())
-        return;
-    m_navigationDepth = node->children().front()->depth();
-    extendTo(node->children().front()->id());
+    else if (auto target = firstChildTarget())
+        extendTo(*target);
 }
 
 void DocumentController::selectAll()

@@ -168,6 +168,12 @@ private:
     void requestVisible(const std::optional<NodeID>& id);
     void requestCanvasFocus();
     void restoreSelectionAfterUndo();
+    // Where Left and Right go from the selected line; each sets the navigation depth.
+    std::optional<NodeID> parentTarget();
+    std::optional<NodeID> firstChildTarget();
+    void newSiblingLine(bool after);
+    // Takes a block of siblings out of their parent and puts them under another, from `at`.
+    void moveBlock(const ContiguousSelection& block, const SermonNodePtr& newParent, int at);
 
     std::optional<NodeID> verticalTarget(const NodeID& id, bool forward) const;
     std::vector<NodeID> visibleRange(const NodeID& from, const NodeID& to) const;

@@ -123,6 +123,18 @@ void DocumentController::moveUp()
     treeMutated();
 }
 
+void DocumentController::moveBlock(const ContiguousSelection& block, const SermonNodePtr& newParent, int at)
+{
+    captureUndo();
+    removeChildren(*block.parent, block.nodes);
+    for (size_t k = 0; k < block.nodes.size(); ++k) {
+        block.nodes[k]->setDepthRecursive(newParent->depth() + 1);
+        insertAt(*newParent, at + int(k), block.nodes[k]);
+    }
+    treeMutated();
+    requestVisible(m_selectedNodeID);
+}
+
 void DocumentController::promote()
 {
     const auto block = contiguousSelection();
@@ -133,14 +145,7 @@ void DocumentController::promote()
         return;
     const int at = grandparent->indexOfChild(block->parent->id()) + 1;
 
-    captureUndo();
-    removeChildren(*block->parent, block->nodes);
-    for (size_t k = 0; k < block->nodes.size(); ++k) {
-        block->nodes[k]->setDepthRecursive(grandparent->depth() + 1);
-        insertAt(*grandparent, at + int(k), block->nodes[k]);
-    }
-    treeMutated();
-    requestVisible(m_selectedNodeID);
+    moveBlock(*block, grandparent, at);
 }
 
 void DocumentController::demote()
@@ -163,14 +168,7 @@ void DocumentController::demote()
     if (newParent->isQuote())
         return;
 
-    captureUndo();
-    removeChildren(*block->parent, block->nodes);
-    for (size_t k = 0; k < block->nodes.size(); ++k) {
-        block->nodes[k]->setDepthRecursive(newParent->depth() + 1);
-        insertAt(*newParent, at + int(k), block->nodes[k]);
-    }
-    treeMutated();
-    requestVisible(m_selectedNodeID);
+    moveBlock(*block, newParent, at);
 }
 
 void DocumentController::fold()
@@ -205,28 +203,28 @@ void DocumentController::startNewLineSession(const SermonNodePtr& node)
     setSession(node->id(), QString(), true);
 }
 
-void DocumentController::newLineBelow()
+void DocumentController::newSiblingLine(bool after)
 {
     SermonNodePtr p = findNode(m_selectedNodeID);
     if (!p || p == root())
         return;
     captureUndo();
-    if (SermonNodePtr node = root()->insertSiblingAfter(p->id(), QString())) {
+    SermonNodePtr node = after ? root()->insertSiblingAfter(p->id(), QString())
+                               : root()->insertSiblingBefore(p->id(), QString());
+    if (node) {
         treeMutated();
         startNewLineSession(node);
     }
 }
 
+void DocumentController::newLineBelow()
+{
+    newSiblingLine(true);
+}
+
 void DocumentController::newLineAbove()
 {
-    SermonNodePtr p = findNode(m_selectedNodeID);
-    if (!p || p == root())
-        return;
-    captureUndo();
-    if (SermonNodePtr node = root()->insertSiblingBefore(p->id(), QString())) {
-        treeMutated();
-        startNewLineSession(node);
-    }
+    newSiblingLine(false);
 }
 
 void DocumentController::newLineUnder()
