@@ -25,12 +25,7 @@ FileSettingsSheet::FileSettingsSheet(SermonDocument* document, UndoManager* undo
     m_done = frame.confirm;
     m_done->setAutoDefault(false);
     frame.cancel->setAutoDefault(false);
-    SheetLayout::addRow(frame.rows, QStringLiteral("Title"), m_title, true);
-    SheetLayout::addRow(frame.rows, QStringLiteral("Scripture"), m_scripture, false);
-    SheetLayout::addRow(frame.rows, QStringLiteral("Series"), m_series, false);
-    SheetLayout::addRow(frame.rows, QStringLiteral("Duration"), m_duration, false);
-    frame.column->addWidget(m_occurrences);
-    frame.column->addStretch(1);
+    SheetLayout::addSermonRows(frame, m_title, m_scripture, m_series, m_duration, m_occurrences);
 
     connect(frame.cancel, &QPushButton::clicked, this, &FileSettingsSheet::cancel);
     connect(m_done, &QPushButton::clicked, this, &FileSettingsSheet::confirm);

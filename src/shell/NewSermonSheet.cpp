@@ -17,12 +17,7 @@ NewSermonSheet::NewSermonSheet(QWidget* parent)
     const SheetLayout::Frame frame = SheetLayout::build(this, QStringLiteral("New Sermon"), QStringLiteral("Create"));
     m_create = frame.confirm;
     m_title->setObjectName(QStringLiteral("title"));
-    SheetLayout::addRow(frame.rows, QStringLiteral("Title"), m_title, true);
-    SheetLayout::addRow(frame.rows, QStringLiteral("Scripture"), m_scripture, false);
-    SheetLayout::addRow(frame.rows, QStringLiteral("Series"), m_series, false);
-    SheetLayout::addRow(frame.rows, QStringLiteral("Duration"), m_duration, false);
-    frame.column->addWidget(m_occurrences);
-    frame.column->addStretch(1);
+    SheetLayout::addSermonRows(frame, m_title, m_scripture, m_series, m_duration, m_occurrences);
 
     connect(frame.cancel, &QPushButton::clicked, this, &NewSermonSheet::cancel);
     connect(m_create, &QPushButton::clicked, this, &NewSermonSheet::create);

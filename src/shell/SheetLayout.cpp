@@ -1,9 +1,11 @@
 #include "SheetLayout.h"
 
+#include "DurationChooser.h"
 #include "SectionBlock.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -55,6 +57,17 @@ void addRow(SectionBlock* block, const QString& label, QWidget* control, bool fi
     control->setParent(row);
     layout->addWidget(control, 1);
     block->contentLayout()->addWidget(row);
+}
+
+void addSermonRows(const Frame& frame, QLineEdit* title, QLineEdit* scripture, QLineEdit* series,
+                   DurationChooser* duration, QWidget* occurrences)
+{
+    addRow(frame.rows, QStringLiteral("Title"), title, true);
+    addRow(frame.rows, QStringLiteral("Scripture"), scripture, false);
+    addRow(frame.rows, QStringLiteral("Series"), series, false);
+    addRow(frame.rows, QStringLiteral("Duration"), duration, false);
+    frame.column->addWidget(occurrences);
+    frame.column->addStretch(1);
 }
 
 } // namespace SheetLayout

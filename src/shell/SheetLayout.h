@@ -2,7 +2,9 @@
 
 #include <QString>
 
+class DurationChooser;
 class QLayout;
+class QLineEdit;
 class QPushButton;
 class QVBoxLayout;
 class QWidget;
@@ -23,5 +25,8 @@ Frame build(QWidget* sheet, const QString& title, const QString& confirmText);
 // A row: the label in the secondary colour, right-aligned in a column all labels share, and
 // the control taking the rest.
 void addRow(SectionBlock* block, const QString& label, QWidget* control, bool first);
+// The four rows both sheets show, in their order, then the occurrences under the block.
+void addSermonRows(const Frame& frame, QLineEdit* title, QLineEdit* scripture, QLineEdit* series,
+                   DurationChooser* duration, QWidget* occurrences);
 
 } // namespace SheetLayout
