@@ -144,6 +144,9 @@ DeliveryView::~DeliveryView()
 {
     if (m_window)
         m_window->removeEventFilter(this);
+    // Leaving the view ends a running delivery, and with it the full screen it asked for.
+    if (m_madeFullscreen)
+        exitFullscreen();
     // Widgets first: they hold the timer and the page state.
     delete m_canvas;
     delete m_topBar;
@@ -381,6 +384,8 @@ void DeliveryView::enterFullscreen()
     QWidget* w = window();
     if (!w || w->isFullScreen())
         return;
+    m_stateBeforeFullscreen = w->windowState();
+    m_madeFullscreen = true;
     w->showFullScreen();
 }
 
@@ -389,5 +394,10 @@ void DeliveryView::exitFullscreen()
     QWidget* w = window();
     if (!w || !w->isFullScreen())
         return;
-    w->showNormal();
+    // Back to how the window was (maximised, say), if this view made it full screen.
+    if (m_madeFullscreen)
+        w->setWindowState(m_stateBeforeFullscreen & ~Qt::WindowFullScreen);
+    else
+        w->showNormal();
+    m_madeFullscreen = false;
 }

@@ -84,6 +84,8 @@ private:
     DeliveryCanvasState* m_canvasState;
     double m_availableWidth = 0;
     bool m_isInFullscreen = false;
+    bool m_madeFullscreen = false;
+    Qt::WindowStates m_stateBeforeFullscreen;
     QPointer<QWidget> m_window;
 
     DeliveryTopBar* m_topBar = nullptr;

@@ -91,6 +91,35 @@ TEST_F(DeliveryViewTest, SpaceAndEscapeDriveTheTimer)
     EXPECT_FALSE(canvas->isFrameTicking());
 }
 
+TEST_F(DeliveryViewTest, FullScreenAsAskedFromStartToStopOrLeavingTheView)
+{
+    QWidget host;
+    host.resize(1000, 700);
+    host.show();
+    auto view = makeView(sectionedSermon(2, 3, 5));
+    view->setParent(&host);
+    view->show();
+    ASSERT_TRUE(preferences->setFullscreen(true));
+
+    press(view->canvas(), Qt::Key_Space);
+    EXPECT_TRUE(host.isFullScreen());
+    press(view->canvas(), Qt::Key_Escape);
+    EXPECT_FALSE(host.isFullScreen());
+
+    press(view->canvas(), Qt::Key_Space);
+    ASSERT_TRUE(host.isFullScreen());
+    view.reset();
+    EXPECT_FALSE(host.isFullScreen());
+
+    // A window the user made full screen stays so when an idle view goes.
+    host.showFullScreen();
+    auto idle = makeView(sectionedSermon(2, 3, 5));
+    idle->setParent(&host);
+    ASSERT_TRUE(preferences->fullscreen());
+    idle.reset();
+    EXPECT_TRUE(host.isFullScreen());
+}
+
 TEST_F(DeliveryViewTest, ScrollKeysUnfollowAndAnimate)
 {
     auto view = makeView(sectionedSermon(6, 10, 20));
