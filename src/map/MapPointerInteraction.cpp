@@ -239,6 +239,7 @@ void MapPointerInteraction::begin(QPointF start, Qt::KeyboardModifiers modifiers
     if (modifiers & Qt::ShiftModifier) {
         m_gesture = Gesture::lasso;
         m_lassoOrigin = start;
+        m_canvas.setCursor(Qt::CrossCursor);
         return;
     }
     const MapLayoutState& tables = m_canvas.layoutState();
@@ -254,11 +255,13 @@ void MapPointerInteraction::begin(QPointF start, Qt::KeyboardModifiers modifiers
             m_dragNodeIDs = {*hit};
         }
         c.setSelectedNodeID(*hit);
+        m_canvas.setCursor(Qt::DragMoveCursor);
         return;
     }
     // Empty space, or the title, which never moves.
     m_gesture = Gesture::panning;
     m_panStart = m_canvas.viewport().panOffset();
+    m_canvas.setCursor(Qt::ClosedHandCursor);
 }
 
 void MapPointerInteraction::update(QPointF, QPointF current, QPointF viewTranslation)
@@ -356,6 +359,8 @@ void MapPointerInteraction::drop(const DropTarget& target)
 
 void MapPointerInteraction::resetDrag()
 {
+    if (m_gesture != Gesture::none)
+        m_canvas.unsetCursor();
     m_pressPoint.reset();
     m_gesture = Gesture::none;
     m_dragNodeID.reset();

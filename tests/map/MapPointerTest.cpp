@@ -221,6 +221,28 @@ TEST_F(MapPointerTest, ADragFromTheTitleOrEmptySpacePans)
     EXPECT_EQ(document.root()->children().size(), 3u);
 }
 
+TEST_F(MapPointerTest, TheCursorTellsTheGestureWhileItRuns)
+{
+    struct Case {
+        const char* from;
+        Qt::KeyboardModifiers mods;
+        Qt::CursorShape during;
+    };
+    const Case cases[] = {
+        {"Title", Qt::NoModifier, Qt::ClosedHandCursor},
+        {"Story", Qt::NoModifier, Qt::DragMoveCursor},
+        {"Story", Qt::ShiftModifier, Qt::CrossCursor},
+    };
+    for (const Case& c : cases) {
+        const QPointF from = centre(QString::fromLatin1(c.from));
+        send(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton, c.mods);
+        send(QEvent::MouseMove, from + QPointF(30, 4), Qt::NoButton, Qt::LeftButton, c.mods);
+        EXPECT_EQ(canvas.cursor().shape(), c.during) << c.from;
+        send(QEvent::MouseButtonRelease, from, Qt::LeftButton, Qt::NoButton, c.mods);
+        EXPECT_EQ(canvas.cursor().shape(), Qt::ArrowCursor) << c.from;
+    }
+}
+
 TEST_F(MapPointerTest, DroppingRightOfANodeMakesItsLastChild)
 {
     const NodeLayout& question = layout("Question");
