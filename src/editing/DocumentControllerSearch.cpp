@@ -58,7 +58,7 @@ void DocumentController::updateSearch()
     }
     m_currentMatchIndex = index;
     expandForMatches();
-    treeMutated();
+    treeMutated(false); // search unfolds for a while and folds back: no edit
     requestVisible(m_searchMatches[m_currentMatchIndex]);
     emit searchChanged();
 }
@@ -113,7 +113,7 @@ void DocumentController::restoreCollapsedState()
     }
     m_savedCollapsedState.clear();
     m_autoExpandedNodeIDs.clear();
-    treeMutated();
+    treeMutated(false);
 }
 
 void DocumentController::stepMatch(bool forward)

@@ -160,6 +160,29 @@ TEST_F(MenuRulesTest, CopyOnTheMapReachesTheSystemClipboardAndPasteComesBack)
     EXPECT_TRUE(window->document()->fileContents().contains("From elsewhere"));
 }
 
+TEST_F(MenuRulesTest, SearchUnfoldsForAWhileWithoutMarkingTheDocument)
+{
+    const QString folded = dir.filePath(QStringLiteral("folded.md"));
+    {
+        QFile file(folded);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("# T\n\n## Folded\n[//]: # (collapsed)\n\nHidden line.\n");
+    }
+    DocumentWindow* other = manager->open(folded);
+    ASSERT_NE(other, nullptr);
+    DocumentController& search = *other->canvas()->controller();
+    const SermonNodePtr heading = other->document()->root()->children().at(0);
+    ASSERT_TRUE(heading->isCollapsed());
+
+    search.beginSearch();
+    search.setSearchQuery(QStringLiteral("Hidden"));
+    EXPECT_FALSE(heading->isCollapsed());
+    EXPECT_FALSE(other->openDocument()->isModified());
+    search.endSearch();
+    EXPECT_TRUE(heading->isCollapsed());
+    EXPECT_FALSE(other->openDocument()->isModified());
+}
+
 TEST_F(MenuRulesTest, ALineTypedOnTheMapIsSavedEvenWhenAnAutosaveFallsWhileTyping)
 {
     OpenDocument* open = window->openDocument();
