@@ -31,6 +31,7 @@ DeliveryTimelineRuler::DeliveryTimelineRuler(DeliveryTimer* timer, DeliveryCanva
     connect(m_displayLinkTimer, &QTimer::timeout, this, [this] {
         m_pulseClock.advance();
         update();
+        emit frameTicked();
     });
     connect(m_timer, &DeliveryTimer::stateChanged, this, [this](TimerState state, TimerState) {
         if (state == TimerState::running && isVisible())
@@ -159,7 +160,6 @@ void DeliveryTimelineRuler::paintEvent(QPaintEvent*)
     drawSectionBand(painter, w, sections);
     drawTicksAndHeadings(painter, w, sections);
     drawViewportMarker(painter, w);
-    drawRunnerStrip(painter, w);
     drawLabels(painter, w, sections);
 }
 
@@ -281,25 +281,6 @@ void DeliveryTimelineRuler::drawViewportMarker(QPainter& painter, double w)
     const double xl = std::clamp(x - 0.75, 0.75, std::max(w - 0.75, 0.75));
     painter.setPen(QPen(withAlpha(accent(), 0.8), 1.5, Qt::SolidLine, Qt::FlatCap));
     painter.drawLine(QPointF(xl, 0), QPointF(xl, layerHeight - 1));
-}
-
-void DeliveryTimelineRuler::drawRunnerStrip(QPainter& painter, double w)
-{
-    if (m_timer->state() == TimerState::idle)
-        return;
-    const double progress = m_timer->progress();
-    const double pulse = DeliveryPageDrawing::overrunPulse(progress, m_timer->clock()->now());
-    painter.save();
-    painter.translate(-4, 35);
-    painter.setRenderHint(QPainter::Antialiasing, true);
-    const double x = w * std::clamp(progress, 0.0, 1.0) + 4;
-    const double m = 12 * 0.5 - 0.5;
-    const QColor color = withAlpha(red(), pulse);
-    painter.fillRect(QRectF(4, m - 0.5, x - 4, 1), color);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawEllipse(QPointF(x, m), 4, 4);
-    painter.restore();
 }
 
 void DeliveryTimelineRuler::drawLabels(QPainter& painter, double w, const std::vector<HeadingStop>& sections)

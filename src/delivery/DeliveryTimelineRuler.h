@@ -20,8 +20,8 @@ struct HeadingStop {
 };
 
 // The strip across the top of the delivery view: the whole sermon as one line of time, with
-// its ticks, its sections, where the reader is and where the runner is. Dragging over it
-// scrolls the page and never the timer.
+// its ticks, its sections and where the reader is; the runner lies over it in its own widget.
+// Dragging over it scrolls the page and never the timer.
 class DeliveryTimelineRuler : public QWidget {
     Q_OBJECT
 public:
@@ -58,6 +58,8 @@ public:
 
 signals:
     void seekRequested(double fraction);
+    // Each frame while the timer runs; the runner strip beats with it.
+    void frameTicked();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -72,7 +74,6 @@ private:
     void drawSectionBand(QPainter& painter, double w, const std::vector<HeadingStop>& sections);
     void drawTicksAndHeadings(QPainter& painter, double w, const std::vector<HeadingStop>& sections);
     void drawViewportMarker(QPainter& painter, double w);
-    void drawRunnerStrip(QPainter& painter, double w);
     void drawLabels(QPainter& painter, double w, const std::vector<HeadingStop>& sections);
 
     DeliveryTimer* m_timer;

@@ -9,6 +9,8 @@
 #include "DeliveryRunnerStopButton.h"
 #include "DeliverySwitch.h"
 #include "DeliveryText.h"
+#include "DeliveryRunnerStrip.h"
+#include "DeliveryTimelineRuler.h"
 #include "DeliveryTopBar.h"
 #include "FollowRunnerButton.h"
 
@@ -109,6 +111,9 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     column->addWidget(m_settingsRow);
 
     connect(m_topBar, &DeliveryTopBar::seekRequested, m_canvas, &DeliveryCanvas::seek);
+    // Made last so that it lies over the page, where its dot overhangs.
+    m_runnerStrip = new DeliveryRunnerStrip(m_timer, m_topBar->ruler(), this);
+    connect(m_topBar->ruler(), &DeliveryTimelineRuler::frameTicked, m_runnerStrip, qOverload<>(&QWidget::update));
     connect(m_navOverlay, &DeliveryNavOverlay::navigateRequested, m_canvasState, &DeliveryCanvasState::navigate);
     connect(m_counterBlock, &DeliveryCounterBlock::durationChanged, this, &DeliveryView::onDurationChanged);
     connect(m_counterBlock, &DeliveryCounterBlock::editingEnded, this, [this] {
@@ -148,6 +153,7 @@ DeliveryView::~DeliveryView()
     if (m_madeFullscreen)
         exitFullscreen();
     // Widgets first: they hold the timer and the page state.
+    delete m_runnerStrip;
     delete m_canvas;
     delete m_topBar;
 }

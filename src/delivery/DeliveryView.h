@@ -16,6 +16,7 @@ class DeliveryPreferences;
 class DeliveryRunnerPlayButton;
 class DeliveryRunnerStopButton;
 class DeliverySwitch;
+class DeliveryRunnerStrip;
 class DeliveryTopBar;
 class FollowRunnerButton;
 class QLabel;
@@ -39,6 +40,7 @@ public:
     DeliveryCanvas* canvas() const { return m_canvas; }
     DeliveryCounterBlock* counterBlock() const { return m_counterBlock; }
     DeliveryTopBar* topBar() const { return m_topBar; }
+    DeliveryRunnerStrip* runnerStrip() const { return m_runnerStrip; }
     DeliveryNavOverlay* navOverlay() const { return m_navOverlay; }
     DeliveryPreferences* preferences() const { return m_preferences; }
     QWidget* settingsRow() const { return m_settingsRow; }
@@ -89,6 +91,7 @@ private:
     QPointer<QWidget> m_window;
 
     DeliveryTopBar* m_topBar = nullptr;
+    DeliveryRunnerStrip* m_runnerStrip = nullptr;
     DeliveryCanvas* m_canvas = nullptr;
     DeliveryCounterBlock* m_counterBlock = nullptr;
     DeliveryRunnerPlayButton* m_playButton = nullptr;

@@ -3,6 +3,9 @@
 #include "delivery/DeliveryCanvas.h"
 #include "delivery/DeliveryCounterBlock.h"
 #include "delivery/DeliveryPreferences.h"
+#include "delivery/DeliveryRunnerStrip.h"
+#include "delivery/DeliveryTimelineRuler.h"
+#include "delivery/DeliveryTopBar.h"
 #include "delivery/DeliveryView.h"
 
 #include "core/SermonDocument.h"
@@ -294,3 +297,35 @@ TEST_F(DeliveryViewTest, BadStoredPreferencesFallBackToDefaults)
 }
 
 } // namespace
+
+TEST_F(DeliveryViewTest, RunnerDotHangsBelowTheRulerWhole)
+{
+    auto view = makeView(sectionedSermon(4, 8, 20));
+    DeliveryRunnerStrip* strip = view->runnerStrip();
+    QWidget* ruler = view->topBar()->ruler();
+    const QPoint rulerOrigin = ruler->mapTo(view.get(), QPoint(0, 0));
+    EXPECT_EQ(strip->geometry(), QRect(rulerOrigin.x() - 4, rulerOrigin.y() + 34, ruler->width() + 8, 12));
+
+    auto redBelowTheRow = [&](double progressX) {
+        const QImage image = view->grab().toImage();
+        const int x = int(progressX);
+        const int y = rulerOrigin.y() + ruler->height() + 2; // under the ruler's row and rule
+        const QColor c = image.pixelColor(x, y);
+        return c.red() > 180 && c.green() < 120 && c.blue() < 120;
+    };
+    const double quarter = rulerOrigin.x() + ruler->width() * 0.25;
+    EXPECT_FALSE(redBelowTheRow(quarter)); // idle: no runner at all
+
+    view->timer()->start();
+    clock->advance(view->timer()->targetSeconds() / 4);
+    EXPECT_NEAR(strip->mapTo(view.get(), strip->dotCentre().toPoint()).x(), quarter, 1.5);
+    EXPECT_TRUE(redBelowTheRow(quarter));
+
+    // The strip takes no clicks: the page beneath still gets them.
+    EXPECT_TRUE(strip->testAttribute(Qt::WA_TransparentForMouseEvents));
+
+    // It follows the ruler when the window narrows.
+    view->resize(800, 700);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(strip->width(), ruler->width() + 8);
+}
