@@ -1,16 +1,17 @@
 #include "DeliveryClock.h"
 
-#include <QElapsedTimer>
+#include <chrono>
 
 namespace {
 
+// The wall clock, as the timer's dates are: setting the system clock moves a running delivery.
 class SystemDeliveryClock : public DeliveryClock {
 public:
-    SystemDeliveryClock() { m_timer.start(); }
-    double now() const override { return double(m_timer.nsecsElapsed()) * 1e-9; }
-
-private:
-    QElapsedTimer m_timer;
+    double now() const override
+    {
+        const auto since = std::chrono::system_clock::now().time_since_epoch();
+        return std::chrono::duration<double>(since).count();
+    }
 };
 
 } // namespace

@@ -2,14 +2,14 @@
 
 #include <memory>
 
-// Monotonic seconds for the timer, the scroll animation and the pulses. Behind an interface so
-// that tests can move time by hand instead of waiting for it.
+// Seconds for the timer, the scroll animation and the pulses. Behind an interface so that tests
+// can move time by hand instead of waiting for it.
 class DeliveryClock {
 public:
     virtual ~DeliveryClock() = default;
     virtual double now() const = 0;
 
-    // The process-wide monotonic clock.
+    // The wall clock, in seconds since the epoch.
     static std::shared_ptr<DeliveryClock> system();
 };
 

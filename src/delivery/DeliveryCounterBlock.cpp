@@ -4,11 +4,13 @@
 #include "DeliveryText.h"
 
 #include <QAbstractButton>
+#include <QFocusEvent>
 #include <QGraphicsOpacityEffect>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPointer>
@@ -191,7 +193,6 @@ DeliveryCounterBlock::DeliveryCounterBlock(DeliveryTimer* timer, QWidget* parent
     column->addWidget(m_clockRow);
     column->addSpacing(2 - 6);
     column->addWidget(m_rule);
-    column->setSizeConstraint(QLayout::SetFixedSize);
 
     // The wall clock and total run during pauses too, so this refreshes whatever the timer does.
     m_refreshTimer = new QTimer(this);
@@ -393,12 +394,21 @@ void DeliveryCounterBlock::updateRows()
 
 bool DeliveryCounterBlock::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_remaining && event->type() == QEvent::MouseButtonPress) {
-        tapRemaining();
+    if (watched == m_remaining && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease)) {
+        // A tap is a left click let go over the time, as with a button.
+        const auto* mouse = static_cast<QMouseEvent*>(event);
+        if (mouse->button() != Qt::LeftButton)
+            return false;
+        if (event->type() == QEvent::MouseButtonRelease && m_remaining->rect().contains(mouse->position().toPoint()))
+            tapRemaining();
         return true;
     }
-    if (watched == m_field && event->type() == QEvent::FocusOut && m_isEditingDuration)
-        QTimer::singleShot(0, this, &DeliveryCounterBlock::commitEditing);
+    // Another window taking the keyboard is no end of the edit; a click elsewhere here is.
+    if (watched == m_field && event->type() == QEvent::FocusOut && m_isEditingDuration) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
+            QTimer::singleShot(0, this, &DeliveryCounterBlock::commitEditing);
+    }
     return QWidget::eventFilter(watched, event);
 }
 

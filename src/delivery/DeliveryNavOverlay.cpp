@@ -37,7 +37,7 @@ public:
     QSize sizeHint() const override
     {
         const QFontMetricsF metrics(font());
-        const double chevron = metrics.height() * 0.7;
+        const double chevron = font().pixelSize() * 0.7;
         const double width = std::min(metrics.horizontalAdvance(text()), 420.0) + chevron + 6 + 36;
         return QSize(int(std::ceil(width)) + 2 * shadowMargin,
                      int(std::ceil(metrics.height() + 24)) + 2 * shadowMargin);
@@ -63,7 +63,7 @@ protected:
         painter.drawPath(shape);
 
         const QFontMetricsF metrics(font());
-        const double chevron = metrics.height() * 0.7;
+        const double chevron = font().pixelSize() * 0.7;
         const double x = panel.left() + 18;
         DeliverySymbols::draw(painter, DeliverySymbols::Symbol::chevronDown,
                               QRectF(x, panel.center().y() - chevron / 2, chevron, chevron), primary(), 1.3);

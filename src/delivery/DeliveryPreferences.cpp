@@ -38,7 +38,8 @@ DeliveryPreferences::~DeliveryPreferences() = default;
 void DeliveryPreferences::load()
 {
     const QSettings& s = *m_settings;
-    m_fontSize = readDouble(s, fontSizeKey, defaultFontSize, 12, 24);
+    // Whole sizes only, as the slider sets them: the page's fonts are base + n pixels exactly.
+    m_fontSize = std::round(readDouble(s, fontSizeKey, defaultFontSize, 12, 24));
     m_lineSpacing = readDouble(s, lineSpacingKey, defaultLineSpacing, 1, 3);
     m_textWidth = readDouble(s, textWidthKey, defaultTextWidth, 400, 1000);
     bool ok = false;

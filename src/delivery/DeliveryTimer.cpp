@@ -58,12 +58,12 @@ void DeliveryTimer::pause()
 void DeliveryTimer::stop()
 {
     stopTicker();
+    setState(TimerState::idle);
     m_startedAt.reset();
     m_elapsedBeforePause = 0;
     setTargetSeconds(m_plannedTargetSeconds);
     setRemainingSeconds(m_plannedTargetSeconds);
     setFirstStartedAt(std::nullopt);
-    setState(TimerState::idle);
 }
 
 void DeliveryTimer::setTargetMinutes(int minutes)

@@ -25,6 +25,7 @@
 #include <QLineEdit>
 #include <QSlider>
 #include <QTimer>
+#include <QToolBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -43,13 +44,11 @@ int initialMinutes(const SermonDocument* document)
     return WordCount::estimatedMinutes(words, DeliveryPreferences::defaultWPM);
 }
 
+// Coloured by applyColours, with the rest of the row.
 QLabel* settingsLabel(const QString& text, QWidget* parent)
 {
     auto* label = new QLabel(text, parent);
     label->setFont(DeliveryText::makeFont(11, QFont::Medium, false));
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, secondary());
-    label->setPalette(palette);
     return label;
 }
 
@@ -101,6 +100,7 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     m_divider->setFixedHeight(1);
     m_divider->setAutoFillBackground(true);
     m_settingsRow = buildSettingsRow();
+    applyColours();
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -111,6 +111,12 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     column->addWidget(m_settingsRow);
 
     connect(m_topBar, &DeliveryTopBar::seekRequested, m_canvas, &DeliveryCanvas::seek);
+    // The wheel scrolls the page wherever the pointer is; the sliders must not take it.
+    for (QWidget* part : {static_cast<QWidget*>(m_topBar), m_settingsRow}) {
+        part->installEventFilter(this);
+        for (QWidget* child : part->findChildren<QWidget*>())
+            child->installEventFilter(this);
+    }
     // Made last so that it lies over the page, where its dot overhangs.
     m_runnerStrip = new DeliveryRunnerStrip(m_timer, m_topBar->ruler(), this);
     connect(m_topBar->ruler(), &DeliveryTimelineRuler::frameTicked, m_runnerStrip, qOverload<>(&QWidget::update));
@@ -348,8 +354,32 @@ void DeliveryView::watchWindow()
     }
 }
 
+void DeliveryView::applyColours()
+{
+    QPalette dividerPalette = m_divider->palette();
+    dividerPalette.setColor(QPalette::Window, withAlpha(primary(), 0.15));
+    m_divider->setPalette(dividerPalette);
+    for (QLabel* label : m_settingsRow->findChildren<QLabel*>()) {
+        QPalette palette = label->palette();
+        palette.setColor(QPalette::WindowText, secondary());
+        label->setPalette(palette);
+    }
+}
+
+void DeliveryView::changeEvent(QEvent* event)
+{
+    // Our own setPalette calls send PaletteChange to the children only, never back here.
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ApplicationPaletteChange)
+        applyColours();
+    QWidget::changeEvent(event);
+}
+
 bool DeliveryView::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::Wheel && watched != m_window) {
+        QApplication::sendEvent(m_canvas, event);
+        return true;
+    }
     if (watched == m_window && event->type() == QEvent::WindowStateChange)
         setInFullscreen(m_window->isFullScreen());
     return QWidget::eventFilter(watched, event);
@@ -363,6 +393,9 @@ void DeliveryView::setInFullscreen(bool on)
     // Full screen is for reading: the settings row goes away, whoever caused it.
     m_divider->setVisible(!on);
     m_settingsRow->setVisible(!on);
+    // Left some other way (the window manager's key, say): the toolbars come back all the same.
+    if (!on)
+        restoreToolBars();
 }
 
 void DeliveryView::onTimerStateChanged(TimerState state, TimerState previous)
@@ -392,6 +425,14 @@ void DeliveryView::enterFullscreen()
         return;
     m_stateBeforeFullscreen = w->windowState();
     m_madeFullscreen = true;
+    // Only the page and its clock: the window's toolbars go until the full screen ends.
+    m_hiddenToolBars.clear();
+    for (QToolBar* bar : w->findChildren<QToolBar*>()) {
+        if (bar->isVisible() && bar->window() == w) {
+            bar->hide();
+            m_hiddenToolBars.append(bar);
+        }
+    }
     w->showFullScreen();
 }
 
@@ -405,5 +446,15 @@ void DeliveryView::exitFullscreen()
         w->setWindowState(m_stateBeforeFullscreen & ~Qt::WindowFullScreen);
     else
         w->showNormal();
+    restoreToolBars();
+}
+
+void DeliveryView::restoreToolBars()
+{
     m_madeFullscreen = false;
+    for (const QPointer<QToolBar>& bar : std::as_const(m_hiddenToolBars)) {
+        if (bar)
+            bar->show();
+    }
+    m_hiddenToolBars.clear();
 }

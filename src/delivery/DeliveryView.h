@@ -21,6 +21,7 @@ class DeliveryTopBar;
 class FollowRunnerButton;
 class QLabel;
 class QSlider;
+class QToolBar;
 class SermonDocument;
 
 // Delivery mode: the timed reading view. Make one each time the mode is entered; it owns its
@@ -64,6 +65,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     QWidget* buildSettingsRow();
@@ -76,6 +78,8 @@ private:
     void onFullscreenPreferenceChanged(bool on);
     void enterFullscreen();
     void exitFullscreen();
+    void restoreToolBars();
+    void applyColours();
     void watchWindow();
     void setInFullscreen(bool on);
 
@@ -89,6 +93,7 @@ private:
     bool m_madeFullscreen = false;
     Qt::WindowStates m_stateBeforeFullscreen;
     QPointer<QWidget> m_window;
+    QList<QPointer<QToolBar>> m_hiddenToolBars;
 
     DeliveryTopBar* m_topBar = nullptr;
     DeliveryRunnerStrip* m_runnerStrip = nullptr;

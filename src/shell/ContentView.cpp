@@ -140,14 +140,9 @@ bool ContentView::setMode(AppMode mode)
 
 DeliveryView* ContentView::makeDeliveryView()
 {
-    if (!m_deliveryPreferences) {
-        // The same store as the other preferences, so that tests keep theirs apart.
-        auto store = m_preferences ? std::make_unique<QSettings>(m_preferences->settings().fileName(),
-                                                                 m_preferences->settings().format())
-                                   : std::make_unique<QSettings>();
-        m_deliveryPreferences = new DeliveryPreferences(std::move(store), this);
-    }
-    return new DeliveryView(m_document->document(), m_document->undoManager(), m_deliveryPreferences, m_stack);
+    // Without the application's preferences (a bare view in a test) the view keeps its own.
+    DeliveryPreferences* preferences = m_preferences ? m_preferences->delivery() : nullptr;
+    return new DeliveryView(m_document->document(), m_document->undoManager(), preferences, m_stack);
 }
 
 void ContentView::openFileSettings()

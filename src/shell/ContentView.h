@@ -9,7 +9,6 @@
 #include <functional>
 #include <optional>
 
-class DeliveryPreferences;
 class DeliveryView;
 class MindMapCanvas;
 class OpenDocument;
@@ -64,6 +63,5 @@ private:
     MindMapCanvas* m_canvas;
     StatusBarView* m_statusBar;
     ClipboardPasteboard m_pasteboard;
-    DeliveryPreferences* m_deliveryPreferences = nullptr;
     DeliveryView* m_deliveryView = nullptr;
 };

@@ -1,5 +1,7 @@
 #include "Preferences.h"
 
+#include "delivery/DeliveryPreferences.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
@@ -14,6 +16,13 @@ Preferences::Preferences(std::unique_ptr<QSettings> settings, QObject* parent)
 Preferences::Preferences(QObject* parent) : Preferences(std::make_unique<QSettings>(), parent) {}
 
 Preferences::~Preferences() = default;
+
+DeliveryPreferences* Preferences::delivery()
+{
+    if (!m_delivery)
+        m_delivery = new DeliveryPreferences(std::make_unique<QSettings>(m_settings->fileName(), m_settings->format()), this);
+    return m_delivery;
+}
 
 bool Preferences::store(const char* key, const QVariant& value)
 {

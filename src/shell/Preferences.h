@@ -11,6 +11,8 @@ class QSettings;
 
 // The per-user settings, typed, each with its default. A stored value that doesn't read as its
 // type (or lies outside its range) gives the default, silently. Passed to whoever needs it.
+class DeliveryPreferences;
+
 class Preferences : public QObject {
     Q_OBJECT
 public:
@@ -40,6 +42,9 @@ public:
     void forgetRecentFile(const QString& path);
 
     QSettings& settings() { return *m_settings; }
+    // The delivery view's settings, on the same store and one for the whole application, so
+    // that a slider moved in one window moves in every other.
+    DeliveryPreferences* delivery();
 
 signals:
     void changed(const QString& key);
@@ -53,4 +58,5 @@ private:
     bool store(const char* key, const QVariant& value);
 
     std::unique_ptr<QSettings> m_settings;
+    DeliveryPreferences* m_delivery = nullptr;
 };

@@ -9,7 +9,9 @@
 #include <gtest/gtest.h>
 
 #include <QFontMetricsF>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
 
 namespace {
 
@@ -68,6 +70,47 @@ TEST_F(DeliveryControlsTest, CommittingTheFieldSetsTargetAndReportsIt)
     block.cancelEditing();
     EXPECT_EQ(timer.plannedTargetSeconds(), 2700);
     EXPECT_EQ(ended, 3);
+}
+
+TEST_F(DeliveryControlsTest, TheTimeIsTappedByALeftClickAndTheFieldOutlivesAWindowSwitch)
+{
+    auto clock = std::make_shared<ManualDeliveryClock>();
+    DeliveryTimer timer(30, clock);
+    DeliveryCounterBlock block(&timer);
+    block.show();
+    EXPECT_EQ(block.width(), DeliveryCounterBlock::blockWidth);
+    auto* remaining = block.findChild<QLabel*>();
+    ASSERT_NE(remaining, nullptr);
+    auto mouse = [&](QEvent::Type type, Qt::MouseButton button) {
+        QMouseEvent event(type, QPointF(3, 3), remaining->mapToGlobal(QPointF(3, 3)), button,
+                          type == QEvent::MouseButtonPress ? button : Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(remaining, &event);
+    };
+    mouse(QEvent::MouseButtonPress, Qt::RightButton);
+    mouse(QEvent::MouseButtonRelease, Qt::RightButton);
+    EXPECT_FALSE(block.isEditingDuration());
+    mouse(QEvent::MouseButtonPress, Qt::LeftButton);
+    EXPECT_FALSE(block.isEditingDuration()); // not before the button comes up
+    mouse(QEvent::MouseButtonRelease, Qt::LeftButton);
+    ASSERT_TRUE(block.isEditingDuration());
+
+    // Another window taking the keyboard leaves the edit open; a focus move within commits it.
+    auto* field = block.findChild<QLineEdit*>();
+    field->setText(QStringLiteral("40"));
+    QFocusEvent away(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+    QApplication::sendEvent(field, &away);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(block.isEditingDuration());
+    QFocusEvent within(QEvent::FocusOut, Qt::MouseFocusReason);
+    QApplication::sendEvent(field, &within);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(block.isEditingDuration());
+    EXPECT_EQ(timer.plannedTargetSeconds(), 2400);
+
+    // The block keeps its width as rows come and go.
+    timer.start();
+    block.tapRemaining();
+    EXPECT_EQ(block.width(), DeliveryCounterBlock::blockWidth);
 }
 
 TEST_F(DeliveryControlsTest, PillsOnlyWhileTheTimerRuns)

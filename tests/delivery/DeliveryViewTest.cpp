@@ -16,6 +16,10 @@
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMainWindow>
+#include <QSlider>
+#include <QToolBar>
+#include <QWheelEvent>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -275,6 +279,59 @@ TEST_F(DeliveryViewTest, TheViewStaysWideEnoughForTheColumn)
     EXPECT_GE(view->width(), 1150);
 }
 
+TEST_F(DeliveryViewTest, FullScreenHidesTheWindowsToolbarsUntilItEnds)
+{
+    QMainWindow host;
+    auto* toolbar = host.addToolBar(QStringLiteral("Document"));
+    toolbar->addAction(QStringLiteral("Settings"));
+    host.resize(1000, 700);
+    host.show();
+    auto view = makeView(sectionedSermon(2, 3, 5));
+    host.setCentralWidget(view.release());
+    auto* shown = static_cast<DeliveryView*>(host.centralWidget());
+    QCoreApplication::processEvents(); // the view learns its new window a turn later
+    ASSERT_TRUE(preferences->setFullscreen(true));
+
+    press(shown->canvas(), Qt::Key_Space);
+    ASSERT_TRUE(host.isFullScreen());
+    EXPECT_FALSE(toolbar->isVisible());
+    press(shown->canvas(), Qt::Key_Escape);
+    EXPECT_FALSE(host.isFullScreen());
+    EXPECT_TRUE(toolbar->isVisible());
+
+    // Left by other means than the view's own: the toolbar still comes back.
+    press(shown->canvas(), Qt::Key_Space);
+    ASSERT_FALSE(toolbar->isVisible());
+    host.showNormal();
+    EXPECT_TRUE(waitFor([&] { return toolbar->isVisible(); }));
+    press(shown->canvas(), Qt::Key_Escape);
+}
+
+TEST_F(DeliveryViewTest, TheWheelScrollsThePageFromAnywhereInTheView)
+{
+    auto view = makeView(sectionedSermon(6, 10, 20));
+    DeliveryCanvasState* state = view->canvasState();
+    const double fontSize = preferences->fontSize();
+    auto turn = [&](QWidget* target) {
+        QWheelEvent wheel(QPointF(5, 5), target->mapToGlobal(QPointF(5, 5)), QPoint(), QPoint(0, -120), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(target, &wheel);
+    };
+    turn(view->canvas());
+    const double afterCanvas = state->scrollY();
+    EXPECT_GT(afterCanvas, 0);
+    // Over a settings slider the page moves and the setting stays.
+    QSlider* slider = view->findChild<QSlider*>();
+    ASSERT_NE(slider, nullptr);
+    turn(slider);
+    EXPECT_GT(state->scrollY(), afterCanvas);
+    EXPECT_EQ(preferences->fontSize(), fontSize);
+    // Over the ruler too.
+    const double afterSlider = state->scrollY();
+    turn(view->topBar()->ruler());
+    EXPECT_GT(state->scrollY(), afterSlider);
+}
+
 TEST_F(DeliveryViewTest, BadStoredPreferencesFallBackToDefaults)
 {
     {
@@ -284,6 +341,14 @@ TEST_F(DeliveryViewTest, BadStoredPreferencesFallBackToDefaults)
         settings.setValue(QStringLiteral("deliveryTextWidth"), -4);
         settings.setValue(QStringLiteral("deliveryWPM"), QStringLiteral("fast"));
         settings.setValue(QStringLiteral("deliveryFullscreen"), QStringLiteral("maybe"));
+    }
+    {
+        // A fractional size reads as a whole one, the page's fonts being whole pixels.
+        QSettings other(dir.filePath(QStringLiteral("other.ini")), QSettings::IniFormat);
+        other.setValue(QStringLiteral("deliveryFontSize"), 17.6);
+        other.sync();
+        DeliveryPreferences fractional(std::make_unique<QSettings>(other.fileName(), QSettings::IniFormat));
+        EXPECT_EQ(fractional.fontSize(), 18);
     }
     auto prefs = makePreferences();
     EXPECT_EQ(prefs->fontSize(), 15);
