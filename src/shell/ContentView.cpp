@@ -42,6 +42,8 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     connect(controller, &DocumentController::editingChanged, this, &ContentView::commandsChanged);
     connect(controller, &DocumentController::searchChanged, this, &ContentView::commandsChanged);
     connect(controller, &DocumentController::edited, document, &OpenDocument::noteChange);
+    // The undo step of an edit is taken before the change, so the count follows the edit itself.
+    connect(controller, &DocumentController::edited, this, &ContentView::refreshStatus);
 
     m_canvas->setReadingPaceSource([preferences] { return preferences->readingPaceWPM(); });
     m_canvas->onZoomFunctionsReady = [this](const ZoomFunctions& functions) {
@@ -107,6 +109,18 @@ void ContentView::refreshStatus()
     m_statusBar->refresh();
 }
 
+void ContentView::commitPendingEdit(bool keepEditing)
+{
+    DocumentController* controller = m_canvas->controller();
+    const std::optional<NodeID> id = controller->editingNodeID();
+    if (!id)
+        return;
+    m_canvas->commitEditing();
+    // Saving mid-line keeps the line open (unless the commit removed it); the typing goes on.
+    if (keepEditing && m_mode == AppMode::tree)
+        controller->startSession(*id, false);
+}
+
 void ContentView::treeMutated()
 {
     m_canvas->onTreeMutated();
@@ -117,6 +131,8 @@ bool ContentView::setMode(AppMode mode)
 {
     if (mode == m_mode)
         return false;
+    // The page shows the tree: a line still in the editor goes into it first.
+    commitPendingEdit();
     m_mode = mode;
     if (mode == AppMode::delivery) {
         // Made anew at each entry, so that leaving ends a running delivery.

@@ -42,6 +42,10 @@ public:
     // The delivery view while that mode shows, else null.
     DeliveryView* deliveryView() const { return m_deliveryView; }
 
+    // Puts a line still open in the map's editor into the tree, before anything reads the tree
+    // as a whole (save, close, delivery). With `keepEditing` the line stays open afterwards.
+    void commitPendingEdit(bool keepEditing = false);
+
     // After a change to the tree that no document signal carries (a title set in place).
     void treeMutated();
 

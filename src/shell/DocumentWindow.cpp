@@ -77,6 +77,7 @@ void DocumentWindow::showError(const QString& message)
 
 bool DocumentWindow::save()
 {
+    m_content->commitPendingEdit(true);
     if (m_document->isUntitled())
         return saveAs();
     if (m_document->save())
@@ -89,6 +90,7 @@ bool DocumentWindow::saveAs()
 {
     if (!m_context.prompts)
         return false;
+    m_content->commitPendingEdit(true);
     QString proposed = m_document->filePath();
     if (proposed.isEmpty()) {
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
@@ -115,6 +117,7 @@ bool DocumentWindow::saveAs()
 
 bool DocumentWindow::prepareToClose()
 {
+    m_content->commitPendingEdit();
     if (!m_document->isUntitled()) {
         if (m_document->saveIfNeeded())
             return true;
@@ -150,6 +153,7 @@ void DocumentWindow::showFileSettings()
 {
     if (findChild<FileSettingsSheet*>())
         return;
+    m_content->commitPendingEdit();
     auto* sheet = new FileSettingsSheet(document(), m_document->undoManager(), this);
     sheet->onTitleChanged = [this] {
         m_content->treeMutated();

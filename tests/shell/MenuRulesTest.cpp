@@ -210,4 +210,40 @@ TEST_F(MenuRulesTest, ALineTypedOnTheMapIsSavedEvenWhenAnAutosaveFallsWhileTypin
     EXPECT_FALSE(open->isModified());
 }
 
+TEST_F(MenuRulesTest, ALineStillInTheEditorIsInTheFileAfterSaveDeliveryAndClose)
+{
+    MindMapCanvas* canvas = window->canvas();
+    NodeEditorOverlay* editor = canvas->editorOverlay();
+    auto fileText = [&] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    };
+    auto typeInto = [&](const SermonNodePtr& node, const QString& text) {
+        canvas->setFocus();
+        select(node);
+        QTest::keyClick(canvas, Qt::Key_Return, Qt::NoModifier); // a new line under the selection
+        EXPECT_TRUE(editor->isOpen());
+        QTest::keyClicks(editor->field(), text);
+    };
+
+    // Ctrl+S mid-line writes the line and leaves it open for more.
+    typeInto(line(0, 1), QStringLiteral("Saved mid-line"));
+    QTest::keySequence(window, QKeySequence::Save);
+    EXPECT_TRUE(fileText().contains(QStringLiteral("Saved mid-line"))) << fileText().toStdString();
+    EXPECT_TRUE(editor->isOpen());
+    QTest::keyClick(editor->field(), Qt::Key_Escape);
+
+    // Delivery reads the tree: the line is in it, and the page shows it.
+    typeInto(line(0, 2), QStringLiteral("Read in delivery"));
+    item(QStringLiteral("Delivery"))->trigger();
+    ASSERT_NE(window->contentView()->deliveryView(), nullptr);
+    EXPECT_EQ(line(0, 3)->text(), QStringLiteral("Read in delivery"));
+    item(QStringLiteral("Mind Map"))->trigger();
+
+    // Closing the window keeps what was typed.
+    typeInto(line(0, 3), QStringLiteral("Kept on close"));
+    window->close();
+    EXPECT_TRUE(fileText().contains(QStringLiteral("Kept on close"))) << fileText().toStdString();
+}
+
 } // namespace
