@@ -1,7 +1,6 @@
 #include "DialogPrompts.h"
 
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -45,11 +44,15 @@ SaveChoice DialogPrompts::askToSaveChanges(QWidget* parent, const QString& displ
 
 QString DialogPrompts::chooseSavePath(QWidget* parent, const QString& proposedPath)
 {
-    QString path = QFileDialog::getSaveFileName(parent, QStringLiteral("Save"), proposedPath, sermonFilter);
+    // The dialog adds ".md" itself, so that its question about replacing a file asks about the
+    // name that will really be written.
+    QFileDialog dialog(parent, QStringLiteral("Save"), proposedPath, sermonFilter);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setDefaultSuffix(QStringLiteral("md"));
+    const bool chosen = dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty();
     reactivate(parent);
-    if (!path.isEmpty() && QFileInfo(path).suffix().isEmpty())
-        path += QStringLiteral(".md");
-    return path;
+    return chosen ? dialog.selectedFiles().constFirst() : QString();
 }
 
 QString DialogPrompts::chooseFileToOpen(QWidget* parent)

@@ -94,7 +94,7 @@ bool DocumentWindow::saveAs()
     QString proposed = m_document->filePath();
     if (proposed.isEmpty()) {
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-        proposed = QDir(folder).filePath(m_document->displayName());
+        proposed = QDir(folder).filePath(m_document->displayName() + QStringLiteral(".md"));
     }
     const QString path = m_context.prompts->chooseSavePath(this, proposed);
     if (path.isEmpty())

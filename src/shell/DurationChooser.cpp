@@ -1,5 +1,7 @@
 #include "DurationChooser.h"
 
+#include "SheetLayout.h"
+
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -81,6 +83,7 @@ DurationChooser::DurationChooser(QWidget* parent)
     m_custom->setFrame(false);
     m_custom->setPlaceholderText(QStringLiteral("\u2026"));
     m_custom->installEventFilter(this);
+    SheetLayout::keepReturn(m_custom);
     connect(m_custom, &QLineEdit::returnPressed, this, [this] {
         if (onCommitCustom)
             onCommitCustom();

@@ -1,7 +1,9 @@
 #include "OccurrencesEditor.h"
 
 #include "CalendarGrid.h"
+#include "DateText.h"
 #include "SectionBlock.h"
+#include "SheetLayout.h"
 #include "Symbols.h"
 
 #include <QEvent>
@@ -26,28 +28,6 @@ QDateTime comingSunday(const QDateTime& moment)
         return moment;
     const int ahead = (7 - day.dayOfWeek()) % 7; // Qt counts Monday 1 .. Sunday 7
     return QDateTime(day.addDays(ahead), QTime(0, 0), moment.timeZone());
-}
-
-QString relativeDateText(QDate date, QDate today)
-{
-    const qint64 days = today.daysTo(date);
-    if (days == 0)
-        return QStringLiteral("today");
-    const qint64 span = std::llabs(days);
-    qint64 amount = span;
-    QString unit = QStringLiteral("day");
-    if (span >= 365) {
-        amount = span / 365;
-        unit = QStringLiteral("year");
-    } else if (span >= 30) {
-        amount = span / 30;
-        unit = QStringLiteral("month");
-    } else if (span >= 7) {
-        amount = span / 7;
-        unit = QStringLiteral("week");
-    }
-    const QString amountText = QString::number(amount) + QLatin1Char(' ') + unit + (amount == 1 ? QString() : QStringLiteral("s"));
-    return days > 0 ? QStringLiteral("in ") + amountText : amountText + QStringLiteral(" ago");
 }
 
 namespace {
@@ -240,8 +220,8 @@ QWidget* OccurrencesEditor::restingRow(const SermonOccasion& occasion)
     layout->setSpacing(24);
     auto* dates = new QVBoxLayout;
     dates->setSpacing(0);
-    auto* date = new QLabel(QLocale().toString(occasion.date, QLocale::LongFormat), row);
-    auto* distance = new QLabel(relativeDateText(occasion.date, QDate::currentDate()), row);
+    auto* date = new QLabel(DateText::longDate(occasion.date), row);
+    auto* distance = new QLabel(DateText::relative(QDateTime(occasion.date, QTime(0, 0)), QDateTime::currentDateTime()), row);
     QFont caption = distance->font();
     caption.setPointSizeF(caption.pointSizeF() * 0.85);
     distance->setFont(caption);
@@ -272,7 +252,7 @@ QWidget* OccurrencesEditor::editingRow()
     layout->setSpacing(12);
     auto* dateButton = new QToolButton(row);
     dateButton->setObjectName(QStringLiteral("occasionDate"));
-    dateButton->setText(QLocale().toString(m_editDate, QLocale::LongFormat));
+    dateButton->setText(DateText::longDate(m_editDate));
     dateButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     dateButton->setLayoutDirection(Qt::RightToLeft);
     dateButton->setIcon(Symbols::icon(QStringLiteral("chevron.down"), palette().color(QPalette::WindowText), 10));
@@ -282,6 +262,7 @@ QWidget* OccurrencesEditor::editingRow()
     place->setObjectName(QStringLiteral("occasionPlace"));
     place->setPlaceholderText(QStringLiteral("Place"));
     connect(place, &QLineEdit::textEdited, this, [this](const QString& text) { m_editPlace = text; });
+    SheetLayout::keepReturn(place);
     connect(place, &QLineEdit::returnPressed, this, [this] { commit(); });
     connect(place, &QLineEdit::editingFinished, this, [this, place] {
         // Losing the focus commits, unless it went to the calendar.

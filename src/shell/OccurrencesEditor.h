@@ -18,8 +18,6 @@ class SectionBlock;
 
 // The start of the Sunday on or after `moment`, in local time: a Sunday gives its own start.
 QDateTime comingSunday(const QDateTime& moment);
-// "in 3 days", "2 weeks ago", "today": how far a date is from `now`.
-QString relativeDateText(QDate date, QDate today);
 
 // The list of places and dates a sermon is preached, latest first on screen (the stored order
 // stays), with one row at a time open for editing.

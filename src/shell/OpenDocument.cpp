@@ -38,8 +38,7 @@ QString OpenDocument::displayName() const
 {
     if (!m_filePath.isEmpty())
         return QFileInfo(m_filePath).fileName();
-    const QString name = m_untitledName.isEmpty() ? safeFileName(m_document->root()->text()) : m_untitledName;
-    return name.endsWith(QLatin1String(".md")) ? name : name + QStringLiteral(".md");
+    return m_untitledName.isEmpty() ? safeFileName(m_document->root()->text()) : m_untitledName;
 }
 
 bool OpenDocument::hasUnsavedBytes() const

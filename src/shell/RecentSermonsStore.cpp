@@ -1,5 +1,7 @@
 #include "RecentSermonsStore.h"
 
+#include "DateText.h"
+
 #include "core/SermonDocument.h"
 
 #include <QFile>
@@ -41,7 +43,7 @@ std::optional<RecentSermonsStore::Entry> RecentSermonsStore::readEntry(const QSt
                      [](const SermonOccasion& a, const SermonOccasion& b) { return a.date > b.date; });
     if (!occasions.isEmpty()) {
         const SermonOccasion& latest = occasions.first();
-        const QString date = QLocale().toString(latest.date, QLocale::LongFormat);
+        const QString date = DateText::longDate(latest.date);
         entry.occasionLine = latest.place.isEmpty() ? date : latest.place + QStringLiteral(" \u00b7 ") + date;
     }
     return entry;

@@ -4,6 +4,7 @@
 #include "SectionBlock.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -35,6 +36,35 @@ Frame build(QWidget* sheet, const QString& title, const QString& confirmText)
     frame.rows = new SectionBlock({}, sheet);
     frame.column->addWidget(frame.rows);
     return frame;
+}
+
+namespace {
+
+class ReturnKeeper : public QObject {
+public:
+    explicit ReturnKeeper(QLineEdit* field) : QObject(field), m_field(field) { field->installEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched != m_field || event->type() != QEvent::KeyPress)
+            return false;
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key != Qt::Key_Return && key != Qt::Key_Enter)
+            return false;
+        emit m_field->returnPressed();
+        return true;
+    }
+
+private:
+    QLineEdit* m_field;
+};
+
+} // namespace
+
+void keepReturn(QLineEdit* field)
+{
+    new ReturnKeeper(field);
 }
 
 void addRow(SectionBlock* block, const QString& label, QWidget* control, bool first)

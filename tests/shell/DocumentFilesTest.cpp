@@ -165,6 +165,8 @@ TEST_F(DocumentFilesTest, UntitledChangesAskOnCloseAndFollowTheAnswer)
         DocumentWindow* window = manager->newDocument();
         ASSERT_NE(window, nullptr);
         EXPECT_EQ(window->document()->root()->text(), QStringLiteral("Easter: Morning?"));
+        // Named after the title until it has a file; the ".md" comes with the file.
+        EXPECT_EQ(window->openDocument()->displayName(), QStringLiteral("Easter Morning"));
         // A new sermon with no edits closes without a question.
         EXPECT_FALSE(window->openDocument()->isModified());
         renameRoot(window->openDocument(), QStringLiteral("Easter Morning"));

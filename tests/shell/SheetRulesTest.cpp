@@ -1,5 +1,6 @@
 #include "ShellTestSupport.h"
 
+#include "shell/DateText.h"
 #include "shell/DurationChooser.h"
 #include "shell/FileSettingsSheet.h"
 #include "shell/NewSermonSheet.h"
@@ -10,6 +11,7 @@
 #include "core/UndoManager.h"
 
 #include <QLineEdit>
+#include <QTest>
 #include <QPushButton>
 #include <QTimeZone>
 
@@ -49,6 +51,35 @@ TEST(ComingSunday, ASundayIsItsOwnAndOtherDaysGoForward)
     EXPECT_EQ(comingSunday(saturdayLate), QDateTime(QDate(2026, 3, 15), QTime(0, 0), zone));
     const QDateTime monday(QDate(2026, 3, 16), QTime(8, 0), zone);
     EXPECT_EQ(comingSunday(monday).date(), QDate(2026, 3, 22));
+}
+
+TEST(DateText, LongDatesCarryNoWeekdayAndFollowTheLocale)
+{
+    const QDate easter(2024, 3, 31);
+    EXPECT_EQ(DateText::longDate(easter, QLocale(QStringLiteral("en_US"))), QStringLiteral("March 31, 2024"));
+    EXPECT_EQ(DateText::longDate(easter, QLocale(QStringLiteral("de_DE"))), QStringLiteral("31. M\u00e4rz 2024"));
+    EXPECT_EQ(DateText::longDate(QDate(), QLocale(QStringLiteral("en_US"))), QString());
+}
+
+TEST(DateText, DistancesUseTheLargestWholeUnit)
+{
+    const QLocale english(QStringLiteral("en_US"));
+    const QDateTime now(QDate(2026, 3, 12), QTime(15, 30));
+    const struct {
+        QDateTime moment;
+        const char* text;
+    } cases[] = {
+        {QDateTime(QDate(2026, 3, 15), QTime(0, 0)), "in 2 days"},   // Sunday's start, 56.5 hours on
+        {QDateTime(QDate(2026, 3, 12), QTime(0, 0)), "15 hours ago"}, // today's start
+        {QDateTime(QDate(2026, 3, 29), QTime(0, 0)), "in 2 weeks"},
+        {QDateTime(QDate(2026, 4, 12), QTime(15, 30)), "in 1 month"},
+        {QDateTime(QDate(2025, 3, 12), QTime(15, 30)), "1 year ago"},
+        {QDateTime(QDate(2024, 1, 1), QTime(0, 0)), "2 years ago"},
+        {now.addSecs(90), "in 1 minute"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(DateText::relative(c.moment, now, english), QString::fromUtf8(c.text)) << c.text;
+    EXPECT_EQ(DateText::relative(now.addDays(3), now, QLocale(QStringLiteral("de_DE"))), QStringLiteral("in 3 Tagen"));
 }
 
 TEST(SafeFileName, DropsPathCharactersAndLeadingDots)
@@ -147,6 +178,29 @@ TEST_F(SheetTest, APresetIsWrittenAtOnceAndSurvivesCancel)
     EXPECT_EQ(document.metadata().duration, 50);
     undo.undo();
     EXPECT_EQ(document.metadata().duration, std::nullopt);
+}
+
+TEST_F(SheetTest, ReturnInTheDurationOrPlaceFieldCommitsThereAndLeavesTheSheetOpen)
+{
+    SermonDocument document(SermonNode::make(QStringLiteral("T"), 0));
+    UndoManager undo;
+    FileSettingsSheet sheet(&document, &undo);
+    sheet.show();
+    QLineEdit* custom = sheet.durationChooser()->customField();
+    custom->setFocus();
+    sheet.durationChooser()->setCustomDraft(QStringLiteral("42"));
+    QTest::keyClick(custom, Qt::Key_Return);
+    EXPECT_EQ(document.metadata().duration, 42);
+    EXPECT_TRUE(sheet.isVisible());
+
+    OccurrencesEditor* occurrences = sheet.occurrencesEditor();
+    occurrences->add(QDateTime(QDate(2026, 3, 14), QTime(10, 0)));
+    ASSERT_NE(occurrences->placeField(), nullptr);
+    QTest::keyClicks(occurrences->placeField(), QStringLiteral("Chapel"));
+    QTest::keyClick(occurrences->placeField(), Qt::Key_Return);
+    EXPECT_EQ(occurrences->editingID(), std::nullopt);
+    EXPECT_EQ(occurrences->occasions().value(0).place, QStringLiteral("Chapel"));
+    EXPECT_TRUE(sheet.isVisible());
 }
 
 TEST_F(SheetTest, AddingTwiceKeepsTheFirstOccasionWithAnEmptyPlace)
