@@ -260,8 +260,9 @@ bool NodeEditorOverlay::handleKey(int key, Qt::KeyboardModifiers modifiers)
         if (mods & Qt::ControlModifier)
             return call(onCommandEnter);
         if (mods & Qt::AltModifier) {
+            // With a selection the split goes at its start, whichever way it was made.
             if (onOptionEnter)
-                onOptionEnter(m_field->textCursor().position());
+                onOptionEnter(m_field->textCursor().selectionStart());
             return true;
         }
         return call(onEnter);

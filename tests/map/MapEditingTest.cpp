@@ -117,16 +117,31 @@ TEST_F(MapEditingTest, CommandReturnOnTheTitleOnlyCommits)
     EXPECT_FALSE(editor().isOpen());
 }
 
-TEST_F(MapEditingTest, OptionReturnSplitsAtTheCursor)
+TEST_F(MapEditingTest, OptionReturnSplitsAtTheCursorOrTheSelectionsStart)
 {
-    key(Qt::Key_Tab);
-    type(QStringLiteral("Bread broken"));
-    for (int i = 0; i < 7; ++i)
-        key(Qt::Key_Left);
-    key(Qt::Key_Return, Qt::AltModifier);
-    EXPECT_EQ(controller().editingText(), QStringLiteral("broken"));
-    key(Qt::Key_Escape);
-    EXPECT_EQ(texts(root()), (QStringList{"Bread", "broken"}));
+    struct Case {
+        const char* what;
+        int left;        // cursor steps back from the end
+        int selectRight; // then selected with Shift+Right
+    };
+    // "Bread broken": the split lands before "broken" in every case.
+    const Case cases[] = {{"cursor", 7, 0}, {"selection made to the right", 7, 3}, {"selection to the end", 7, 7}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        document.setRoot(SermonNode::make(QStringLiteral("Title"), 0));
+        controller().setSelectedNodeID(root()->id());
+        canvas.focusCanvas();
+        key(Qt::Key_Tab);
+        type(QStringLiteral("Bread broken"));
+        for (int i = 0; i < c.left; ++i)
+            key(Qt::Key_Left);
+        for (int i = 0; i < c.selectRight; ++i)
+            key(Qt::Key_Right, Qt::ShiftModifier);
+        key(Qt::Key_Return, Qt::AltModifier);
+        EXPECT_EQ(controller().editingText(), QStringLiteral("broken"));
+        key(Qt::Key_Escape);
+        EXPECT_EQ(texts(root()), (QStringList{"Bread", "broken"}));
+    }
 }
 
 TEST_F(MapEditingTest, EscapeKeepsTheStoredTextOfAnExistingLine)
