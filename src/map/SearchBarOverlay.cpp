@@ -54,11 +54,10 @@ QIcon symbol(Glyph glyph, const QColor& colour)
     return QIcon(pixmap);
 }
 
-QToolButton* button(QWidget* parent, Glyph glyph, const QColor& colour, const QString& name)
+QToolButton* button(QWidget* parent, const QString& name)
 {
     auto* b = new QToolButton(parent);
     b->setAutoRaise(true);
-    b->setIcon(symbol(glyph, colour));
     b->setIconSize(QSize(14, 14));
     b->setToolTip(name);
     b->setAccessibleName(name);
@@ -69,12 +68,9 @@ QToolButton* button(QWidget* parent, Glyph glyph, const QColor& colour, const QS
 } // namespace
 
 SearchBarOverlay::SearchBarOverlay(QWidget* parent)
-    : QWidget(parent), m_field(new QLineEdit(this)), m_result(new QLabel(this))
+    : QWidget(parent), m_glass(new QLabel(this)), m_field(new QLineEdit(this)), m_result(new QLabel(this))
 {
     setObjectName(QStringLiteral("searchBar"));
-    const QColor ink = palette().color(QPalette::WindowText);
-    auto* glass = new QLabel(this);
-    glass->setPixmap(symbol(Glyph::magnifyingGlass, palette().color(QPalette::PlaceholderText)).pixmap(QSize(14, 14)));
     m_field->setPlaceholderText(QStringLiteral("Search"));
     m_field->setFrame(false);
     m_field->setClearButtonEnabled(false);
@@ -82,14 +78,15 @@ SearchBarOverlay::SearchBarOverlay(QWidget* parent)
     m_field->installEventFilter(this);
     m_result->setText(resultText(0, 0));
     m_result->setForegroundRole(QPalette::PlaceholderText);
-    m_previous = button(this, Glyph::chevronUp, ink, QStringLiteral("Previous"));
-    m_next = button(this, Glyph::chevronDown, ink, QStringLiteral("Next"));
-    m_close = button(this, Glyph::xmark, ink, QStringLiteral("Close"));
+    m_previous = button(this, QStringLiteral("Previous"));
+    m_next = button(this, QStringLiteral("Next"));
+    m_close = button(this, QStringLiteral("Close"));
+    paintSymbols();
 
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(10, 6, 6, 6);
     row->setSpacing(6);
-    row->addWidget(glass);
+    row->addWidget(m_glass);
     row->addWidget(m_field, 1);
     row->addWidget(m_result);
     row->addWidget(m_previous);
@@ -167,6 +164,26 @@ bool SearchBarOverlay::eventFilter(QObject* watched, QEvent* event)
         return true;
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void SearchBarOverlay::paintSymbols()
+{
+    if (!m_close)
+        return; // still being made
+    const QColor ink = palette().color(QPalette::WindowText);
+    const QColor faint = palette().color(QPalette::PlaceholderText);
+    m_glass->setPixmap(symbol(Glyph::magnifyingGlass, faint).pixmap(QSize(14, 14)));
+    m_previous->setIcon(symbol(Glyph::chevronUp, ink));
+    m_next->setIcon(symbol(Glyph::chevronDown, ink));
+    m_close->setIcon(symbol(Glyph::xmark, ink));
+}
+
+void SearchBarOverlay::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    // The symbols are pictures in the colours of the moment: a switch of theme redraws them.
+    if (event->type() == QEvent::PaletteChange)
+        paintSymbols();
 }
 
 void SearchBarOverlay::paintEvent(QPaintEvent*)

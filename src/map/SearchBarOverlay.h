@@ -28,6 +28,7 @@ public:
 
     QLineEdit* field() const { return m_field; }
     QLabel* resultLabel() const { return m_result; }
+    QLabel* magnifyingGlass() const { return m_glass; }
     QToolButton* previousButton() const { return m_previous; }
     QToolButton* nextButton() const { return m_next; }
     QToolButton* closeButton() const { return m_close; }
@@ -39,13 +40,17 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void paintSymbols();
+
+    QLabel* m_glass;
     QLineEdit* m_field;
     QLabel* m_result;
-    QToolButton* m_previous;
-    QToolButton* m_next;
-    QToolButton* m_close;
+    QToolButton* m_previous = nullptr;
+    QToolButton* m_next = nullptr;
+    QToolButton* m_close = nullptr;
     bool m_isSettingQuery = false;
 };

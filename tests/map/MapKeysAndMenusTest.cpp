@@ -14,8 +14,11 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QTest>
+#include <QToolButton>
 
 #include <gtest/gtest.h>
+
+#include <cstdlib>
 
 namespace {
 
@@ -215,6 +218,48 @@ TEST_F(MapKeysAndMenusTest, CtrlFOpensSearchWhichUnfoldsMatchesAndFoldsThemBack)
     EXPECT_FALSE(controller().isSearching());
     EXPECT_TRUE(child(0)->isCollapsed());
     EXPECT_TRUE(canvas.hasFocus());
+}
+
+TEST_F(MapKeysAndMenusTest, SearchBarSymbolsFollowASwitchOfTheme)
+{
+    // Whether a symbol is drawn in a colour: its most opaque pixel has it, give or take smoothing.
+    auto drawnIn = [](const QImage& image, const QColor& colour) {
+        QColor best(Qt::transparent);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (const QColor c = image.pixelColor(x, y); c.alpha() > best.alpha())
+                    best = c;
+        return best.alpha() > 128 && std::abs(best.red() - colour.red()) < 24
+            && std::abs(best.green() - colour.green()) < 24 && std::abs(best.blue() - colour.blue()) < 24;
+    };
+    // The application's palette reaches its windows by posted events.
+    auto setApplicationPalette = [](const QPalette& palette) {
+        QApplication::setPalette(palette);
+        QCoreApplication::sendPostedEvents();
+    };
+    struct Restore {
+        QPalette palette = QApplication::palette();
+        ~Restore()
+        {
+            QApplication::setPalette(palette);
+            QCoreApplication::sendPostedEvents();
+        }
+    } restore;
+
+    canvas.openSearch();
+    SearchBarOverlay& bar = *canvas.searchBar();
+    for (bool dark : {false, true, false}) {
+        QPalette palette;
+        palette.setColor(QPalette::Window, dark ? QColor(30, 30, 30) : QColor(240, 240, 240));
+        palette.setColor(QPalette::WindowText, dark ? QColor(235, 235, 235) : QColor(20, 20, 20));
+        palette.setColor(QPalette::PlaceholderText, dark ? QColor(150, 150, 150) : QColor(110, 110, 110));
+        setApplicationPalette(palette);
+        for (QToolButton* button : {bar.previousButton(), bar.nextButton(), bar.closeButton()})
+            EXPECT_TRUE(drawnIn(button->icon().pixmap(QSize(14, 14)).toImage(), palette.color(QPalette::WindowText)))
+                << button->accessibleName().toStdString() << " dark " << dark;
+        EXPECT_TRUE(drawnIn(bar.magnifyingGlass()->pixmap().toImage(), palette.color(QPalette::PlaceholderText)))
+            << "dark " << dark;
+    }
 }
 
 TEST_F(MapKeysAndMenusTest, KeysOnTheMapWorkTheSelectionAndTheTree)
