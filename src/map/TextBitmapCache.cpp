@@ -90,7 +90,7 @@ std::optional<TextBitmapCache::Bitmap> TextBitmapCache::render(const TextBitmapK
         return std::nullopt;
     // However far out the user zooms, glyphs are rastered at no less than 4 pixels.
     const double s = std::max(scale, 4.0 / std::max(2 * key.fontSize, 1.0));
-    const double r = 2 * s;
+    double r = 2 * s;
 
     const QFont font = TreeLayout::mapFont(key.fontSize, QFont::Weight(std::lround(key.weight)), key.italic);
     const QFontMetricsF metrics(font);
@@ -108,9 +108,13 @@ std::optional<TextBitmapCache::Bitmap> TextBitmapCache::render(const TextBitmapK
     const double lw = std::ceil(maxW) + 4;
     const double lh = std::ceil(ascent + std::abs(metrics.descent()) + metrics.leading());
     const double hh = lh * double(lines.size());
-    const double pw = std::ceil(r * lw);
-    const double ph = std::ceil(r * hh);
-    if (pw < 1 || ph < 1 || pw > 32767 || ph > 32767)
+    // QPainter can't draw into an image wider or taller than this. A long line at a high zoom is
+    // rastered more coarsely instead, still drawn into its natural size, so it never goes blank.
+    constexpr double maxSide = 32767;
+    r = std::min({r, maxSide / lw, maxSide / hh});
+    const double pw = std::min(std::ceil(r * lw), maxSide);
+    const double ph = std::min(std::ceil(r * hh), maxSide);
+    if (pw < 1 || ph < 1)
         return std::nullopt;
 
     QImage image(int(pw), int(ph), QImage::Format_ARGB32_Premultiplied);

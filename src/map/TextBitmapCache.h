@@ -48,8 +48,9 @@ public:
     // Empties the cache, keeping the clock; the next lookup starts afresh at its scale.
     void clear();
 
-    // Renders at twice the zoom, never below the equivalent of 4 pixels of glyph; nothing for an
-    // empty text or a failed raster.
+    // Renders at twice the zoom, never below the equivalent of 4 pixels of glyph, and more coarsely
+    // where the image would outgrow what a painter can draw into; nothing for an empty text or a
+    // failed raster.
     static std::optional<Bitmap> render(const TextBitmapKey& key, double scale, bool isDark);
 
     size_t count() const { return m_entries.size(); }

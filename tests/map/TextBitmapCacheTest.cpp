@@ -149,6 +149,50 @@ TEST(TextBitmapCache, RendersAtTwiceTheZoomWithAFloor)
     EXPECT_FALSE(TextBitmapCache::render(key(QString()), 1.0, false));
 }
 
+TEST(TextBitmapCache, TextTooLargeForOneImageIsRasteredCoarserButStillDrawn)
+{
+    ensureApplication();
+    struct Row {
+        const char* what;
+        QString text;
+    };
+    QStringList manyLines;
+    for (int i = 0; i < 400; ++i)
+        manyLines << QStringLiteral("Amen");
+    const Row rows[] = {
+        {"one long line", QStringLiteral("Grace upon grace, and mercy new each morning. ").repeated(20)},
+        {"many lines", manyLines.join(QChar(0x2028))},
+    };
+    constexpr int maxSide = 32767;
+    for (const Row& row : rows) {
+        const TextBitmapKey k{row.text, 13, double(QFont::Normal), false};
+        const QFontMetricsF fm(TreeLayout::mapFont(13, QFont::Normal));
+        const auto bitmap = TextBitmapCache::render(k, 3.0, false);
+        ASSERT_TRUE(bitmap) << row.what;
+        const QImage& image = bitmap->image;
+        // At twice the zoom of 3 it would not fit; it keeps its place on the canvas all the same.
+        EXPECT_GT(6 * std::max(bitmap->naturalSize.width(), bitmap->naturalSize.height()), maxSide) << row.what;
+        EXPECT_LE(image.width(), maxSide) << row.what;
+        EXPECT_LE(image.height(), maxSide) << row.what;
+        EXPECT_DOUBLE_EQ(bitmap->naturalSize.height(),
+                         std::ceil(fm.ascent() + fm.descent() + fm.leading()) * (row.text.count(QChar(0x2028)) + 1))
+            << row.what;
+
+        // Ink near both ends of the long side: the text is drawn all the way, not cut off.
+        const bool wide = image.width() >= image.height();
+        const int length = wide ? image.width() : image.height();
+        auto inkBetween = [&](int from, int to) {
+            for (int a = from; a < to; ++a)
+                for (int b = 0; b < (wide ? image.height() : image.width()); ++b)
+                    if (qAlpha(wide ? image.pixel(a, b) : image.pixel(b, a)) > 0)
+                        return true;
+            return false;
+        };
+        EXPECT_TRUE(inkBetween(0, length / 10)) << row.what;
+        EXPECT_TRUE(inkBetween(length - length / 10, length)) << row.what;
+    }
+}
+
 TEST(TextBitmapCache, RendersInkOfTheTheme)
 {
     ensureApplication();
