@@ -74,10 +74,10 @@ struct Pass {
         painter.setWorldTransform(world);
     }
 
-    void drawLabel(const QString& text, double size, QFont::Weight weight, double opacity,
+    void drawLabel(const QString& text, double size, QFont::Weight weight, bool monospaced, double opacity,
                    const std::function<QPointF(QSizeF)>& place)
     {
-        const auto b = bitmap(TextBitmapKey{text, size, double(weight), false});
+        const auto b = bitmap(TextBitmapKey{text, size, double(weight), false, monospaced});
         if (!b)
             return;
         const double before = painter.opacity();
@@ -231,19 +231,20 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
             painter.setPen(strokePen(MapPalette::withOpacity(palette.ink, 0.3), 1.0));
             painter.setBrush(palette.disclosureFace);
             painter.drawEllipse(centre, 7, 7);
-            pass.drawLabel(collapsed ? QStringLiteral("+") : QString(QChar(0x2212)), 11, QFont::Medium, 0.5,
+            // Monospaced, so that "+" and "−" stand the same width in the circle.
+            pass.drawLabel(collapsed ? QStringLiteral("+") : QString(QChar(0x2212)), 11, QFont::Medium, true, 0.5,
                            [&](QSizeF s) { return centre - QPointF(s.width() * 0.5, s.height() * 0.5); });
         }
         if (!badge.isEmpty()) {
             if (collapsed) {
                 // Leading edge beside the button, vertically centred.
                 const QPointF anchor(f.right() + 7 + 4, f.center().y());
-                pass.drawLabel(badge, 9, QFont::Normal, 0.3,
+                pass.drawLabel(badge, 9, QFont::Normal, false, 0.3,
                                [&](QSizeF s) { return anchor - QPointF(2, s.height() * 0.5); });
             } else {
                 // Top trailing corner under the frame's right end.
                 const QPointF anchor(f.right() - 4, f.bottom() + 2);
-                pass.drawLabel(badge, 9, QFont::Normal, 0.3,
+                pass.drawLabel(badge, 9, QFont::Normal, false, 0.3,
                                [&](QSizeF s) { return anchor - QPointF(s.width() - 2, 0); });
             }
         }

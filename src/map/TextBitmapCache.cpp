@@ -16,7 +16,7 @@ size_t TextBitmapKeyHash::operator()(const TextBitmapKey& key) const noexcept
 {
     // +0.0 and -0.0 compare equal, so they must hash alike.
     auto normal = [](double d) { return d == 0 ? 0.0 : d; };
-    return qHashMulti(0, key.text, normal(key.fontSize), normal(key.weight), key.italic);
+    return qHashMulti(0, key.text, normal(key.fontSize), normal(key.weight), key.italic, key.monospaced);
 }
 
 const TextBitmapCache::Entry* TextBitmapCache::lookup(const TextBitmapKey& key, double scale, bool isDark)
@@ -92,7 +92,9 @@ std::optional<TextBitmapCache::Bitmap> TextBitmapCache::render(const TextBitmapK
     const double s = std::max(scale, 4.0 / std::max(2 * key.fontSize, 1.0));
     double r = 2 * s;
 
-    const QFont font = TreeLayout::mapFont(key.fontSize, QFont::Weight(std::lround(key.weight)), key.italic);
+    const auto weight = QFont::Weight(std::lround(key.weight));
+    const QFont font = key.monospaced ? TreeLayout::mapMonospacedFont(key.fontSize, weight)
+                                      : TreeLayout::mapFont(key.fontSize, weight, key.italic);
     const QFontMetricsF metrics(font);
 
     QString text = key.text;

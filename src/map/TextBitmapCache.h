@@ -15,6 +15,7 @@ struct TextBitmapKey {
     double fontSize = 13;
     double weight = 400; // QFont::Weight value
     bool italic = false;
+    bool monospaced = false; // the fixed-pitch face of labels, never a node's text
 
     bool operator==(const TextBitmapKey& other) const = default;
 };

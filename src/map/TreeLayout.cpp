@@ -83,6 +83,22 @@ QFont mapFont(double size, QFont::Weight weight, bool italic)
     return font;
 }
 
+QFont mapMonospacedFont(double size, QFont::Weight weight)
+{
+    static const QFont base = [] {
+        QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+        // Where the desktop names no fixed face, ask fontconfig for any monospace one.
+        font.setStyleHint(QFont::Monospace);
+        font.setFixedPitch(true);
+        return font;
+    }();
+    QFont font = base;
+    font.setPixelSize(std::max(1, int(std::lround(size))));
+    font.setWeight(weight);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    return font;
+}
+
 QFont nodeFont(int depth)
 {
     return mapFont(nodeFontSize(depth), nodeFontWeight(depth));

@@ -31,6 +31,8 @@ QFont::Weight nodeFontWeight(int depth);
 // The system sans-serif at the size and weight of a depth, sized in canvas points.
 QFont nodeFont(int depth);
 QFont mapFont(double size, QFont::Weight weight, bool italic = false);
+// The system's fixed-pitch face, sized the same way: the fold button's sign.
+QFont mapMonospacedFont(double size, QFont::Weight weight);
 
 // ceil(ascent + descent + leading).
 double lineHeight(const QFontMetricsF& metrics);

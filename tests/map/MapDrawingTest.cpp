@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -102,6 +103,30 @@ TEST(MapDrawing, OtherParentsLeadALineToEachChild)
     EXPECT_TRUE(mixed.anyInk((startX + childX) * 0.5 + 8, childX + 3, mixed.at(leaf).maxY() - 2));
     EXPECT_TRUE(mixed.anyInk((startX + childX) * 0.5 + 8, childX - 1, mixed.at(branch).midY()));
     EXPECT_EQ(mixed.stats.connections, 2);
+}
+
+TEST(MapDrawing, FoldButtonSignIsMonospacedElevenMedium)
+{
+    struct Case {
+        bool collapsed;
+        QString sign;
+    };
+    for (const Case& c : {Case{true, QStringLiteral("+")}, Case{false, QString(QChar(0x2212))}}) {
+        auto root = SermonNode::make(QStringLiteral("Main idea"), 0);
+        root->addChild(QStringLiteral("Presence"));
+        root->setCollapsed(c.collapsed);
+        Picture p(root);
+        p.draw();
+        EXPECT_TRUE(p.cache.contains({c.sign, 11, double(QFont::Medium), false, true})) << c.collapsed;
+        EXPECT_FALSE(p.cache.contains({c.sign, 11, double(QFont::Medium), false, false})) << c.collapsed;
+        // The sign stands out darker than the button's light face, inside its ring.
+        const NodeLayout& l = p.at(root);
+        int darkest = 255;
+        for (int dy = -3; dy <= 3; ++dy)
+            for (int dx = -3; dx <= 3; ++dx)
+                darkest = std::min(darkest, p.image.pixelColor(int(l.maxX()) + dx, int(l.midY()) + dy).red());
+        EXPECT_LT(darkest, 200) << c.collapsed;
+    }
 }
 
 TEST(MapDrawing, NodeUnderEditIsLeftOutButItsConnectionStays)

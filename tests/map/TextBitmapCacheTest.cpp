@@ -71,8 +71,11 @@ TEST(TextBitmapCache, KeysDifferByEveryField)
     EXPECT_EQ(cache.lookup(key(QStringLiteral("Grace"), true), 1.0, false), nullptr);
     EXPECT_EQ(cache.lookup({QStringLiteral("Grace"), 14, double(QFont::Normal), false}, 1.0, false), nullptr);
     EXPECT_EQ(cache.lookup({QStringLiteral("Grace"), 13, double(QFont::Medium), false}, 1.0, false), nullptr);
+    // A label in the fixed-pitch face never stands in for node text of the same size.
+    EXPECT_EQ(cache.lookup({QStringLiteral("Grace"), 13, double(QFont::Normal), false, true}, 1.0, false), nullptr);
     cache.store(key(QStringLiteral("Grace"), true), image(10, 4), {5, 2});
-    EXPECT_EQ(cache.count(), 2u);
+    cache.store({QStringLiteral("Grace"), 13, double(QFont::Normal), false, true}, image(10, 4), {5, 2});
+    EXPECT_EQ(cache.count(), 3u);
 
     const TextBitmapKey plus{QStringLiteral("a"), 0.0, 0.0, false};
     const TextBitmapKey minus{QStringLiteral("a"), -0.0, -0.0, false};
@@ -191,6 +194,19 @@ TEST(TextBitmapCache, TextTooLargeForOneImageIsRasteredCoarserButStillDrawn)
         EXPECT_TRUE(inkBetween(0, length / 10)) << row.what;
         EXPECT_TRUE(inkBetween(length - length / 10, length)) << row.what;
     }
+}
+
+TEST(TextBitmapCache, MonospacedKeysRenderInAFixedPitchFace)
+{
+    ensureApplication();
+    auto width = [](const char* text, bool monospaced) {
+        const TextBitmapKey k{QString::fromLatin1(text), 11, double(QFont::Medium), false, monospaced};
+        const auto bitmap = TextBitmapCache::render(k, 1.0, false);
+        return bitmap ? bitmap->naturalSize.width() : -1.0;
+    };
+    EXPECT_GT(width("mmmm", false), width("iiii", false));
+    EXPECT_GT(width("iiii", true), 0);
+    EXPECT_EQ(width("mmmm", true), width("iiii", true));
 }
 
 TEST(TextBitmapCache, RendersInkOfTheTheme)
