@@ -234,11 +234,12 @@ void MapPointerInteraction::tap(QPointF p, Qt::KeyboardModifiers modifiers)
 void MapPointerInteraction::begin(QPointF start, Qt::KeyboardModifiers modifiers)
 {
     DocumentController& c = *m_canvas.controller();
-    // Any gesture on the canvas ends an open edit first, keeping what was typed.
-    m_canvas.commitEditing();
     if (modifiers & Qt::ShiftModifier) {
         m_gesture = Gesture::lasso;
         m_lassoOrigin = start;
+        // A lasso makes a new selection, so the open edit ends first, keeping what was typed.
+        // A pan or a node drag leaves it open: the editor moves along with the map.
+        m_canvas.commitEditing();
         m_canvas.setCursor(Qt::CrossCursor);
         return;
     }

@@ -504,6 +504,10 @@ void MindMapCanvas::keyPressEvent(QKeyEvent* event)
 
 void MindMapCanvas::mousePressEvent(QMouseEvent* event)
 {
+    // The press has just taken the keyboard from an open editor. A pan or a drag leaves the edit
+    // running, so typing goes on there; a click that commits moves the focus itself.
+    if (m_editor->isOpen() && hasFocus())
+        m_editor->field()->setFocus(Qt::MouseFocusReason);
     if (event->button() == Qt::LeftButton) {
         m_pointer.press(event->position());
         event->accept();

@@ -10,8 +10,12 @@
 #include "editing/DocumentController.h"
 
 #include <QMouseEvent>
+#include <QPlainTextEdit>
+#include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 namespace {
 
@@ -137,6 +141,64 @@ TEST_F(MapPointerTest, AClickElsewhereCommitsTheOpenEdit)
     EXPECT_FALSE(controller().editingNodeID());
     EXPECT_TRUE(node("One, edited"));
     EXPECT_EQ(controller().selectedNodeID(), id("Story"));
+}
+
+TEST_F(MapPointerTest, OnlyALassoEndsAnOpenEditWhenItStarts)
+{
+    using Gesture = MapPointerInteraction::Gesture;
+    struct Case {
+        const char* what;
+        std::function<QPointF()> from;
+        Qt::KeyboardModifiers mods;
+        Gesture gesture;
+        bool keepsEditing;
+    };
+    auto emptySpace = [&] { return toView(QPointF(layout("Title").origin.x(), layout("Title").maxY() + 150)); };
+    const Case cases[] = {
+        {"pan from empty space", emptySpace, Qt::NoModifier, Gesture::panning, true},
+        {"pan from the title", [&] { return centre("Title"); }, Qt::NoModifier, Gesture::panning, true},
+        {"node drag", [&] { return centre("Story"); }, Qt::NoModifier, Gesture::nodeDrag, true},
+        {"lasso", [&] { return centre("Story"); }, Qt::ShiftModifier, Gesture::lasso, false},
+    };
+    QApplication::setActiveWindow(&canvas);
+    NodeEditorOverlay& editor = *canvas.editorOverlay();
+    const NodeID two = id("Two");
+    for (const Case& c : cases) {
+        controller().commit(false);
+        controller().startSession(two, false);
+        controller().setEditingText(QStringLiteral("Two, edited"));
+        ASSERT_TRUE(editor.field()->hasFocus()) << c.what;
+
+        const QPointF from = c.from();
+        const QPointF by(40, 30);
+        const QPoint editorAt = editor.pos();
+        const QPointF pan = canvas.viewport().panOffset();
+        // As from the window system, so that the press moves the keyboard as a real one does.
+        QTest::mousePress(&canvas, Qt::LeftButton, c.mods, from.toPoint());
+        send(QEvent::MouseMove, from + by / 2, Qt::NoButton, Qt::LeftButton, c.mods);
+        send(QEvent::MouseMove, from + by, Qt::NoButton, Qt::LeftButton, c.mods);
+        ASSERT_EQ(canvas.pointer().gesture(), c.gesture) << c.what;
+        EXPECT_EQ(controller().editingNodeID().has_value(), c.keepsEditing) << c.what;
+        EXPECT_EQ(editor.isOpen(), c.keepsEditing) << c.what;
+        if (c.keepsEditing) {
+            // Typing goes on where it was, and the editor travels with the map.
+            EXPECT_TRUE(editor.field()->hasFocus()) << c.what;
+            EXPECT_EQ(editor.pos() - editorAt, (canvas.viewport().panOffset() - pan).toPoint()) << c.what;
+        } else {
+            EXPECT_TRUE(node("Two, edited")) << c.what;
+        }
+        QTest::mouseRelease(&canvas, Qt::LeftButton, c.mods, (from + by).toPoint());
+        EXPECT_EQ(controller().editingNodeID().has_value(), c.keepsEditing) << c.what;
+        if (c.keepsEditing)
+            EXPECT_EQ(controller().editingText(), QStringLiteral("Two, edited")) << c.what;
+    }
+    // A plain click still ends the edit, keeping the text.
+    controller().startSession(id("Three"), false);
+    controller().setEditingText(QStringLiteral("Three, edited"));
+    click(centre("One"));
+    EXPECT_FALSE(controller().editingNodeID());
+    EXPECT_TRUE(node("Three, edited"));
+    EXPECT_TRUE(canvas.hasFocus());
 }
 
 TEST_F(MapPointerTest, ShiftAndCtrlClicksBuildAMultipleSelection)
