@@ -358,6 +358,13 @@ void MapPointerInteraction::drop(const DropTarget& target)
     }
 }
 
+void MapPointerInteraction::cancel()
+{
+    resetDrag();
+    m_lastTapTime.reset();
+    m_lastTapNodeID.reset();
+}
+
 void MapPointerInteraction::resetDrag()
 {
     if (m_gesture != Gesture::none)

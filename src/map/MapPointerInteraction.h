@@ -49,6 +49,8 @@ public:
 
     // One click that didn't become a drag, at a canvas point.
     void tap(QPointF canvasPoint, Qt::KeyboardModifiers modifiers);
+    // Forgets a running gesture, without dropping anything, and the last tap.
+    void cancel();
 
     Gesture gesture() const { return m_gesture; }
     std::optional<NodeID> dragNodeID() const { return m_dragNodeID; }

@@ -419,17 +419,41 @@ void MindMapCanvas::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
     m_viewport.setViewportSize(QSizeF(size()));
-    if (!m_hasAppeared) {
-        m_hasAppeared = true;
-        recomputeLayout();
-        // The title is selected at once, so that typing can start without a click.
-        if (!m_controller->selectedNodeID())
-            m_controller->setSelectedNodeID(m_document->root()->id());
-        if (QWidget* w = window(); w && !w->focusWidget())
-            focusCanvas();
-        if (onZoomFunctionsReady)
-            onZoomFunctionsReady(zoomFunctions());
-    }
+    if (!m_hasAppeared)
+        appear();
+}
+
+void MindMapCanvas::appear()
+{
+    m_hasAppeared = true;
+    recomputeLayout();
+    // The title is selected at once, so that typing can start without a click.
+    if (!m_controller->selectedNodeID())
+        m_controller->setSelectedNodeID(m_document->root()->id());
+    if (QWidget* w = window(); w && !w->focusWidget())
+        focusCanvas();
+    if (onZoomFunctionsReady)
+        onZoomFunctionsReady(zoomFunctions());
+}
+
+void MindMapCanvas::reappear()
+{
+    // All that lives with a map view goes; the document and the zoom stay.
+    if (m_controller->editingNodeID())
+        m_controller->commit(true);
+    if (m_controller->isSearching())
+        m_controller->endSearch();
+    m_pointer.cancel();
+    m_viewport.stopAnimation();
+    m_viewport.setPanOffset(QPointF());
+    m_controller->setSelectedNodeIDs({});
+    m_controller->setSelectionAnchorID(std::nullopt);
+    m_controller->setExtendingSelection(false);
+    m_controller->setSelectedNodeID(std::nullopt);
+    m_controller->setNavigationDepth(0);
+    clearTextBitmaps();
+    m_viewport.setViewportSize(QSizeF(size()));
+    appear();
 }
 
 void MindMapCanvas::wheelEvent(QWheelEvent* event)

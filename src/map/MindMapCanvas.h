@@ -71,6 +71,12 @@ public:
     NodeActions nodeActions();
     bool performCommand(NodeCommand command, const QString& marker = {});
 
+    // For the window, when the map is shown again after another mode: it begins as a map made
+    // afresh would. An open edit is committed keeping its text, search ends, the selection goes
+    // back to the title and the pan to (0, 0); the zoom stays, since the window owns it. Then the
+    // steps of the first appearance run again, zoom commands included.
+    void reappear();
+
     // Opens the find bar and gives it the keyboard ("Find...", Ctrl+F).
     void openSearch();
     void focusCanvas();
@@ -108,6 +114,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
+    void appear();
     void connectController();
     void refreshDrawState();
     void syncEditor();

@@ -1,8 +1,11 @@
 #include "map/MapTestSupport.h"
 
 #include "map/MindMapCanvas.h"
+#include "map/NodeEditorOverlay.h"
+#include "map/SearchBarOverlay.h"
 
 #include "core/SermonDocument.h"
+#include "editing/DocumentController.h"
 
 #include <QWheelEvent>
 
@@ -85,6 +88,66 @@ TEST_F(MindMapCanvasTest, PaintsInTheThemeOfItsPalette)
         const QColor edge = image.pixelColor(edgePoint.toPoint());
         EXPECT_EQ(edge.lightnessF() > palette.color(QPalette::Window).lightnessF(), dark);
     }
+}
+
+TEST_F(MindMapCanvasTest, ReappearingBeginsAsAFreshMapButKeepsTheZoom)
+{
+    int delivered = 0;
+    canvas.onZoomFunctionsReady = [&](const ZoomFunctions&) { ++delivered; };
+    canvas.show();
+    ASSERT_EQ(delivered, 1);
+    DocumentController& c = *canvas.controller();
+    const SermonNodePtr opening = document.root()->children().at(0);
+    const SermonNodePtr point = document.root()->children().at(5);
+    opening->setCollapsed(true);
+    canvas.onTreeMutated();
+
+    // Zoomed, panned, a multiple selection, a search that opened a folded branch, an open edit,
+    // and a pan still gliding.
+    canvas.viewport().setScale(1.5);
+    wheel(canvas, {400, 300}, {0, -240});
+    c.setExtendingSelection(true);
+    c.setSelectedNodeIDs({point->id(), document.root()->children().at(6)->id()});
+    c.setExtendingSelection(true);
+    c.setSelectedNodeID(point->id());
+    c.setSelectionAnchorID(point->id());
+    canvas.openSearch();
+    c.setSearchQuery(QStringLiteral("forgotten"));
+    ASSERT_FALSE(opening->isCollapsed());
+    c.startSession(point->id(), false);
+    c.setEditingText(QStringLiteral("Point five, rewritten"));
+    double now = 0;
+    canvas.viewport().setClock([&] { return now; });
+    canvas.viewport().animatePan(QPointF(-300, -400), 0.25);
+
+    canvas.reappear();
+    EXPECT_EQ(canvas.viewport().panOffset(), QPointF(0, 0));
+
+    EXPECT_FALSE(c.editingNodeID());
+    EXPECT_FALSE(canvas.editorOverlay()->isOpen());
+    EXPECT_EQ(point->text(), QStringLiteral("Point five, rewritten"));
+    EXPECT_FALSE(c.isSearching());
+    EXPECT_FALSE(canvas.searchBar()->isVisible());
+    EXPECT_TRUE(opening->isCollapsed());
+    EXPECT_EQ(c.selectedNodeID(), document.root()->id());
+    EXPECT_TRUE(c.selectedNodeIDs().isEmpty());
+    EXPECT_FALSE(c.selectionAnchorID());
+    EXPECT_DOUBLE_EQ(canvas.viewport().scale(), 1.5);
+    EXPECT_EQ(delivered, 2);
+    EXPECT_FALSE(canvas.layoutState().layout(opening->children().at(0)->id())); // folded again
+
+    // From there it moves as a map shown for the first time at that zoom does.
+    MindMapCanvas fresh{&document};
+    fresh.resize(canvas.size());
+    fresh.viewport().setScale(1.5);
+    fresh.viewport().setClock([&] { return now; });
+    fresh.show();
+    now += 1;
+    for (MindMapCanvas* map : {&canvas, &fresh})
+        if (map->viewport().isAnimating())
+            map->viewport().tick();
+    EXPECT_EQ(canvas.viewport().panOffset(), fresh.viewport().panOffset());
+    EXPECT_EQ(c.selectedNodeID(), fresh.controller()->selectedNodeID());
 }
 
 TEST_F(MindMapCanvasTest, ReadingPaceComesFromItsSource)
