@@ -100,6 +100,15 @@ void SermonDocument::captureUndo(std::optional<NodeID> selection, UndoManager* m
     fileStep(manager, &SermonDocument::undo);
 }
 
+void SermonDocument::replaceContents(SermonContents contents, UndoManager* manager)
+{
+    if (!contents.root)
+        return;
+    captureUndo(m_currentSelectedNodeID, manager);
+    const NodeID rootID = contents.root->id();
+    restore({std::move(contents.root), std::move(contents.metadata), rootID});
+}
+
 void SermonDocument::undo(UndoManager* manager)
 {
     if (m_undoStack.empty())

@@ -54,6 +54,9 @@ public:
 
     // Called immediately before a change; the one way to record a step.
     void captureUndo(std::optional<NodeID> selection, UndoManager* manager = nullptr);
+    // Puts other contents in place of these (the file read again) as one step that undo takes
+    // back, with the root selected afterwards.
+    void replaceContents(SermonContents contents, UndoManager* manager = nullptr);
     void undo(UndoManager* manager = nullptr);
     void redo(UndoManager* manager = nullptr);
 

@@ -71,3 +71,20 @@ void DialogPrompts::showError(QWidget* parent, const QString& message)
     box.exec();
     reactivate(parent);
 }
+
+DiskChoice DialogPrompts::askAboutChangedFile(QWidget* parent, const QString& displayName)
+{
+    QMessageBox box(parent);
+    box.setIcon(QMessageBox::Warning);
+    box.setWindowTitle(QStringLiteral("Orantium"));
+    box.setText(QStringLiteral("The file \u201c%1\u201d has been changed by another application.").arg(displayName));
+    box.setInformativeText(QStringLiteral("Keep your version to write it over the other one, or reload the file. "
+                                          "Reloading can be undone."));
+    QPushButton* keep = box.addButton(QStringLiteral("Keep My Version"), QMessageBox::AcceptRole);
+    QPushButton* reload = box.addButton(QStringLiteral("Reload"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(keep);
+    box.setEscapeButton(keep);
+    box.exec();
+    reactivate(parent);
+    return box.clickedButton() == reload ? DiskChoice::reload : DiskChoice::keepMine;
+}

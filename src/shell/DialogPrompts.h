@@ -9,4 +9,5 @@ public:
     QString chooseSavePath(QWidget* parent, const QString& proposedPath) override;
     QString chooseFileToOpen(QWidget* parent) override;
     void showError(QWidget* parent, const QString& message) override;
+    DiskChoice askAboutChangedFile(QWidget* parent, const QString& displayName) override;
 };

@@ -10,6 +10,7 @@
 #include "UserPrompts.h"
 
 #include "core/SermonDocument.h"
+#include "editing/DocumentController.h"
 #include "map/MindMapCanvas.h"
 
 #include <QCloseEvent>
@@ -45,11 +46,20 @@ DocumentWindow::DocumentWindow(std::unique_ptr<OpenDocument> document, AppContex
 
     connect(m_document.get(), &OpenDocument::modifiedChanged, this, &DocumentWindow::updateTitle);
     connect(m_document.get(), &OpenDocument::filePathChanged, this, &DocumentWindow::updateTitle);
+    // Queued: the question waits until the autosave or watcher that noticed has returned.
+    connect(m_document.get(), &OpenDocument::fileChangedOnDisk, this, &DocumentWindow::onFileChangedOnDisk,
+            Qt::QueuedConnection);
     updateTitle();
     resize(1200, 800);
 }
 
-DocumentWindow::~DocumentWindow() = default;
+DocumentWindow::~DocumentWindow()
+{
+    // The views and any open sheet point into the document: they go before it does.
+    delete m_toolbar;
+    delete m_content;
+    qDeleteAll(findChildren<FileSettingsSheet*>());
+}
 
 SermonDocument* DocumentWindow::document() const
 {
@@ -80,6 +90,8 @@ bool DocumentWindow::save()
     m_content->commitPendingEdit(true);
     if (m_document->isUntitled())
         return saveAs();
+    if (m_document->changedOnDisk())
+        return resolveDiskChange();
     if (m_document->save())
         return true;
     showError(m_document->lastError());
@@ -119,6 +131,8 @@ bool DocumentWindow::prepareToClose()
 {
     m_content->commitPendingEdit();
     if (!m_document->isUntitled()) {
+        if (m_document->hasUnsavedBytes() && m_document->changedOnDisk())
+            return resolveDiskChange();
         if (m_document->saveIfNeeded())
             return true;
         // The file can't be written (deleted folder, read-only, full disk): say so, then ask.
@@ -137,6 +151,40 @@ bool DocumentWindow::prepareToClose()
         break;
     }
     return false;
+}
+
+void DocumentWindow::onFileChangedOnDisk()
+{
+    if (m_isAskingAboutDisk || !m_document->changedOnDisk())
+        return;
+    // Nothing of ours is waiting to be written: the other program's version simply shows.
+    const bool isEditing = canvas()->controller()->editingNodeID().has_value();
+    if (!m_document->isModified() && !isEditing) {
+        if (!m_document->reloadFromDisk())
+            showError(m_document->lastError());
+        return;
+    }
+    resolveDiskChange();
+}
+
+bool DocumentWindow::resolveDiskChange()
+{
+    if (!m_context.prompts)
+        return false;
+    m_isAskingAboutDisk = true;
+    const DiskChoice choice = m_context.prompts->askAboutChangedFile(this, m_document->displayName());
+    m_isAskingAboutDisk = false;
+    bool done = false;
+    if (choice == DiskChoice::reload) {
+        // The line being typed goes into the version that undo brings back.
+        m_content->commitPendingEdit();
+        done = m_document->reloadFromDisk();
+    } else {
+        done = m_document->overwrite();
+    }
+    if (!done)
+        showError(m_document->lastError());
+    return done;
 }
 
 void DocumentWindow::closeEvent(QCloseEvent* event)

@@ -44,6 +44,10 @@ protected:
 private:
     void updateTitle();
     void showError(const QString& message);
+    void onFileChangedOnDisk();
+    // Asks whose version of a file changed by another program stays, and makes it so; false
+    // when that failed (and was shown).
+    bool resolveDiskChange();
 
     std::unique_ptr<OpenDocument> m_document;
     AppContext m_context;
@@ -51,4 +55,5 @@ private:
     DocumentToolbar* m_toolbar;
     AppMenus* m_menus;
     bool m_isClosing = false;
+    bool m_isAskingAboutDisk = false;
 };

@@ -6,18 +6,43 @@
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 
+#include <QFile>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QTimer>
+
+#include <optional>
+
+namespace {
+
+// The bytes of a file, or nothing if it can't be read.
+std::optional<QByteArray> readBytes(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
+} // namespace
 
 OpenDocument::OpenDocument(std::unique_ptr<SermonDocument> document, const QString& filePath,
                            const QString& displayName, QObject* parent)
     : QObject(parent), m_document(std::move(document)), m_undoManager(std::make_unique<UndoManager>()),
       m_filePath(filePath.isEmpty() ? QString() : QFileInfo(filePath).absoluteFilePath()),
-      m_untitledName(displayName), m_autosaveTimer(new QTimer(this))
+      m_untitledName(displayName), m_autosaveTimer(new QTimer(this)), m_watcher(new QFileSystemWatcher(this)),
+      m_diskSettle(new QTimer(this))
 {
     m_undoManager->setLevelsOfUndo(SermonDocument::undoLimit);
-    if (!m_filePath.isEmpty())
+    // Another program's save comes in several notices, and may be half written at the first.
+    m_diskSettle->setSingleShot(true);
+    m_diskSettle->setInterval(300);
+    connect(m_watcher, &QFileSystemWatcher::fileChanged, m_diskSettle, qOverload<>(&QTimer::start));
+    connect(m_diskSettle, &QTimer::timeout, this, &OpenDocument::diskNoticed);
+    if (!m_filePath.isEmpty()) {
         m_savedBytes = m_document->fileContents();
+        rememberDisk(readBytes(m_filePath).value_or(QByteArray()));
+    }
     m_autosaveTimer->setSingleShot(true);
     m_autosaveTimer->setInterval(defaultAutosaveDelayMs);
     connect(m_autosaveTimer, &QTimer::timeout, this, &OpenDocument::autosave);
@@ -68,7 +93,12 @@ void OpenDocument::changed()
     if (m_isMarkingClean)
         return;
     updateModified();
-    if (!m_filePath.isEmpty())
+    if (m_filePath.isEmpty())
+        return;
+    // Each change puts the save off a little, but steady work doesn't put it off for ever.
+    if (!m_autosaveTimer->isActive())
+        m_pendingSince.start();
+    if (!m_autosaveTimer->isActive() || m_pendingSince.elapsed() < 4 * m_autosaveTimer->interval())
         m_autosaveTimer->start();
 }
 
@@ -95,6 +125,10 @@ void OpenDocument::autosave()
 {
     if (m_filePath.isEmpty())
         return;
+    if (hasUnsavedBytes() && changedOnDisk()) {
+        emit fileChangedOnDisk();
+        return;
+    }
     if (saveIfNeeded()) {
         m_autosaveFailureReported = false;
         return;
@@ -128,18 +162,92 @@ bool OpenDocument::save()
 bool OpenDocument::saveAs(const QString& path)
 {
     const QString absolute = QFileInfo(path).absoluteFilePath();
-    if (!writeTo(absolute))
+    // Save As names its place itself, and has asked before replacing what is there.
+    if (!writeTo(absolute, true))
         return false;
     if (absolute != m_filePath) {
+        if (!m_filePath.isEmpty())
+            m_watcher->removePath(m_filePath);
         m_filePath = absolute;
+        rememberDisk(m_savedBytes);
         emit filePathChanged(m_filePath);
     }
     return true;
 }
 
-bool OpenDocument::writeTo(const QString& path)
+bool OpenDocument::overwrite()
+{
+    return !m_filePath.isEmpty() && writeTo(m_filePath, true);
+}
+
+bool OpenDocument::changedOnDisk()
+{
+    if (m_filePath.isEmpty())
+        return false;
+    const QFileInfo info(m_filePath);
+    // A file that went away is simply written again.
+    if (!info.exists())
+        return false;
+    if (info.lastModified() == m_diskModified && info.size() == m_diskSize)
+        return false;
+    const std::optional<QByteArray> bytes = readBytes(m_filePath);
+    if (!bytes)
+        return false;
+    if (*bytes != m_diskBytes)
+        return true;
+    // Touched, not changed.
+    rememberDisk(*bytes);
+    return false;
+}
+
+bool OpenDocument::reloadFromDisk()
+{
+    QString error;
+    std::optional<SermonContents> contents = SermonFile::read(m_filePath, &error);
+    const std::optional<QByteArray> bytes = readBytes(m_filePath);
+    if (!contents || !bytes) {
+        m_lastError = error;
+        return false;
+    }
+    m_autosaveTimer->stop();
+    m_document->replaceContents(std::move(*contents), m_undoManager.get());
+    m_savedBytes = m_document->fileContents();
+    m_changedOutsideUndo = false;
+    markClean();
+    m_autosaveTimer->stop();
+    rememberDisk(*bytes);
+    m_lastError.clear();
+    return true;
+}
+
+void OpenDocument::rememberDisk(const QByteArray& bytes)
+{
+    m_diskBytes = bytes;
+    const QFileInfo info(m_filePath);
+    m_diskModified = info.lastModified();
+    m_diskSize = info.exists() ? info.size() : -1;
+    // A save replaces the file, and the watch goes with the old one.
+    if (info.exists() && !m_watcher->files().contains(m_filePath))
+        m_watcher->addPath(m_filePath);
+}
+
+void OpenDocument::diskNoticed()
+{
+    if (m_filePath.isEmpty())
+        return;
+    if (QFileInfo::exists(m_filePath) && !m_watcher->files().contains(m_filePath))
+        m_watcher->addPath(m_filePath);
+    if (changedOnDisk())
+        emit fileChangedOnDisk();
+}
+
+bool OpenDocument::writeTo(const QString& path, bool overwriteChanges)
 {
     m_autosaveTimer->stop();
+    if (!overwriteChanges && path == m_filePath && changedOnDisk()) {
+        m_lastError = SermonFile::saveFailureMessage(path, QStringLiteral("The file has been changed by another application."));
+        return false;
+    }
     const QByteArray bytes = m_document->fileContents();
     QString error;
     if (!SermonFile::write(path, bytes, &error)) {
@@ -148,6 +256,8 @@ bool OpenDocument::writeTo(const QString& path)
     }
     m_lastError.clear();
     m_savedBytes = bytes;
+    if (path == m_filePath)
+        rememberDisk(bytes);
     m_changedOutsideUndo = false;
     markClean();
     m_autosaveFailureReported = false;

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
 #include <memory>
 
+class QFileSystemWatcher;
 class QTimer;
 class SermonDocument;
 class UndoManager;
@@ -42,6 +45,14 @@ public:
     bool saveAs(const QString& path);
     // Saves a titled document if what it holds differs from its file.
     bool saveIfNeeded();
+
+    // Another program has written the file since it was last read or written here. Saves and
+    // autosaves refuse to write over such a change; the window decides whose version stays.
+    bool changedOnDisk();
+    // Writes this version over the other program's.
+    bool overwrite();
+    // Takes the file's version in place of this one, as one step that undo takes back.
+    bool reloadFromDisk();
     // Why the last save failed.
     const QString& lastError() const { return m_lastError; }
 
@@ -56,13 +67,19 @@ signals:
     void saved();
     // An autosave failed; the document stays modified. Reported once until a save succeeds.
     void autosaveFailed(const QString& message);
+    // The file changed under the document (seen by the watcher, or by an autosave that then
+    // held back).
+    void fileChangedOnDisk();
 
 private:
     void changed();
     void updateModified();
     void markClean();
     void autosave();
-    bool writeTo(const QString& path);
+    bool writeTo(const QString& path, bool overwriteChanges = false);
+    // What the file now holds is what this document last read or wrote there.
+    void rememberDisk(const QByteArray& bytes);
+    void diskNoticed();
 
     std::unique_ptr<SermonDocument> m_document;
     std::unique_ptr<UndoManager> m_undoManager;
@@ -75,4 +92,10 @@ private:
     bool m_isMarkingClean = false;
     QString m_lastError;
     QTimer* m_autosaveTimer;
+    QElapsedTimer m_pendingSince;
+    QByteArray m_diskBytes;
+    QDateTime m_diskModified;
+    qint64 m_diskSize = -1;
+    QFileSystemWatcher* m_watcher;
+    QTimer* m_diskSettle;
 };

@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QPointer>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTextStream>
@@ -65,9 +66,15 @@ OrantiumApp::~OrantiumApp()
 {
     // Windows go before the services they point at.
     m_supervisor.reset();
-    if (m_documents)
+    if (m_documents) {
+        // Only windows of their own: a sheet or a menu goes with the window it belongs to.
+        QList<QPointer<QWidget>> windows;
         for (QWidget* window : QApplication::topLevelWidgets())
-            delete window;
+            if (!window->parentWidget())
+                windows.append(window);
+        for (const QPointer<QWidget>& window : std::as_const(windows))
+            delete window.data();
+    }
 }
 
 void OrantiumApp::seedRecentFiles()

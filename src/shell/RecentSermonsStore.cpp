@@ -75,10 +75,15 @@ void RecentSermonsStore::refresh(const QStringList& paths)
 {
     const Cache cache = m_cache;
     ++m_running;
+    const quint64 generation = ++m_generation;
     auto* watcher = new QFutureWatcher<QList<Entry>>(this);
-    connect(watcher, &QFutureWatcher<QList<Entry>>::finished, this, [this, watcher] {
+    connect(watcher, &QFutureWatcher<QList<Entry>>::finished, this, [this, watcher, generation] {
         --m_running;
-        apply(watcher->result());
+        // A refresh asked for later may have finished first: an older list never replaces it.
+        if (generation > m_appliedGeneration) {
+            m_appliedGeneration = generation;
+            apply(watcher->result());
+        }
         watcher->deleteLater();
     });
     watcher->setFuture(QtConcurrent::run([paths, cache] { return readEntries(paths, cache); }));

@@ -47,4 +47,6 @@ private:
     QList<Entry> m_entries;
     Cache m_cache;
     int m_running = 0;
+    quint64 m_generation = 0;
+    quint64 m_appliedGeneration = 0;
 };

@@ -5,6 +5,8 @@
 class QWidget;
 
 enum class SaveChoice { save, dontSave, cancel };
+// Whose version of a file another program has changed stays.
+enum class DiskChoice { keepMine, reload };
 
 // The questions the application asks a user: behind an interface so that tests can answer them
 // without a modal dialog.
@@ -19,4 +21,6 @@ public:
     // A sermon file to open; empty when cancelled.
     virtual QString chooseFileToOpen(QWidget* parent) = 0;
     virtual void showError(QWidget* parent, const QString& message) = 0;
+    // The file under an open sermon with changes of its own was changed by another program.
+    virtual DiskChoice askAboutChangedFile(QWidget* parent, const QString& displayName) = 0;
 };

@@ -8,6 +8,7 @@
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
@@ -27,6 +28,16 @@ void writeFile(const QString& path, const QByteArray& bytes)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(bytes);
+}
+
+// Another program saving the file: new bytes, and a later time so that the change shows even
+// within the file system's clock resolution.
+void writeElsewhere(const QString& path, const QByteArray& bytes)
+{
+    writeFile(path, bytes);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    file.setFileTime(QDateTime::currentDateTime().addSecs(5), QFileDevice::FileModificationTime);
 }
 
 // One change through the document's own undo step, as every edit makes it.
@@ -104,6 +115,17 @@ TEST_F(DocumentFilesTest, AutosaveWritesInPlaceShortlyAfterAChange)
     EXPECT_FALSE(open->isModified());
     // The default delay keeps the promise of "within about two seconds".
     EXPECT_LE(OpenDocument::defaultAutosaveDelayMs, 2000);
+
+    // Changes coming faster than the delay put the save off, but not for ever.
+    open->setAutosaveDelay(100);
+    QElapsedTimer clock;
+    clock.start();
+    int step = 0;
+    while (!readAll(samplePath).startsWith("# Busy") && clock.elapsed() < 3000) {
+        renameRoot(open, QStringLiteral("Busy %1").arg(++step));
+        QTest::qWait(40);
+    }
+    EXPECT_LT(clock.elapsed(), 1000);
 }
 
 TEST_F(DocumentFilesTest, ClosingAWindowSavesItsFileAndReopeningGivesTheSameSermon)
@@ -255,6 +277,75 @@ TEST_F(DocumentFilesTest, RecentFilesAreMostRecentFirstWithoutRepeats)
     manager->open(other);
     manager->open(samplePath);
     EXPECT_EQ(preferences->recentFiles(), (QStringList{QFileInfo(samplePath).absoluteFilePath(), QFileInfo(other).absoluteFilePath()}));
+}
+
+TEST_F(DocumentFilesTest, AnotherProgramsChangeShowsByItselfWhenNothingHereIsUnsaved)
+{
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    writeElsewhere(samplePath, "# Sample\n\n## Opening\n\nFirst line, edited elsewhere.\n");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->document()->fileContents().contains("edited elsewhere"); }, 3000));
+    EXPECT_TRUE(prompts.diskQuestions.isEmpty());
+    EXPECT_FALSE(open->isModified());
+    // The reload is a step: undo brings back what was shown, and that is then unsaved.
+    open->undoManager()->undo();
+    EXPECT_FALSE(window->document()->fileContents().contains("edited elsewhere"));
+    EXPECT_TRUE(open->isModified());
+}
+
+TEST_F(DocumentFilesTest, UnsavedChangesAreNeverWrittenSilentlyOverAnotherProgramsChange)
+{
+    struct Case {
+        const char* name;
+        DiskChoice choice;
+        bool throughSave; // Ctrl+S rather than the autosave
+        const char* fileHas;
+        const char* windowHas;
+    };
+    const Case cases[] = {
+        {"autosave, keep mine", DiskChoice::keepMine, false, "# Mine", "# Mine"},
+        {"autosave, reload", DiskChoice::reload, false, "# Theirs", "# Theirs"},
+        {"save, keep mine", DiskChoice::keepMine, true, "# Mine", "# Mine"},
+        {"save, reload", DiskChoice::reload, true, "# Theirs", "# Theirs"},
+    };
+    for (const Case& c : cases) {
+        writeFile(samplePath, "# Sample\n\nFirst line.\n");
+        DocumentWindow* window = manager->open(samplePath);
+        OpenDocument* open = window->openDocument();
+        open->setAutosaveDelay(c.throughSave ? 60000 : 20);
+        prompts.diskQuestions.clear();
+        prompts.diskChoices = {c.choice};
+
+        renameRoot(open, QStringLiteral("Mine"));
+        writeElsewhere(samplePath, "# Theirs\n\nFirst line, and theirs.\n");
+        if (c.throughSave)
+            EXPECT_EQ(window->save(), true) << c.name;
+        EXPECT_TRUE(QTest::qWaitFor([&] { return prompts.diskQuestions.size() == 1; }, 3000)) << c.name;
+        QCoreApplication::processEvents();
+        EXPECT_TRUE(readAll(samplePath).startsWith(c.fileHas)) << c.name;
+        EXPECT_TRUE(window->document()->fileContents().startsWith(c.windowHas)) << c.name;
+        EXPECT_FALSE(open->isModified()) << c.name;
+        if (c.choice == DiskChoice::reload) {
+            open->undoManager()->undo(); // our version is one undo away
+            EXPECT_TRUE(window->document()->fileContents().startsWith("# Mine")) << c.name;
+        }
+        open->setAutosaveDelay(60000);
+        prompts.saveChoices = {SaveChoice::dontSave};
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST_F(DocumentFilesTest, AFileOnlyTouchedByAnotherProgramIsNoConflict)
+{
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    writeElsewhere(samplePath, readAll(samplePath)); // same bytes, new time
+    renameRoot(open, QStringLiteral("Renamed"));
+    EXPECT_FALSE(open->changedOnDisk());
+    EXPECT_TRUE(window->save());
+    EXPECT_TRUE(readAll(samplePath).startsWith("# Renamed"));
+    EXPECT_TRUE(prompts.diskQuestions.isEmpty());
 }
 
 } // namespace

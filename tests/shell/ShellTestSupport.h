@@ -39,6 +39,8 @@ public:
     std::deque<SaveChoice> saveChoices;
     std::deque<QString> savePaths;
     std::deque<QString> openPaths;
+    std::deque<DiskChoice> diskChoices;
+    QStringList diskQuestions;
     QStringList questions;
     QStringList proposedPaths;
     QStringList errors;
@@ -70,4 +72,13 @@ public:
         return path;
     }
     void showError(QWidget*, const QString& message) override { errors.append(message); }
+    DiskChoice askAboutChangedFile(QWidget*, const QString& displayName) override
+    {
+        diskQuestions.append(displayName);
+        if (diskChoices.empty())
+            return DiskChoice::keepMine;
+        const DiskChoice choice = diskChoices.front();
+        diskChoices.pop_front();
+        return choice;
+    }
 };

@@ -132,7 +132,7 @@ TEST_F(WindowRulesTest, CreatingASermonOpensItsWindowAndHidesTheOthers)
     ASSERT_EQ(manager->windows().size(), 1);
     DocumentWindow* window = manager->windows().first();
     EXPECT_EQ(window->document()->root()->text(), QStringLiteral("Advent"));
-    EXPECT_TRUE(window->windowTitle().startsWith(QStringLiteral("Advent.md")));
+    EXPECT_TRUE(window->windowTitle().startsWith(QStringLiteral("Advent[*]")));
     EXPECT_FALSE(supervisor->newSermonWindow()->isVisible());
     EXPECT_FALSE(welcomeVisible());
 }
