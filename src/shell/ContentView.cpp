@@ -133,6 +133,7 @@ bool ContentView::setMode(AppMode mode)
         return false;
     // The page shows the tree: a line still in the editor goes into it first.
     commitPendingEdit();
+    const AppMode previous = m_mode;
     m_mode = mode;
     if (mode == AppMode::delivery) {
         // Made anew at each entry, so that leaving ends a running delivery.
@@ -147,6 +148,9 @@ bool ContentView::setMode(AppMode mode)
             m_deliveryView->deleteLater();
             m_deliveryView = nullptr;
         }
+        // The map comes back as a map freshly shown, as if it had never been away.
+        if (previous == AppMode::delivery)
+            m_canvas->reappear();
         m_canvas->setFocus();
     }
     emit modeChanged(mode);

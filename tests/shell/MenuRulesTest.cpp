@@ -124,6 +124,10 @@ TEST_F(MenuRulesTest, DeliveryModeTakesTheMapRecordsAwayAndLeavingItEndsTheView)
     item(QStringLiteral("Mind Map"))->trigger();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(first.isNull());
+    // The map comes back as freshly shown: the title selected, so Delete is off until a line is.
+    EXPECT_EQ(controller().selectedNodeID(), window->document()->root()->id());
+    EXPECT_FALSE(enabled(QStringLiteral("Delete")));
+    select(line(0, 0));
     EXPECT_TRUE(enabled(QStringLiteral("Delete")));
 
     item(QStringLiteral("Delivery"))->trigger();
