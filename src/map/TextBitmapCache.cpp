@@ -110,10 +110,12 @@ std::optional<TextBitmapCache::Bitmap> TextBitmapCache::render(const TextBitmapK
     const double lw = std::ceil(maxW) + 4;
     const double lh = std::ceil(ascent + std::abs(metrics.descent()) + metrics.leading());
     const double hh = lh * double(lines.size());
-    // QPainter can't draw into an image wider or taller than this. A long line at a high zoom is
-    // rastered more coarsely instead, still drawn into its natural size, so it never goes blank.
+    // QPainter can't draw into an image wider or taller than this, and one node's text mustn't
+    // take hundreds of megabytes. A long text at a high zoom is rastered more coarsely instead,
+    // still drawn into its natural size, so it never goes blank.
     constexpr double maxSide = 32767;
-    r = std::min({r, maxSide / lw, maxSide / hh});
+    constexpr double maxPixels = 16'000'000;
+    r = std::min({r, maxSide / lw, maxSide / hh, std::sqrt(0.99 * maxPixels / (lw * hh))}); // room for the rounding up below
     const double pw = std::min(std::ceil(r * lw), maxSide);
     const double ph = std::min(std::ceil(r * hh), maxSide);
     if (pw < 1 || ph < 1)

@@ -165,6 +165,7 @@ TEST(TextBitmapCache, TextTooLargeForOneImageIsRasteredCoarserButStillDrawn)
     const Row rows[] = {
         {"one long line", QStringLiteral("Grace upon grace, and mercy new each morning. ").repeated(20)},
         {"many lines", manyLines.join(QChar(0x2028))},
+        {"many long lines", QStringList(200, QStringLiteral("Grace upon grace, and mercy new. ").repeated(12)).join(QChar(0x2028))},
     };
     constexpr int maxSide = 32767;
     for (const Row& row : rows) {
@@ -174,9 +175,13 @@ TEST(TextBitmapCache, TextTooLargeForOneImageIsRasteredCoarserButStillDrawn)
         ASSERT_TRUE(bitmap) << row.what;
         const QImage& image = bitmap->image;
         // At twice the zoom of 3 it would not fit; it keeps its place on the canvas all the same.
-        EXPECT_GT(6 * std::max(bitmap->naturalSize.width(), bitmap->naturalSize.height()), maxSide) << row.what;
+        const QSizeF natural = bitmap->naturalSize;
+        EXPECT_TRUE(6 * std::max(natural.width(), natural.height()) > maxSide ||
+                    36 * natural.width() * natural.height() > 16'000'000)
+            << row.what;
         EXPECT_LE(image.width(), maxSide) << row.what;
         EXPECT_LE(image.height(), maxSide) << row.what;
+        EXPECT_LE(qint64(image.width()) * image.height(), 16'000'000) << row.what; // no image of gigabytes
         EXPECT_DOUBLE_EQ(bitmap->naturalSize.height(),
                          std::ceil(fm.ascent() + fm.descent() + fm.leading()) * (row.text.count(QChar(0x2028)) + 1))
             << row.what;
