@@ -8,6 +8,7 @@
 #include <QtGlobal>
 
 #include <array>
+#include <optional>
 
 namespace NodeCommands {
 
@@ -137,67 +138,29 @@ QString keyName(Qt::Key key)
     return {};
 }
 
-std::vector<CanvasKeyBinding> makeCanvasKeys()
+CanvasKeyBinding command(int key, Qt::KeyboardModifiers mods, C c, QString marker = {})
 {
-    using A = CanvasKeyAction;
-    auto command = [](Qt::Key key, Qt::KeyboardModifiers mods, NodeCommand c) {
-        return CanvasKeyBinding{{key, mods}, A::command, c, {}};
-    };
-    auto action = [](Qt::Key key, Qt::KeyboardModifiers mods, A a) {
-        return CanvasKeyBinding{{key, mods}, a, C::edit, {}};
-    };
-    std::vector<CanvasKeyBinding> keys{
-        // The Mac's delete key is Backspace here; the forward Delete key does the same.
-        command(Qt::Key_Backspace, none, C::deleteSelection),
-        command(Qt::Key_Delete, none, C::deleteSelection),
-        action(Qt::Key_Escape, none, A::clearSelection),
-        command(Qt::Key_A, ctrl, C::selectAll),
-        command(Qt::Key_X, ctrl, C::cut),
-        command(Qt::Key_C, ctrl, C::copy),
-        command(Qt::Key_V, ctrl, C::paste),
-        command(Qt::Key_D, ctrl, C::duplicate),
-        command(Qt::Key_Semicolon, ctrl, C::splitSentences),
-        action(Qt::Key_Z, ctrl, A::undo),
-        action(Qt::Key_Z, ctrlShift, A::redo),
-        command(Qt::Key_C, ctrlShift, C::copyBranch),
-        command(Qt::Key_J, ctrl, C::join),
-        command(Qt::Key_Apostrophe, ctrl, C::toggleQuote),
-    };
-    // Ctrl+Shift with a digit arrives as the shifted character on most layouts (Ctrl+Shift+1
-    // as '!'); both forms are bound.
-    static constexpr std::array<Qt::Key, 10> shifted{
-        Qt::Key_ParenRight, Qt::Key_Exclam, Qt::Key_At, Qt::Key_NumberSign, Qt::Key_Dollar,
-        Qt::Key_Percent, Qt::Key_AsciiCircum, Qt::Key_Ampersand, Qt::Key_Asterisk, Qt::Key_ParenLeft,
-    };
-    for (const Markers::Marker& m : Markers::all()) {
-        keys.push_back({{shifted[m.digit], ctrlShift}, A::command, C::setMarker, m.symbol});
-        keys.push_back({{Qt::Key(Qt::Key_0 + m.digit), ctrlShift}, A::command, C::setMarker, m.symbol});
-    }
-    keys.push_back(command(shifted[Markers::removalDigit], ctrlShift, C::removeMarker));
-    keys.push_back(command(Qt::Key_0, ctrlShift, C::removeMarker));
-    keys.insert(keys.end(), {
-        command(Qt::Key_Tab, none, C::newLineUnder),
-        command(Qt::Key_Return, ctrl, C::split),
-        command(Qt::Key_Return, shift, C::newLineAbove),
-        command(Qt::Key_Return, none, C::newLineBelow),
-        command(Qt::Key_Space, ctrl, C::join),
-        command(Qt::Key_Space, none, C::edit),
-        command(Qt::Key_Up, alt, C::moveUp),
-        command(Qt::Key_Down, alt, C::moveDown),
-        action(Qt::Key_Up, shift, A::extendUp),
-        action(Qt::Key_Down, shift, A::extendDown),
-        action(Qt::Key_Up, none, A::selectUp),
-        action(Qt::Key_Down, none, A::selectDown),
-        command(Qt::Key_Left, alt, C::promote),
-        command(Qt::Key_Right, alt, C::demote),
-        command(Qt::Key_Left, ctrl, C::fold),
-        command(Qt::Key_Right, ctrl, C::unfold),
-        action(Qt::Key_Left, shift, A::extendLeft),
-        action(Qt::Key_Right, shift, A::extendRight),
-        action(Qt::Key_Left, none, A::selectParent),
-        action(Qt::Key_Right, none, A::selectFirstChild),
-    });
-    return keys;
+    return {{Qt::Key(key), mods}, CanvasKeyAction::command, c, std::move(marker)};
+}
+
+CanvasKeyBinding action(int key, Qt::KeyboardModifiers mods, CanvasKeyAction a)
+{
+    return {{Qt::Key(key), mods}, a, C::edit, {}};
+}
+
+// Ctrl+Shift with a digit arrives as the shifted character on most layouts, as the digit on
+// some: both are taken. Index = digit.
+constexpr std::array<int, 10> shiftedDigits{
+    Qt::Key_ParenRight, Qt::Key_Exclam, Qt::Key_At, Qt::Key_NumberSign, Qt::Key_Dollar,
+    Qt::Key_Percent, Qt::Key_AsciiCircum, Qt::Key_Ampersand, Qt::Key_Asterisk, Qt::Key_ParenLeft,
+};
+
+std::optional<int> markerDigit(int key)
+{
+    for (int digit = 0; digit < 10; ++digit)
+        if (key == shiftedDigits[size_t(digit)] || key == Qt::Key_0 + digit)
+            return digit;
+    return std::nullopt;
 }
 
 } // namespace
@@ -279,18 +242,87 @@ const std::vector<MarkEntry>& markEntries()
     return entries;
 }
 
-const std::vector<CanvasKeyBinding>& canvasKeys()
+std::optional<CanvasKeyBinding> resolveCanvasKey(int key, Qt::KeyboardModifiers modifiers, bool hasAnySelection)
 {
-    static const std::vector<CanvasKeyBinding> keys = makeCanvasKeys();
-    return keys;
-}
+    using A = CanvasKeyAction;
+    const Qt::KeyboardModifiers mods = modifiers & chordModifiers;
+    const bool ctrl = mods & Qt::ControlModifier;
+    const bool shift = mods & Qt::ShiftModifier;
+    const bool alt = mods & Qt::AltModifier;
+    const bool onlyCtrl = mods == Qt::ControlModifier;
+    const bool onlyCtrlShift = mods == (Qt::ControlModifier | Qt::ShiftModifier);
+    if (key == Qt::Key_Enter)
+        key = Qt::Key_Return;
 
-const CanvasKeyBinding* canvasKeyFor(int key, Qt::KeyboardModifiers modifiers)
-{
-    for (const CanvasKeyBinding& binding : canvasKeys())
-        if (binding.key.matches(key, modifiers))
-            return &binding;
-    return nullptr;
+    switch (key) {
+    case Qt::Key_Backspace:
+    case Qt::Key_Delete:
+        return command(key, mods, C::deleteSelection);
+    case Qt::Key_Escape:
+        if (!hasAnySelection)
+            return std::nullopt;
+        return action(key, mods, A::clearSelection);
+    default:
+        break;
+    }
+    // The Edit menu's Deselect All: the canvas sees its key before the menu does.
+    if (key == Qt::Key_A && onlyCtrlShift)
+        return command(key, mods, C::deselectAll);
+    if (key == Qt::Key_A && ctrl)
+        return command(key, mods, C::selectAll);
+    if (onlyCtrl) {
+        switch (key) {
+        case Qt::Key_X: return command(key, mods, C::cut);
+        case Qt::Key_C: return command(key, mods, C::copy);
+        case Qt::Key_V: return command(key, mods, C::paste);
+        case Qt::Key_D: return command(key, mods, C::duplicate);
+        case Qt::Key_Semicolon: return command(key, mods, C::splitSentences);
+        case Qt::Key_Z: return action(key, mods, A::undo);
+        case Qt::Key_J: return command(key, mods, C::join);
+        case Qt::Key_Apostrophe: return command(key, mods, C::toggleQuote);
+        default: break;
+        }
+    }
+    if (onlyCtrlShift) {
+        if (key == Qt::Key_Z)
+            return action(key, mods, A::redo);
+        if (key == Qt::Key_C)
+            return command(key, mods, C::copyBranch);
+        if (const auto digit = markerDigit(key)) {
+            if (*digit == Markers::removalDigit)
+                return command(key, mods, C::removeMarker);
+            for (const Markers::Marker& m : Markers::all())
+                if (m.digit == *digit)
+                    return command(key, mods, C::setMarker, m.symbol);
+        }
+    }
+    switch (key) {
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab: // Shift+Tab arrives as its own key
+        return command(key, mods, C::newLineUnder);
+    case Qt::Key_Return:
+        return command(key, mods, ctrl ? C::split : shift ? C::newLineAbove : C::newLineBelow);
+    case Qt::Key_Space:
+        return command(key, mods, ctrl ? C::join : C::edit);
+    case Qt::Key_Up:
+        return alt ? command(key, mods, C::moveUp) : action(key, mods, shift ? A::extendUp : A::selectUp);
+    case Qt::Key_Down:
+        return alt ? command(key, mods, C::moveDown) : action(key, mods, shift ? A::extendDown : A::selectDown);
+    case Qt::Key_Left:
+        if (alt)
+            return command(key, mods, C::promote);
+        if (ctrl)
+            return command(key, mods, C::fold);
+        return action(key, mods, shift ? A::extendLeft : A::selectParent);
+    case Qt::Key_Right:
+        if (alt)
+            return command(key, mods, C::demote);
+        if (ctrl)
+            return command(key, mods, C::unfold);
+        return action(key, mods, shift ? A::extendRight : A::selectFirstChild);
+    default:
+        return std::nullopt;
+    }
 }
 
 bool run(const CanvasKeyBinding& binding, DocumentController& controller, const NodeActions& actions)
@@ -324,7 +356,7 @@ bool run(const CanvasKeyBinding& binding, DocumentController& controller, const 
 bool handleCanvasKey(int key, Qt::KeyboardModifiers modifiers, DocumentController& controller,
                      const NodeActions& actions)
 {
-    const CanvasKeyBinding* binding = canvasKeyFor(key, modifiers);
+    const auto binding = resolveCanvasKey(key, modifiers, !controller.effectiveSelection().isEmpty());
     return binding && run(*binding, controller, actions);
 }
 

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QtCore/qnamespace.h>
 
+#include <optional>
 #include <vector>
 
 class DocumentController;
@@ -94,9 +95,10 @@ struct CanvasKeyBinding {
     QString marker;
 };
 
-// In the order they are tried.
-const std::vector<CanvasKeyBinding>& canvasKeys();
-const CanvasKeyBinding* canvasKeyFor(int key, Qt::KeyboardModifiers modifiers);
+// What a key press on the map means, row by row as the key table has them: Ctrl stands for the
+// Mac's Command, Alt for Option; Backspace and Delete both delete. Nothing when the key should
+// pass on to the menus (Escape with nothing selected among them).
+std::optional<CanvasKeyBinding> resolveCanvasKey(int key, Qt::KeyboardModifiers modifiers, bool hasAnySelection);
 
 // Runs a binding; false when the key should be passed on.
 bool run(const CanvasKeyBinding& binding, DocumentController& controller, const NodeActions& actions);

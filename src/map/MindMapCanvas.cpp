@@ -3,7 +3,6 @@
 #include "Appearance.h"
 #include "MapContextMenu.h"
 #include "MapDrawing.h"
-#include "MapKeyDispatch.h"
 #include "MapPalette.h"
 #include "NodeEditorOverlay.h"
 #include "SearchBarOverlay.h"
@@ -12,6 +11,7 @@
 #include "core/SermonDocument.h"
 #include "editing/DocumentController.h"
 #include "editing/MemoryPasteboard.h"
+#include "editing/NodeCommands.h"
 
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -494,7 +494,7 @@ bool MindMapCanvas::event(QEvent* event)
         // The map's keys win over window shortcuts on the same keys while it has the keyboard.
         auto* key = static_cast<QKeyEvent*>(event);
         if (isTakingKeys()
-            && MapKeyDispatch::resolve(key->key(), key->modifiers(), !m_controller->effectiveSelection().isEmpty())) {
+            && NodeCommands::resolveCanvasKey(key->key(), key->modifiers(), !m_controller->effectiveSelection().isEmpty())) {
             event->accept();
             return true;
         }
@@ -512,7 +512,7 @@ bool MindMapCanvas::event(QEvent* event)
 
 void MindMapCanvas::keyPressEvent(QKeyEvent* event)
 {
-    if (isTakingKeys() && MapKeyDispatch::handle(event->key(), event->modifiers(), *m_controller, nodeActions())) {
+    if (isTakingKeys() && NodeCommands::handleCanvasKey(event->key(), event->modifiers(), *m_controller, nodeActions())) {
         event->accept();
         return;
     }

@@ -1,9 +1,8 @@
-// The map's keyboard table, its right-click menu and its search bar.
+// The map's right-click menu and its search bar.
 
 #include "map/MapTestSupport.h"
 
 #include "map/MapContextMenu.h"
-#include "map/MapKeyDispatch.h"
 #include "map/MindMapCanvas.h"
 #include "map/SearchBarOverlay.h"
 
@@ -22,85 +21,10 @@
 
 namespace {
 
-using A = NodeCommands::CanvasKeyAction;
-using C = NodeCommand;
 
 struct WithApplication {
     WithApplication() { ensureApplication(); }
 };
-
-constexpr Qt::KeyboardModifiers none = Qt::NoModifier;
-constexpr Qt::KeyboardModifiers ctrl = Qt::ControlModifier;
-constexpr Qt::KeyboardModifiers shift = Qt::ShiftModifier;
-constexpr Qt::KeyboardModifiers alt = Qt::AltModifier;
-
-TEST(MapKeyDispatch, EachKeyMeansWhatTheTableSays)
-{
-    struct Row {
-        const char* name;
-        int key;
-        Qt::KeyboardModifiers mods;
-        A action;
-        C command;
-    };
-    const Row rows[] = {
-        {"Backspace deletes", Qt::Key_Backspace, none, A::command, C::deleteSelection},
-        {"Delete with any modifier deletes", Qt::Key_Delete, ctrl | shift, A::command, C::deleteSelection},
-        {"Escape clears", Qt::Key_Escape, none, A::clearSelection, C::edit},
-        {"Ctrl+A with Shift still selects all", Qt::Key_A, ctrl | shift, A::command, C::selectAll},
-        {"Ctrl+X", Qt::Key_X, ctrl, A::command, C::cut},
-        {"Ctrl+;", Qt::Key_Semicolon, ctrl, A::command, C::splitSentences},
-        {"Ctrl+Z", Qt::Key_Z, ctrl, A::undo, C::edit},
-        {"Ctrl+Shift+Z", Qt::Key_Z, ctrl | shift, A::redo, C::edit},
-        {"Ctrl+Shift+C", Qt::Key_C, ctrl | shift, A::command, C::copyBranch},
-        {"Ctrl+'", Qt::Key_Apostrophe, ctrl, A::command, C::toggleQuote},
-        {"Ctrl+Shift+! sets the first marker", Qt::Key_Exclam, ctrl | shift, A::command, C::setMarker},
-        {"Ctrl+Shift+) removes", Qt::Key_ParenRight, ctrl | shift, A::command, C::removeMarker},
-        {"Tab", Qt::Key_Tab, none, A::command, C::newLineUnder},
-        {"Shift+Tab is Tab too", Qt::Key_Backtab, shift, A::command, C::newLineUnder},
-        {"Ctrl+Shift+Return splits", Qt::Key_Return, ctrl | shift, A::command, C::split},
-        {"Shift+Return", Qt::Key_Return, shift, A::command, C::newLineAbove},
-        {"Alt+Return is Return", Qt::Key_Return, alt, A::command, C::newLineBelow},
-        {"Keypad Enter", Qt::Key_Enter, Qt::KeypadModifier, A::command, C::newLineBelow},
-        {"Ctrl+Space joins", Qt::Key_Space, ctrl, A::command, C::join},
-        {"Space edits", Qt::Key_Space, none, A::command, C::edit},
-        {"Alt wins over Ctrl on Up", Qt::Key_Up, alt | ctrl, A::command, C::moveUp},
-        {"Shift+Down extends", Qt::Key_Down, shift, A::extendDown, C::edit},
-        {"Alt+Left promotes", Qt::Key_Left, alt, A::command, C::promote},
-        {"Ctrl+Left folds", Qt::Key_Left, ctrl, A::command, C::fold},
-        {"Shift+Left", Qt::Key_Left, shift, A::extendLeft, C::edit},
-        {"Right", Qt::Key_Right, none, A::selectFirstChild, C::edit},
-        {"Ctrl+Right unfolds", Qt::Key_Right, ctrl, A::command, C::unfold},
-    };
-    for (const Row& row : rows) {
-        const auto binding = MapKeyDispatch::resolve(row.key, row.mods, true);
-        ASSERT_TRUE(binding) << row.name;
-        EXPECT_EQ(binding->action, row.action) << row.name;
-        if (row.action == A::command)
-            EXPECT_EQ(binding->command, row.command) << row.name;
-    }
-    EXPECT_EQ(MapKeyDispatch::resolve(Qt::Key_Exclam, ctrl | shift, true)->marker, QStringLiteral("\U0001F534"));
-}
-
-TEST(MapKeyDispatch, OtherKeysPassOn)
-{
-    struct Row {
-        const char* name;
-        int key;
-        Qt::KeyboardModifiers mods;
-        bool hasSelection;
-    };
-    const Row rows[] = {
-        {"Escape with nothing selected", Qt::Key_Escape, none, false},
-        {"Ctrl+Alt+X is no cut", Qt::Key_X, ctrl | alt, true},
-        {"Ctrl+Shift+J", Qt::Key_J, ctrl | shift, true},
-        {"Ctrl+F belongs to the window", Qt::Key_F, ctrl, true},
-        {"a plain letter", Qt::Key_Q, none, true},
-        {"Ctrl+! without Shift", Qt::Key_Exclam, ctrl, true},
-    };
-    for (const Row& row : rows)
-        EXPECT_FALSE(MapKeyDispatch::resolve(row.key, row.mods, row.hasSelection)) << row.name;
-}
 
 SermonNodePtr sermon()
 {
