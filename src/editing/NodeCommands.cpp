@@ -33,6 +33,9 @@ bool canUnfold(const NodeActionState& s) { return s.canUnfold; }
 bool canPromote(const NodeActionState& s) { return s.canPromote; }
 bool canSplit(const NodeActionState& s) { return s.canSplit; }
 bool canSplitSentences(const NodeActionState& s) { return s.canSplitSentences; }
+// A quote takes no lines under it.
+bool canAddUnder(const NodeActionState& s) { return !s.hasMultiSelection && !s.isQuote; }
+bool canAddUnderOne(const NodeActionState& s) { return hasSingleSelection(s) && !s.isQuote; }
 
 using C = NodeCommand;
 
@@ -65,8 +68,7 @@ const std::vector<CommandInfo>& table()
         {C::edit, QStringLiteral("Edit"), {}, {Qt::Key_Space, none}, noMultiSelection, hasSingleSelection},
         {C::newLineBelow, QStringLiteral("New Line Below"), {}, {Qt::Key_Return, none}, nullptr, hasSelection},
         {C::newLineAbove, QStringLiteral("New Line Above"), {}, {Qt::Key_Return, shift}, nullptr, hasSelection},
-        {C::newLineUnder, QStringLiteral("New Line Under"), {}, {Qt::Key_Tab, none}, noMultiSelection,
-         hasSingleSelection},
+        {C::newLineUnder, QStringLiteral("New Line Under"), {}, {Qt::Key_Tab, none}, canAddUnder, canAddUnderOne},
         {C::setMarker, QStringLiteral("Mark"), {}, {}, nullptr, hasSelection},
         {C::removeMarker, Markers::removalTitle, {}, {Qt::Key_0, ctrlShift}, nullptr, hasSelection},
     };

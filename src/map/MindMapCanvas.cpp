@@ -258,14 +258,23 @@ NodeActions MindMapCanvas::nodeActions()
     glide(actions.moveUp, Ghosts::none, true);
     glide(actions.moveDown, Ghosts::none, true);
     glide(actions.join, Ghosts::none, false);
-    glide(actions.toggleQuote, Ghosts::none, false);
-    glide(actions.removeMarker, Ghosts::none, false);
-    for (auto* action : {&actions.paste, &actions.duplicate, &actions.promote, &actions.demote, &actions.split,
-                         &actions.splitSentences, &actions.newLineBelow, &actions.newLineAbove, &actions.newLineUnder})
+    // A quote takes no lines under it: Tab there would open an editor on a line that never
+    // joins the tree, so the map leaves the key alone.
+    actions.newLineUnder = [self, op = actions.newLineUnder] {
+        if (!self)
+            return;
+        const auto id = self->m_controller->selectedNodeID();
+        const SermonNodePtr primary = id ? self->m_document->root()->find(*id) : nullptr;
+        if (!primary || !primary->isQuote())
+            op();
+    };
+    for (auto* action : {&actions.toggleQuote, &actions.removeMarker, &actions.paste, &actions.duplicate,
+                         &actions.promote, &actions.demote, &actions.split, &actions.splitSentences,
+                         &actions.newLineBelow, &actions.newLineAbove, &actions.newLineUnder})
         glide(*action, Ghosts::none, true);
     actions.setMarker = [self, op = actions.setMarker](const QString& marker) {
         if (self)
-            self->runWithTransition([&] { op(marker); });
+            self->runWithTransition([&] { op(marker); }, {}, true);
     };
     return actions;
 }

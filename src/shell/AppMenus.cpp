@@ -141,11 +141,9 @@ void AppMenus::performPasteboardCommand(NodeCommand command, const std::optional
     auto* line = qobject_cast<QLineEdit*>(focus);
     auto* text = qobject_cast<QTextEdit*>(focus);
     auto* plain = qobject_cast<QPlainTextEdit*>(focus);
-    if (auto* spin = qobject_cast<QAbstractSpinBox*>(focus)) {
-        if (command == NodeCommand::selectAll)
-            spin->selectAll();
-        return;
-    }
+    // A spin box edits through a line edit of its own.
+    if (auto* spin = qobject_cast<QAbstractSpinBox*>(focus))
+        line = spin->findChild<QLineEdit*>();
     if (line || text || plain) {
         switch (command) {
         case NodeCommand::cut:

@@ -90,6 +90,12 @@ TEST_F(Commands, ContextMenuShowsWhatTheStateAllows)
                                             "Demote", "|", "Join", "|", "New Line Below", "New Line Above"}));
     select("q");
     EXPECT_TRUE(contextLabels().contains("Unmark as Quote"));
+    // A quote takes no lines under it: hidden here, off in the Edit menu.
+    EXPECT_FALSE(contextLabels().contains("New Line Under"));
+    EXPECT_FALSE(isEnabledInEditMenu(C::newLineUnder, state()));
+    select("c");
+    EXPECT_TRUE(contextLabels().contains("New Line Under"));
+    EXPECT_TRUE(isEnabledInEditMenu(C::newLineUnder, state()));
     select("b");
     EXPECT_TRUE(contextLabels().contains("Unfold"));
     EXPECT_FALSE(contextLabels().contains("Fold"));

@@ -200,4 +200,18 @@ TEST_F(MapKeysAndMenusTest, KeysOnTheMapWorkTheSelectionAndTheTree)
     EXPECT_EQ(controller().selectedNodeID(), document.root()->id());
 }
 
+TEST_F(MapKeysAndMenusTest, TabOnAQuoteLeavesTheTreeAndTheKeysAlone)
+{
+    child(1)->setQuote(true);
+    canvas.onTreeMutated();
+    controller().setSelectedNodeID(child(1)->id());
+    const size_t steps = document.undoStack().size();
+    QTest::keyClick(&canvas, Qt::Key_Tab);
+    EXPECT_FALSE(controller().editingNodeID());
+    EXPECT_EQ(document.undoStack().size(), steps); // no step that changes nothing
+    // The map still has the keyboard.
+    QTest::keyClick(&canvas, Qt::Key_Up);
+    EXPECT_EQ(controller().selectedNodeID(), child(0)->id());
+}
+
 } // namespace

@@ -17,6 +17,7 @@
 #include <QClipboard>
 #include <QFile>
 #include <QPlainTextEdit>
+#include <QSpinBox>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -248,6 +249,23 @@ TEST_F(MenuRulesTest, ALineStillInTheEditorIsInTheFileAfterSaveDeliveryAndClose)
     typeInto(line(0, 3), QStringLiteral("Kept on close"));
     window->close();
     EXPECT_TRUE(fileText().contains(QStringLiteral("Kept on close"))) << fileText().toStdString();
+}
+
+TEST_F(MenuRulesTest, ThePasteboardItemsServeASpinBoxToo)
+{
+    auto* spin = new QSpinBox(window);
+    spin->setRange(0, 999);
+    spin->setValue(42);
+    spin->show();
+    spin->setFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == spin; }, 1000));
+    item(QStringLiteral("Select All"))->trigger();
+    item(QStringLiteral("Copy"))->trigger();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("42"));
+    QGuiApplication::clipboard()->setText(QStringLiteral("7"));
+    item(QStringLiteral("Select All"))->trigger();
+    item(QStringLiteral("Paste"))->trigger();
+    EXPECT_EQ(spin->value(), 7);
 }
 
 } // namespace
