@@ -5,7 +5,8 @@
 #include <optional>
 #include <utility>
 
-Q_LOGGING_CATEGORY(lcMarkdownCodec, "app.orantium.MarkdownCodec")
+// Debug lines are off unless asked for (QT_LOGGING_RULES); a broken block is still reported.
+Q_LOGGING_CATEGORY(lcMarkdownCodec, "app.orantium.MarkdownCodec", QtInfoMsg)
 
 namespace MarkdownCodec {
 

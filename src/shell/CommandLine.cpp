@@ -34,6 +34,18 @@ std::optional<SermonContents> load(const QString& path, QTextStream& err)
     return contents;
 }
 
+// Sends what was printed on its way; a full disk or a closed pipe is a failure, not success.
+int finish(QTextStream& out, QTextStream& err)
+{
+    out.flush();
+    auto* file = qobject_cast<QFileDevice*>(out.device());
+    const bool written = out.status() == QTextStream::Ok && (!file || (file->flush() && file->error() == QFileDevice::NoError));
+    if (written)
+        return exitOK;
+    err << "orantium: the output could not be written" << Qt::endl;
+    return exitUnreadable;
+}
+
 int usageError(const QString& message, QTextStream& err)
 {
     err << "orantium: " << message << Qt::endl << usage();
@@ -66,8 +78,7 @@ int exportCommand(const QStringList& args, QTextStream& out, QTextStream& err)
         out << QString::fromUtf8(SermonJson::toJson(contents->metadata, *contents->root)) << '\n';
     else
         out << SermonDocument(std::move(*contents)).snapshot();
-    out.flush();
-    return exitOK;
+    return finish(out, err);
 }
 
 int statsCommand(const QStringList& args, QTextStream& out, QTextStream& err)
@@ -75,9 +86,10 @@ int statsCommand(const QStringList& args, QTextStream& out, QTextStream& err)
     int wpm = ReadingPaces::defaultWPM;
     QString path;
     for (qsizetype i = 0; i < args.size(); ++i) {
-        if (args[i] == QLatin1String("--wpm") && i + 1 < args.size()) {
+        const bool joined = args[i].startsWith(QLatin1String("--wpm="));
+        if ((args[i] == QLatin1String("--wpm") && i + 1 < args.size()) || joined) {
             bool ok = false;
-            wpm = args[++i].toInt(&ok);
+            wpm = (joined ? args[i].mid(6) : args[++i]).toInt(&ok);
             if (!ok || wpm < 1)
                 return usageError(QStringLiteral("--wpm needs a whole number above 0"), err);
         } else if (path.isEmpty() && !args[i].startsWith(QLatin1String("--"))) {
@@ -92,8 +104,7 @@ int statsCommand(const QStringList& args, QTextStream& out, QTextStream& err)
     if (!contents)
         return exitUnreadable;
     out << WordCount::statusText(*contents->root, wpm) << '\n';
-    out.flush();
-    return exitOK;
+    return finish(out, err);
 }
 
 } // namespace
@@ -123,13 +134,11 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& err)
     const QStringList rest = arguments.mid(2);
     if (command == QLatin1String("--help") || command == QLatin1String("-h")) {
         out << "Orantium prepares and delivers sermons written as Markdown outlines.\n\n" << usage();
-        out.flush();
-        return exitOK;
+        return finish(out, err);
     }
     if (command == QLatin1String("--version")) {
         out << "orantium " << ORANTIUM_VERSION << '\n';
-        out.flush();
-        return exitOK;
+        return finish(out, err);
     }
     if (command == QLatin1String("export"))
         return exportCommand(rest, out, err);

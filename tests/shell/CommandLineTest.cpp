@@ -1,5 +1,6 @@
 #include "shell/CommandLine.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -63,6 +64,27 @@ TEST_F(CommandLineTest, StatsUsesThePace)
     EXPECT_EQ(run({QStringLiteral("stats"), path}).out, "5 words · 1 min @120wpm\n");
     EXPECT_EQ(run({QStringLiteral("stats"), path, QStringLiteral("--wpm"), QStringLiteral("2")}).out,
               "5 words · 3 min @2wpm\n");
+    EXPECT_EQ(run({QStringLiteral("stats"), QStringLiteral("--wpm=2"), path}).out, "5 words · 3 min @2wpm\n");
+}
+
+TEST_F(CommandLineTest, OutputThatCannotBeWrittenIsAFailure)
+{
+    const QString path = file("s.md", "# One two\n");
+    QFile full(QStringLiteral("/dev/full"));
+    ASSERT_TRUE(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    QString errText;
+    QTextStream out(&full);
+    QTextStream err(&errText);
+    for (const char* command : {"stats", "export"}) {
+        QStringList args{QStringLiteral("orantium"), QString::fromLatin1(command)};
+        if (args.last() == QLatin1String("export"))
+            args << QStringLiteral("--to") << QStringLiteral("markdown");
+        args << path;
+        errText.clear();
+        out.resetStatus();
+        EXPECT_EQ(CommandLine::run(args, out, err), 1) << command;
+        EXPECT_TRUE(errText.contains(QLatin1String("could not be written"))) << command;
+    }
 }
 
 TEST_F(CommandLineTest, UnreadableFilesAndWrongUsage)
