@@ -115,10 +115,12 @@ void ContentView::commitPendingEdit(bool keepEditing)
     const std::optional<NodeID> id = controller->editingNodeID();
     if (!id)
         return;
+    const bool wasNew = controller->editingIsNew();
     m_canvas->commitEditing();
-    // Saving mid-line keeps the line open (unless the commit removed it); the typing goes on.
+    // Saving mid-line keeps the line open (unless the commit removed it), new as it was, so
+    // that Return still goes on to the next line.
     if (keepEditing && m_mode == AppMode::tree)
-        controller->startSession(*id, false);
+        controller->startSession(*id, wasNew);
 }
 
 void ContentView::treeMutated()

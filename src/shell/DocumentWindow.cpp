@@ -160,8 +160,9 @@ void DocumentWindow::onFileChangedOnDisk()
     // Nothing of ours is waiting to be written: the other program's version simply shows.
     const bool isEditing = canvas()->controller()->editingNodeID().has_value();
     if (!m_document->isModified() && !isEditing) {
-        if (!m_document->reloadFromDisk())
-            showError(m_document->lastError());
+        // A file caught half written (or emptied) is left alone: the next notice tries again,
+        // and a save would still ask first.
+        m_document->reloadFromDisk();
         return;
     }
     resolveDiskChange();
