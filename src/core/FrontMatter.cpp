@@ -332,15 +332,46 @@ bool hasDuplicatedKey(yaml_document_t* doc)
 
 constexpr int maxFlowNesting = 256;
 
+// How deep brackets nest, not counting those inside quoted scalars or comments: a scripture
+// written "Luke 1 [RSV" is text, not a collection. A quote counts only where a quoted scalar
+// can begin, so that an apostrophe in plain text can't hide the brackets after it.
 int flowNesting(const QString& yaml)
 {
     int depth = 0;
     int deepest = 0;
-    for (QChar c : yaml) {
-        if (c == QLatin1Char('[') || c == QLatin1Char('{'))
+    QChar quote;
+    bool inComment = false;
+    QChar previous = QLatin1Char('\n');
+    QChar lastOnLine; // the last character on this line that isn't a space
+    auto startsScalar = [&] {
+        if (previous == QLatin1Char('[') || previous == QLatin1Char('{') || previous == QLatin1Char(','))
+            return true;
+        return previous.isSpace()
+               && (lastOnLine.isNull() || QStringView(u":-?,[{").contains(lastOnLine));
+    };
+    for (qsizetype i = 0; i < yaml.size(); ++i) {
+        const QChar c = yaml[i];
+        if (inComment) {
+            inComment = c != QLatin1Char('\n');
+        } else if (!quote.isNull()) {
+            if (quote == QLatin1Char('"') && c == QLatin1Char('\\'))
+                ++i; // an escaped character, perhaps a quote
+            else if (c == quote)
+                quote = QChar();
+        } else if ((c == QLatin1Char('"') || c == QLatin1Char('\'')) && startsScalar()) {
+            quote = c;
+        } else if (c == QLatin1Char('#') && previous.isSpace()) {
+            inComment = true;
+        } else if (c == QLatin1Char('[') || c == QLatin1Char('{')) {
             deepest = std::max(deepest, ++depth);
-        else if ((c == QLatin1Char(']') || c == QLatin1Char('}')) && depth > 0)
+        } else if ((c == QLatin1Char(']') || c == QLatin1Char('}')) && depth > 0) {
             --depth;
+        }
+        if (c == QLatin1Char('\n'))
+            lastOnLine = QChar();
+        else if (!c.isSpace())
+            lastOnLine = c;
+        previous = c;
     }
     return deepest;
 }

@@ -90,6 +90,25 @@ TEST(DeepInput, GarbageFrontMatterIsDroppedAndTheBodyKept)
     }
     QByteArray nested = "---\nx: " + QByteArray(3'000'000, '[') + "\n---\nbody";
     EXPECT_TRUE(readSermon(nested));
+    // An apostrophe in plain text opens no quote that could hide the brackets after it.
+    QByteArray hidden = "---\nseries: it's\nx: " + QByteArray(3'000'000, '[') + "\n---\nbody";
+    EXPECT_TRUE(readSermon(hidden));
+}
+
+TEST(DeepInput, BracketsInQuotesOrCommentsAreText)
+{
+    const QByteArray many(300, '[');
+    const QByteArray blocks[] = {
+        "---\nscripture: \"" + many + "\"\nseries: Advent\n---\n# T\n",
+        "---\nscripture: '" + many + "'\nseries: Advent\n---\n# T\n",
+        "---\n# " + many + "\nseries: Advent\n---\n# T\n",
+        "---\nscripture: \"say \\\" " + many + "\"\nseries: Advent\n---\n# T\n",
+    };
+    for (const QByteArray& block : blocks) {
+        auto contents = readSermon(block);
+        ASSERT_TRUE(contents) << block.left(40).toStdString();
+        EXPECT_EQ(contents->metadata.series, QStringLiteral("Advent")) << block.left(40).toStdString();
+    }
 }
 
 } // namespace
