@@ -1,9 +1,14 @@
 #include "ShellTestSupport.h"
 
 #include "shell/RecentSermonsStore.h"
+#include "shell/StatusBarView.h"
+
+#include "core/SermonDocument.h"
 
 #include <QDir>
 #include <QFile>
+#include <QMenu>
+#include <QToolButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -128,6 +133,43 @@ TEST_F(RecentSermonsStoreTest, RefreshFillsEntriesInOrderAndKeepsOldCacheEntries
     ASSERT_EQ(store.entries().size(), 1);
     EXPECT_EQ(store.entries().at(0).title, QStringLiteral("A"));
     EXPECT_TRUE(store.cache().contains(b));
+}
+
+// The pace menu under the map: one item per pace, a check on the stored one, none for a pace
+// that is no item (only a hand-edited preference gives one); choosing hands the pace on.
+TEST(StatusBar, ThePaceMenuMarksTheStoredPaceAndHandsOnTheChoice)
+{
+    ensureApplication();
+    SermonDocument document(SermonNode::make(QStringLiteral("One two"), 0));
+    document.root()->addChild(QStringLiteral("three four five"));
+    StatusBarView bar(&document);
+    std::vector<int> chosen;
+    bar.onChooseReadingPace = [&](int wpm) { chosen.push_back(wpm); };
+    auto items = [&] {
+        QMenu* menu = bar.paceButton()->menu();
+        emit menu->aboutToShow();
+        return menu->actions();
+    };
+    const struct {
+        int wpm;
+        int checkedRow; // -1: none
+    } cases[] = {{120, 1}, {160, 3}, {137, -1}};
+    for (const auto& c : cases) {
+        bar.setReadingPaceWPM(c.wpm);
+        EXPECT_EQ(bar.paceButton()->text(), QStringLiteral("5 words \u00b7 1 min @%1wpm").arg(c.wpm));
+        const QList<QAction*> actions = items();
+        ASSERT_EQ(actions.size(), 4);
+        EXPECT_EQ(actions[0]->text(), QStringLiteral("Slow (100 wpm)"));
+        EXPECT_EQ(actions[3]->text(), QStringLiteral("Brisk (160 wpm)"));
+        for (int row = 0; row < 4; ++row)
+            EXPECT_EQ(!actions[row]->icon().isNull(), row == c.checkedRow) << c.wpm << " row " << row;
+    }
+    items()[2]->trigger();
+    EXPECT_EQ(chosen, std::vector<int>{140});
+    // The count follows the tree when told to.
+    document.root()->addChild(QStringLiteral("six"));
+    bar.refresh();
+    EXPECT_TRUE(bar.paceButton()->text().startsWith(QStringLiteral("6 words")));
 }
 
 } // namespace
