@@ -209,11 +209,11 @@ bool OpenDocument::reloadFromDisk()
         m_lastError = error;
         return false;
     }
-    m_autosaveTimer->stop();
     m_document->replaceContents(std::move(*contents), m_undoManager.get());
     m_savedBytes = m_document->fileContents();
     m_changedOutsideUndo = false;
     markClean();
+    // The replacement's own step started an autosave; what is on disk is what is shown.
     m_autosaveTimer->stop();
     rememberDisk(*bytes);
     m_lastError.clear();

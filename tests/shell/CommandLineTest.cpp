@@ -1,3 +1,5 @@
+#include "ShellTestSupport.h"
+
 #include "shell/CommandLine.h"
 
 #include <QFile>
@@ -28,9 +30,7 @@ protected:
     QString file(const char* name, const QByteArray& bytes)
     {
         const QString path = dir.filePath(QString::fromUtf8(name));
-        QFile f(path);
-        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
+        EXPECT_TRUE(writeFile(path, bytes));
         return path;
     }
     QTemporaryDir dir;

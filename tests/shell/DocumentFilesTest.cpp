@@ -17,24 +17,11 @@
 
 namespace {
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
 // Another program saving the file: new bytes, and a later time so that the change shows even
 // within the file system's clock resolution.
 void writeElsewhere(const QString& path, const QByteArray& bytes)
 {
-    writeFile(path, bytes);
+    ASSERT_TRUE(writeFile(path, bytes));
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
     file.setFileTime(QDateTime::currentDateTime().addSecs(5), QFileDevice::FileModificationTime);
@@ -47,30 +34,17 @@ void renameRoot(OpenDocument* open, const QString& title)
     open->document()->root()->setText(title);
 }
 
-class DocumentFilesTest : public ::testing::Test {
+class DocumentFilesTest : public ::testing::Test, protected ShellHarness {
 protected:
     void SetUp() override
     {
-        ensureApplication();
+        startShell();
         ASSERT_TRUE(dir.isValid());
-        preferences = temporaryPreferences(dir);
-        context.preferences = preferences.get();
-        context.prompts = &prompts;
-        manager = std::make_unique<DocumentManager>(context);
         samplePath = dir.filePath(QStringLiteral("sample.md"));
-        writeFile(samplePath, "# Sample\n\n## Opening\n\nFirst line.\n");
+        ASSERT_TRUE(writeFile(samplePath, "# Sample\n\n## Opening\n\nFirst line.\n"));
     }
-    void TearDown() override
-    {
-        for (DocumentWindow* window : manager->windows())
-            delete window;
-    }
+    void TearDown() override { closeAllWindows(); }
 
-    QTemporaryDir dir;
-    std::unique_ptr<Preferences> preferences;
-    ScriptedPrompts prompts;
-    AppContext context;
-    std::unique_ptr<DocumentManager> manager;
     QString samplePath;
 };
 
@@ -154,9 +128,9 @@ TEST_F(DocumentFilesTest, OpeningAFileThatIsOpenRaisesItsWindow)
 TEST_F(DocumentFilesTest, AFileThatCannotBeReadShowsAMessageAndOpensNothing)
 {
     const QString empty = dir.filePath(QStringLiteral("empty.md"));
-    writeFile(empty, "");
+    ASSERT_TRUE(writeFile(empty, ""));
     const QString latin1 = dir.filePath(QStringLiteral("latin1.md"));
-    writeFile(latin1, "# Caf\xe9\n");
+    ASSERT_TRUE(writeFile(latin1, "# Caf\xe9\n"));
     for (const QString& path : {empty, latin1, dir.filePath(QStringLiteral("missing.md")), dir.path()}) {
         prompts.errors.clear();
         EXPECT_EQ(manager->open(path), nullptr) << path.toStdString();
@@ -231,12 +205,12 @@ TEST_F(DocumentFilesTest, ASaveThatFailsSaysSoAndLeavesTheDocumentModified)
     const QString folder = dir.filePath(QStringLiteral("gone"));
     ASSERT_TRUE(QDir().mkpath(folder));
     const QString path = folder + QStringLiteral("/gone.md");
-    writeFile(path, "# Gone\n");
+    ASSERT_TRUE(writeFile(path, "# Gone\n"));
     DocumentWindow* window = manager->open(path);
     ASSERT_NE(window, nullptr);
     // The folder is replaced by a file: nothing can be written there, whoever runs the test.
     ASSERT_TRUE(QDir(folder).removeRecursively());
-    writeFile(folder, "not a folder");
+    ASSERT_TRUE(writeFile(folder, "not a folder"));
 
     renameRoot(window->openDocument(), QStringLiteral("Changed"));
     EXPECT_FALSE(window->save());
@@ -272,7 +246,7 @@ TEST_F(DocumentFilesTest, AFileDeletedWhileOpenIsWrittenAgainBySave)
 TEST_F(DocumentFilesTest, RecentFilesAreMostRecentFirstWithoutRepeats)
 {
     const QString other = dir.filePath(QStringLiteral("other.md"));
-    writeFile(other, "# Other\n");
+    ASSERT_TRUE(writeFile(other, "# Other\n"));
     manager->open(samplePath);
     manager->open(other);
     manager->open(samplePath);
@@ -309,7 +283,7 @@ TEST_F(DocumentFilesTest, UnsavedChangesAreNeverWrittenSilentlyOverAnotherProgra
         {"save, reload", DiskChoice::reload, true, "# Theirs", "# Theirs"},
     };
     for (const Case& c : cases) {
-        writeFile(samplePath, "# Sample\n\nFirst line.\n");
+        ASSERT_TRUE(writeFile(samplePath, "# Sample\n\nFirst line.\n"));
         DocumentWindow* window = manager->open(samplePath);
         OpenDocument* open = window->openDocument();
         open->setAutosaveDelay(c.throughSave ? 60000 : 20);

@@ -25,30 +25,19 @@
 namespace {
 
 // A document window on a small sermon, shown, with its menus and map as the user meets them.
-class MenuRulesTest : public ::testing::Test {
+class MenuRulesTest : public ::testing::Test, protected ShellHarness {
 protected:
     void SetUp() override
     {
-        ensureApplication();
-        preferences = temporaryPreferences(dir);
-        context.preferences = preferences.get();
-        context.prompts = &prompts;
-        manager = std::make_unique<DocumentManager>(context);
+        startShell();
         path = dir.filePath(QStringLiteral("menus.md"));
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("# Title\n\n## Part\n\nFirst line.\n\nSecond line.\n");
-        file.close();
+        ASSERT_TRUE(writeFile(path, "# Title\n\n## Part\n\nFirst line.\n\nSecond line.\n"));
         window = manager->open(path);
         ASSERT_NE(window, nullptr);
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
     }
-    void TearDown() override
-    {
-        for (DocumentWindow* each : manager->windows())
-            delete each;
-    }
+    void TearDown() override { closeAllWindows(); }
 
     QAction* item(const QString& text) const
     {
@@ -69,11 +58,6 @@ protected:
     }
     void select(const SermonNodePtr& node) const { controller().setSelectedNodeID(node->id()); }
 
-    QTemporaryDir dir;
-    std::unique_ptr<Preferences> preferences;
-    ScriptedPrompts prompts;
-    AppContext context;
-    std::unique_ptr<DocumentManager> manager;
     DocumentWindow* window = nullptr;
     QString path;
 };
@@ -206,10 +190,7 @@ TEST_F(MenuRulesTest, ALineTypedOnTheMapIsSavedEvenWhenAnAutosaveFallsWhileTypin
     QTest::mouseClick(canvas, Qt::LeftButton, {}, QPoint(canvas->width() - 10, canvas->height() - 10));
     ASSERT_FALSE(editor->isOpen());
 
-    auto fileText = [&] {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    };
+    auto fileText = [&] { return readAll(path); };
     EXPECT_TRUE(QTest::qWaitFor([&] { return fileText().endsWith("Second line.\nThird line.\n"); }, 2000))
         << fileText().toStdString();
     EXPECT_FALSE(open->isModified());
@@ -219,10 +200,7 @@ TEST_F(MenuRulesTest, ALineStillInTheEditorIsInTheFileAfterSaveDeliveryAndClose)
 {
     MindMapCanvas* canvas = window->canvas();
     NodeEditorOverlay* editor = canvas->editorOverlay();
-    auto fileText = [&] {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    };
+    auto fileText = [&] { return QString::fromUtf8(readAll(path)); };
     auto typeInto = [&](const SermonNodePtr& node, const QString& text) {
         canvas->setFocus();
         select(node);

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "shell/AppContext.h"
+#include "shell/DocumentManager.h"
+#include "shell/DocumentWindow.h"
 #include "shell/Preferences.h"
 #include "shell/UserPrompts.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStringList>
@@ -80,5 +84,44 @@ public:
         const DiskChoice choice = diskChoices.front();
         diskChoices.pop_front();
         return choice;
+    }
+};
+
+// The bytes of a file; empty when it can't be read.
+inline QByteArray readAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Writes a file whole; false when it couldn't be.
+inline bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+// What a shell test stands in: its own folder and preferences, questions answered from a
+// script, and a document manager over them. Fixtures call startShell() in SetUp and
+// closeAllWindows() in TearDown.
+struct ShellHarness {
+    QTemporaryDir dir;
+    std::unique_ptr<Preferences> preferences;
+    ScriptedPrompts prompts;
+    AppContext context;
+    std::unique_ptr<DocumentManager> manager;
+
+    void startShell()
+    {
+        ensureApplication();
+        preferences = temporaryPreferences(dir);
+        context.preferences = preferences.get();
+        context.prompts = &prompts;
+        manager = std::make_unique<DocumentManager>(context);
+    }
+    void closeAllWindows()
+    {
+        for (DocumentWindow* window : manager->windows())
+            delete window;
     }
 };

@@ -16,26 +16,19 @@
 
 namespace {
 
-class WindowRulesTest : public ::testing::Test {
+class WindowRulesTest : public ::testing::Test, protected ShellHarness {
 protected:
     void SetUp() override
     {
-        ensureApplication();
-        preferences = temporaryPreferences(dir);
-        context.preferences = preferences.get();
-        context.prompts = &prompts;
-        manager = std::make_unique<DocumentManager>(context);
+        startShell();
         supervisor = std::make_unique<WindowSupervisor>(manager.get(), preferences.get());
         supervisor->onQuit = [this] { ++quits; };
         path = dir.filePath(QStringLiteral("a.md"));
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("# A\n\nLine.\n");
+        ASSERT_TRUE(writeFile(path, "# A\n\nLine.\n"));
     }
     void TearDown() override
     {
-        for (DocumentWindow* window : manager->windows())
-            delete window;
+        closeAllWindows();
         supervisor.reset();
     }
     // The supervisor answers a close one turn later.
@@ -48,11 +41,6 @@ protected:
     }
     bool welcomeVisible() const { return supervisor->welcomeWindow() && supervisor->welcomeWindow()->isVisible(); }
 
-    QTemporaryDir dir;
-    std::unique_ptr<Preferences> preferences;
-    ScriptedPrompts prompts;
-    AppContext context;
-    std::unique_ptr<DocumentManager> manager;
     std::unique_ptr<WindowSupervisor> supervisor;
     QString path;
     int quits = 0;
