@@ -1,8 +1,9 @@
 #include "SermonFile.h"
 
+#include "DiskWrite.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace SermonFile {
 
@@ -32,18 +33,9 @@ std::optional<SermonContents> read(const QString& path, QString* error)
 
 bool write(const QString& path, const QByteArray& bytes, QString* error)
 {
-    QSaveFile file(path);
     QString why;
-    if (!file.open(QIODevice::WriteOnly)) {
-        why = file.errorString();
-    } else if (file.write(bytes) != bytes.size()) {
-        why = file.errorString();
-        file.cancelWriting();
-    } else if (!file.commit()) {
-        why = file.errorString();
-    } else {
+    if (DiskWrite::replaceFile(path, bytes, &why))
         return true;
-    }
     if (error)
         *error = saveFailureMessage(path, why);
     return false;
