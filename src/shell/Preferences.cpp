@@ -3,8 +3,13 @@
 #include "delivery/DeliveryPreferences.h"
 
 #include <QDir>
+#include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QSettings>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 
 #include <limits>
 
@@ -13,7 +18,37 @@ Preferences::Preferences(std::unique_ptr<QSettings> settings, QObject* parent)
 {
 }
 
-Preferences::Preferences(QObject* parent) : Preferences(std::make_unique<QSettings>(), parent) {}
+namespace {
+
+// The user's settings file, unless it is a link or not a plain file: saving through a link would
+// write wherever it leads (another file, a device), and reading a device or a pipe may never end.
+// Such a file is left alone; the settings then live in a private file for this run, starting
+// from what a link to a plain file held.
+std::unique_ptr<QSettings> userStore(std::unique_ptr<QTemporaryDir>* privateFolder)
+{
+    const QString path = Preferences::userStorePath();
+    const QFileInfo info(path);
+    if (!info.isSymLink() && (!info.exists() || info.isFile()))
+        return std::make_unique<QSettings>(path, QSettings::IniFormat);
+    qWarning("Settings are not saved this time: %s is a link or not a plain file", qPrintable(path));
+    *privateFolder = std::make_unique<QTemporaryDir>();
+    const QString copy = (*privateFolder)->filePath(QStringLiteral("settings.conf"));
+    const QFileInfo target(info.canonicalFilePath());
+    if (info.isSymLink() && target.isFile() && target.size() < (1 << 20))
+        QFile::copy(target.filePath(), copy);
+    return std::make_unique<QSettings>(copy, QSettings::IniFormat);
+}
+
+} // namespace
+
+QString Preferences::userStorePath()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    return QDir(folder).filePath(QCoreApplication::organizationName() + QLatin1Char('/')
+                                 + QCoreApplication::applicationName() + QStringLiteral(".conf"));
+}
+
+Preferences::Preferences(QObject* parent) : QObject(parent), m_settings(userStore(&m_privateFolder)) {}
 
 Preferences::~Preferences() = default;
 
@@ -69,11 +104,18 @@ QStringList Preferences::recentFiles() const
     const QVariant value = m_settings->value(QString::fromLatin1(recentFilesKey));
     if (!value.canConvert<QStringList>())
         return {};
+    // Linear, and only as far as the list is shown: a stored list may be any length.
     QStringList paths;
-    for (const QString& path : value.toStringList())
-        if (!path.isEmpty() && QFileInfo(path).isAbsolute() && !paths.contains(path))
+    QSet<QString> seen;
+    for (const QString& path : value.toStringList()) {
+        if (paths.size() == maxRecentFiles)
+            break;
+        if (!path.isEmpty() && QFileInfo(path).isAbsolute() && !seen.contains(path)) {
+            seen.insert(path);
             paths.append(path);
-    return paths.mid(0, maxRecentFiles);
+        }
+    }
+    return paths;
 }
 
 bool Preferences::setRecentFiles(const QStringList& paths)

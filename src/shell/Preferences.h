@@ -8,6 +8,7 @@
 #include <memory>
 
 class QSettings;
+class QTemporaryDir;
 
 // The per-user settings, typed, each with its default. A stored value that doesn't read as its
 // type (or lies outside its range) gives the default, silently. Passed to whoever needs it.
@@ -24,8 +25,9 @@ public:
 
     // Uses the given store (tests pass one on a temporary file); takes ownership.
     explicit Preferences(std::unique_ptr<QSettings> settings, QObject* parent = nullptr);
-    // The user's own store.
+    // The user's own store, at userStorePath() unless that is a link or not a plain file.
     explicit Preferences(QObject* parent = nullptr);
+    static QString userStorePath();
     ~Preferences() override;
 
     AppAppearance appearance() const;
@@ -57,6 +59,7 @@ private:
     int intValue(const char* key, int fallback) const;
     bool store(const char* key, const QVariant& value);
 
+    std::unique_ptr<QTemporaryDir> m_privateFolder;
     std::unique_ptr<QSettings> m_settings;
     DeliveryPreferences* m_delivery = nullptr;
 };

@@ -11,6 +11,11 @@
 #include <QToolButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThread>
+
+#include <future>
+#include <sys/stat.h>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -66,6 +71,50 @@ TEST(Preferences, TheRecentListKeepsTenMostRecentFirst)
     EXPECT_EQ(recent.at(1), QStringLiteral("/s/11.md"));
     EXPECT_EQ(recent.count(QStringLiteral("/s/5.md")), 1);
     EXPECT_FALSE(recent.contains(QStringLiteral("/s/1.md")));
+}
+
+TEST(Preferences, ASettingsFileThatIsALinkOrAPipeIsNeverWrittenThrough)
+{
+    ensureApplication();
+    const QString path = Preferences::userStorePath();
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(path).absolutePath()));
+    QTemporaryDir elsewhere;
+    const QString target = elsewhere.filePath(QStringLiteral("target.conf"));
+    const QByteArray targetBytes = "[General]\nappearance=Dark\n";
+    struct Case {
+        const char* name;
+        bool pipe;
+        AppAppearance readsAs;
+    };
+    const Case cases[] = {
+        {"a link to another file", false, AppAppearance::dark},
+        {"a named pipe", true, AppAppearance::system},
+    };
+    for (const Case& c : cases) {
+        QFile::remove(path);
+        ASSERT_TRUE(writeFile(target, targetBytes));
+        if (c.pipe)
+            ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0) << c.name;
+        else
+            ASSERT_TRUE(QFile::link(target, path)) << c.name;
+        {
+            // Reading a pipe would wait for ever: a deadline turns that into a failure.
+            auto made = std::make_shared<std::promise<Preferences*>>();
+            std::future<Preferences*> ready = made->get_future();
+            std::thread([made] { made->set_value(new Preferences); }).detach();
+            ASSERT_EQ(ready.wait_for(std::chrono::seconds(30)), std::future_status::ready) << c.name;
+            std::unique_ptr<Preferences> preferences(ready.get());
+            preferences->moveToThread(QThread::currentThread());
+            EXPECT_EQ(preferences->appearance(), c.readsAs) << c.name;
+            preferences->setAppearance(AppAppearance::light);
+            preferences->settings().sync();
+            EXPECT_EQ(preferences->appearance(), AppAppearance::light) << c.name;
+        }
+        const QFileInfo after(path);
+        EXPECT_EQ(after.isSymLink(), !c.pipe) << c.name;
+        EXPECT_EQ(readAll(target), targetBytes) << c.name;
+    }
+    QFile::remove(path);
 }
 
 class RecentSermonsStoreTest : public ::testing::Test {
