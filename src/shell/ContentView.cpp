@@ -80,11 +80,6 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     connect(sermon, &SermonDocument::rootChanged, this, &ContentView::refreshStatus);
     connect(sermon, &SermonDocument::undoRedoGenerationChanged, this, &ContentView::refreshStatus);
     connect(document->undoManager(), &UndoManager::stateChanged, this, &ContentView::refreshStatus);
-    connect(document, &OpenDocument::saved, this, [this] { m_statusBar->setNotice({}); });
-    connect(document, &OpenDocument::autosaveFailed, this, [this](const QString& message) {
-        m_statusBar->setNotice(message);
-    });
-    m_statusBar->setNotice({});
     m_canvas->setFocus();
 }
 

@@ -3,6 +3,7 @@
 #include "DocumentWindow.h"
 #include "OpenDocument.h"
 #include "PendingCreation.h"
+#include "RecoveryStore.h"
 #include "Preferences.h"
 #include "SafeFileName.h"
 #include "SermonFile.h"
@@ -103,15 +104,50 @@ DocumentWindow* DocumentManager::newDocument()
     auto document = makeNewSermon();
     const QString name = safeFileName(document->root()->text());
     auto open = std::make_unique<OpenDocument>(std::move(document), QString(), name);
+    if (m_recovery)
+        open->setRecoveryPath(m_recovery->newCopyPath());
+    return adopt(new DocumentWindow(std::move(open), m_context));
+}
+
+DocumentWindow* DocumentManager::restoreCopy(const QString& path, QWidget* parent)
+{
+    QString error;
+    auto contents = SermonFile::read(path, &error);
+    if (!contents) {
+        if (m_context.prompts)
+            m_context.prompts->showError(parent, error);
+        return nullptr;
+    }
+    auto document = std::make_unique<SermonDocument>(std::move(*contents));
+    const QString name = safeFileName(document->root()->text());
+    auto open = std::make_unique<OpenDocument>(std::move(document), QString(), name);
+    if (m_recovery)
+        open->setRecoveryPath(m_recovery->newCopyPath());
+    // Never saved anywhere: its changes are all still to keep.
+    open->noteChange();
+    // The old copy goes only once the new one is on disk.
+    if (open->writeRecovery())
+        RecoveryStore::discard(path);
     return adopt(new DocumentWindow(std::move(open), m_context));
 }
 
 bool DocumentManager::closeAll()
 {
-    for (DocumentWindow* window : windows())
-        if (!window->close())
+    const QList<DocumentWindow*> all = windows();
+    for (DocumentWindow* window : all)
+        if (window->isVisible() && !window->prepareToClose())
             return false;
+    for (DocumentWindow* window : all)
+        window->closeWithoutAsking();
     return true;
+}
+
+bool DocumentManager::keepEverythingForExit()
+{
+    bool allKept = true;
+    for (DocumentWindow* window : windows())
+        allKept = window->keepForExit() && allKept;
+    return allKept;
 }
 
 void DocumentManager::quit()

@@ -7,6 +7,7 @@
 #include <QPointer>
 
 class DocumentWindow;
+class RecoveryStore;
 class SermonDocument;
 class QWidget;
 
@@ -38,10 +39,22 @@ public:
     QList<DocumentWindow*> windows() const;
     DocumentWindow* windowFor(const QString& path) const;
 
-    // Closes every document window, each asking about its changes; false if one refused.
+    // Where untitled sermons keep copies of their changes; none by default.
+    void setRecoveryStore(RecoveryStore* store) { m_recovery = store; }
+    RecoveryStore* recoveryStore() const { return m_recovery; }
+    // A copy an earlier run left behind, opened as an untitled sermon with its changes; the copy
+    // is let go once the new window keeps its own.
+    DocumentWindow* restoreCopy(const QString& path, QWidget* parent = nullptr);
+
+    // Closes every document window. Each is asked about its changes first, and only when none
+    // refused do they close: a Cancel leaves every window open.
     bool closeAll();
     // closeAll, then ends the application.
     void quit();
+    // The application must end now, with no one to ask (a signal from the session): named
+    // sermons with changes are saved and untitled ones keep their copies. True if nothing was
+    // left unkept.
+    bool keepEverythingForExit();
 
 signals:
     void windowOpened(DocumentWindow* window);
@@ -51,4 +64,5 @@ private:
 
     AppContext m_context;
     QList<QPointer<DocumentWindow>> m_windows;
+    RecoveryStore* m_recovery = nullptr;
 };

@@ -7,6 +7,8 @@
 #include "FileSettingsSheet.h"
 #include "OpenDocument.h"
 #include "Preferences.h"
+#include "RecoveryStore.h"
+#include "StatusBarView.h"
 #include "UserPrompts.h"
 
 #include "core/SermonDocument.h"
@@ -46,10 +48,23 @@ DocumentWindow::DocumentWindow(std::unique_ptr<OpenDocument> document, AppContex
 
     connect(m_document.get(), &OpenDocument::modifiedChanged, this, &DocumentWindow::updateTitle);
     connect(m_document.get(), &OpenDocument::filePathChanged, this, &DocumentWindow::updateTitle);
+    connect(m_document.get(), &OpenDocument::fileStateChanged, this, [this] {
+        updateTitle();
+        updateNotice();
+    });
+    connect(m_document.get(), &OpenDocument::saved, this, [this] {
+        m_autosaveError.clear();
+        updateNotice();
+    });
+    connect(m_document.get(), &OpenDocument::autosaveFailed, this, [this](const QString& message) {
+        m_autosaveError = message;
+        updateNotice();
+    });
     // Queued: the question waits until the autosave or watcher that noticed has returned.
     connect(m_document.get(), &OpenDocument::fileChangedOnDisk, this, &DocumentWindow::onFileChangedOnDisk,
             Qt::QueuedConnection);
     updateTitle();
+    updateNotice();
     resize(1200, 800);
 }
 
@@ -74,9 +89,34 @@ MindMapCanvas* DocumentWindow::canvas() const
 void DocumentWindow::updateTitle()
 {
     // The marker Qt puts where "[*]" stands.
-    setWindowTitle(m_document->displayName() + QStringLiteral("[*]"));
+    const QString readOnly = m_document->isReadOnly() ? QStringLiteral(" [Read-Only]") : QString();
+    setWindowTitle(m_document->displayName() + readOnly + QStringLiteral("[*]"));
     setWindowModified(m_document->isModified());
     setWindowFilePath(m_document->filePath());
+}
+
+void DocumentWindow::updateNotice()
+{
+    StatusBarView* status = m_content->statusBar();
+    const StatusBarView::NoticeAction saveElsewhere{QStringLiteral("Save As…"), [this] { saveAs(); }};
+    if (m_document->isFileGone()) {
+        status->setNotice(QStringLiteral("“%1” was moved or deleted. Changes are not being saved.")
+                              .arg(m_document->displayName()),
+                          {saveElsewhere, {QStringLiteral("Save Here Again"), [this] { saveHereAgain(); }}});
+    } else if (m_document->isReadOnly()) {
+        status->setNotice(QStringLiteral("Read-only. Changes can be kept with Save As."), {saveElsewhere});
+    } else {
+        status->setNotice(m_autosaveError);
+    }
+}
+
+bool DocumentWindow::saveHereAgain()
+{
+    m_content->commitPendingEdit(true);
+    if (m_document->saveHereAgain())
+        return true;
+    showError(m_document->lastError());
+    return false;
 }
 
 void DocumentWindow::showError(const QString& message)
@@ -88,7 +128,9 @@ void DocumentWindow::showError(const QString& message)
 bool DocumentWindow::save()
 {
     m_content->commitPendingEdit(true);
-    if (m_document->isUntitled())
+    m_document->updateFileState();
+    // No file to write to in place: the user says where.
+    if (m_document->isUntitled() || m_document->isFileGone() || m_document->isReadOnly())
         return saveAs();
     if (m_document->changedOnDisk())
         return resolveDiskChange();
@@ -130,7 +172,13 @@ bool DocumentWindow::saveAs()
 bool DocumentWindow::prepareToClose()
 {
     m_content->commitPendingEdit();
-    if (!m_document->isUntitled()) {
+    m_document->updateFileState();
+    const bool cannotSaveInPlace = m_document->isFileGone() || m_document->isReadOnly();
+    if (cannotSaveInPlace) {
+        // Never written back behind the user's back: only their own choice saves it.
+        if (!m_document->hasUnsavedBytes())
+            return true;
+    } else if (!m_document->isUntitled()) {
         if (m_document->hasUnsavedBytes() && m_document->changedOnDisk())
             return resolveDiskChange();
         if (m_document->saveIfNeeded())
@@ -188,10 +236,38 @@ bool DocumentWindow::resolveDiskChange()
     return done;
 }
 
+bool DocumentWindow::keepForExit()
+{
+    m_content->commitPendingEdit();
+    if (!m_document->isUntitled()) {
+        m_document->updateFileState();
+        if (!m_document->hasUnsavedBytes())
+            return true;
+        const bool inPlace = !m_document->isFileGone() && !m_document->isReadOnly() && !m_document->changedOnDisk();
+        if (inPlace && m_document->save())
+            return true;
+        // Not to be written where it was: kept beside the untitled ones instead.
+        RecoveryStore* store = m_context.documents ? m_context.documents->recoveryStore() : nullptr;
+        if (!store)
+            return false;
+        if (m_document->recoveryPath().isEmpty())
+            m_document->setRecoveryPath(store->newCopyPath());
+    }
+    return m_document->writeRecovery() || !m_document->isModified();
+}
+
+void DocumentWindow::closeWithoutAsking()
+{
+    m_isClosing = true;
+    close();
+}
+
 void DocumentWindow::closeEvent(QCloseEvent* event)
 {
     if (m_isClosing || prepareToClose()) {
         m_isClosing = true;
+        // The user has let its changes go, or they are saved.
+        m_document->discardRecovery();
         event->accept();
     } else {
         event->ignore();

@@ -33,8 +33,15 @@ public:
     // (the failure has been shown; the document stays open and modified).
     bool save();
     bool saveAs();
+    // Writes the file again where it was, after it was moved or deleted.
+    bool saveHereAgain();
     // Whether the window may go: saves a titled document, asks about an untitled one with changes.
     bool prepareToClose();
+    // The application ends with no one to ask: saves the sermon if it can be saved in place, else
+    // keeps a copy to offer at the next start. False if its changes could be kept nowhere.
+    bool keepForExit();
+    // Closes once prepareToClose has said yes, without asking again.
+    void closeWithoutAsking();
 
     void showFileSettings();
 
@@ -43,6 +50,8 @@ protected:
 
 private:
     void updateTitle();
+    // The status bar's notice: a file gone or read-only, or an autosave that failed.
+    void updateNotice();
     void showError(const QString& message);
     void onFileChangedOnDisk();
     // Asks whose version of a file changed by another program stays, and makes it so; false
@@ -54,6 +63,7 @@ private:
     ContentView* m_content;
     DocumentToolbar* m_toolbar;
     AppMenus* m_menus;
+    QString m_autosaveError;
     bool m_isClosing = false;
     bool m_isAskingAboutDisk = false;
 };

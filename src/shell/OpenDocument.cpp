@@ -1,5 +1,6 @@
 #include "OpenDocument.h"
 
+#include "DiskWrite.h"
 #include "SafeFileName.h"
 #include "SermonFile.h"
 
@@ -39,9 +40,12 @@ OpenDocument::OpenDocument(std::unique_ptr<SermonDocument> document, const QStri
     m_diskSettle->setInterval(300);
     connect(m_watcher, &QFileSystemWatcher::fileChanged, m_diskSettle, qOverload<>(&QTimer::start));
     connect(m_diskSettle, &QTimer::timeout, this, &OpenDocument::diskNoticed);
+    // A folder is watched while its file is gone, to see it come back.
+    connect(m_watcher, &QFileSystemWatcher::directoryChanged, m_diskSettle, qOverload<>(&QTimer::start));
     if (!m_filePath.isEmpty()) {
         m_savedBytes = m_document->fileContents();
         rememberDisk(readBytes(m_filePath).value_or(QByteArray()));
+        updateFileState();
     }
     m_autosaveTimer->setSingleShot(true);
     m_autosaveTimer->setInterval(defaultAutosaveDelayMs);
@@ -93,7 +97,7 @@ void OpenDocument::changed()
     if (m_isMarkingClean)
         return;
     updateModified();
-    if (m_filePath.isEmpty())
+    if (m_filePath.isEmpty() && m_recoveryPath.isEmpty())
         return;
     // Each change puts the save off a little, but steady work doesn't put it off for ever.
     if (!m_autosaveTimer->isActive())
@@ -123,7 +127,12 @@ bool OpenDocument::isAutosavePending() const
 
 void OpenDocument::autosave()
 {
-    if (m_filePath.isEmpty())
+    if (m_filePath.isEmpty()) {
+        writeRecovery();
+        return;
+    }
+    updateFileState();
+    if (m_isFileGone || m_isReadOnly)
         return;
     if (hasUnsavedBytes() && changedOnDisk()) {
         emit fileChangedOnDisk();
@@ -172,6 +181,9 @@ bool OpenDocument::saveAs(const QString& path)
         rememberDisk(m_savedBytes);
         emit filePathChanged(m_filePath);
     }
+    discardRecovery();
+    m_recoveryPath.clear();
+    updateFileState();
     return true;
 }
 
@@ -180,12 +192,66 @@ bool OpenDocument::overwrite()
     return !m_filePath.isEmpty() && writeTo(m_filePath, true);
 }
 
+bool OpenDocument::saveHereAgain()
+{
+    if (m_filePath.isEmpty() || !writeTo(m_filePath, true))
+        return false;
+    updateFileState();
+    return true;
+}
+
+void OpenDocument::setRecoveryPath(const QString& path)
+{
+    m_recoveryPath = path;
+}
+
+bool OpenDocument::writeRecovery()
+{
+    if (m_recoveryPath.isEmpty())
+        return false;
+    if (!m_isModified) {
+        discardRecovery();
+        return true;
+    }
+    QString error;
+    return SermonFile::write(m_recoveryPath, m_document->fileContents(), &error);
+}
+
+void OpenDocument::discardRecovery()
+{
+    if (!m_recoveryPath.isEmpty())
+        QFile::remove(m_recoveryPath);
+}
+
+void OpenDocument::updateFileState()
+{
+    if (m_filePath.isEmpty())
+        return;
+    const QFileInfo info(m_filePath);
+    const bool exists = info.exists();
+    // Gone only once it has been there: a name chosen for a file not yet written isn't gone.
+    const bool gone = !exists && (m_isFileGone || m_diskSize >= 0);
+    const bool readOnly = exists && !DiskWrite::isWritable(m_filePath);
+    if (gone == m_isFileGone && readOnly == m_isReadOnly)
+        return;
+    m_isFileGone = gone;
+    m_isReadOnly = readOnly;
+    const QString folder = info.absolutePath();
+    if (gone) {
+        m_autosaveTimer->stop();
+        m_watcher->addPath(folder);
+    } else {
+        m_watcher->removePath(folder);
+    }
+    emit fileStateChanged();
+}
+
 bool OpenDocument::changedOnDisk()
 {
     if (m_filePath.isEmpty())
         return false;
     const QFileInfo info(m_filePath);
-    // A file that went away is simply written again.
+    // A file that went away has not been changed; isFileGone tells of it.
     if (!info.exists())
         return false;
     if (info.lastModified() == m_diskModified && info.size() == m_diskSize)
@@ -235,6 +301,7 @@ void OpenDocument::diskNoticed()
 {
     if (m_filePath.isEmpty())
         return;
+    updateFileState();
     if (QFileInfo::exists(m_filePath) && !m_watcher->files().contains(m_filePath))
         m_watcher->addPath(m_filePath);
     if (changedOnDisk())
@@ -244,9 +311,17 @@ void OpenDocument::diskNoticed()
 bool OpenDocument::writeTo(const QString& path, bool overwriteChanges)
 {
     m_autosaveTimer->stop();
-    if (!overwriteChanges && path == m_filePath && changedOnDisk()) {
-        m_lastError = SermonFile::saveFailureMessage(path, QStringLiteral("The file has been changed by another application."));
-        return false;
+    if (!overwriteChanges && path == m_filePath) {
+        updateFileState();
+        QString why;
+        if (m_isFileGone)
+            why = QStringLiteral("The file has been moved or deleted.");
+        else if (changedOnDisk())
+            why = QStringLiteral("The file has been changed by another application.");
+        if (!why.isEmpty()) {
+            m_lastError = SermonFile::saveFailureMessage(path, why);
+            return false;
+        }
     }
     const QByteArray bytes = m_document->fileContents();
     QString error;

@@ -56,6 +56,26 @@ public:
     // Why the last save failed.
     const QString& lastError() const { return m_lastError; }
 
+    // The file was deleted or moved away while open. Nothing is written to its old place until
+    // the user says so (saveHereAgain, or Save As); a file that comes back ends this.
+    bool isFileGone() const { return m_isFileGone; }
+    bool saveHereAgain();
+    // The file may be read but not written: edits stay here until saved elsewhere.
+    bool isReadOnly() const { return m_isReadOnly; }
+    // Looks again at whether the file is there and may be written (the watcher tells of it a
+    // moment later).
+    void updateFileState();
+
+    // Where an untitled document keeps a copy of its changes, at the autosave pace, so that a
+    // crash or a signal doesn't take them (a named one only when it can't be saved at exit);
+    // empty for none. The copy goes once the document is
+    // saved or its changes are let go (discardRecovery).
+    void setRecoveryPath(const QString& path);
+    const QString& recoveryPath() const { return m_recoveryPath; }
+    // Writes the copy now if there are changes; true when nothing is left unkept.
+    bool writeRecovery();
+    void discardRecovery();
+
     // Tells about a change the undo manager doesn't see (a text edit finishing in place).
     void noteChange();
     void setAutosaveDelay(int milliseconds);
@@ -70,6 +90,8 @@ signals:
     // The file changed under the document (seen by the watcher, or by an autosave that then
     // held back).
     void fileChangedOnDisk();
+    // isFileGone or isReadOnly changed.
+    void fileStateChanged();
 
 private:
     void changed();
@@ -98,4 +120,7 @@ private:
     qint64 m_diskSize = -1;
     QFileSystemWatcher* m_watcher;
     QTimer* m_diskSettle;
+    bool m_isFileGone = false;
+    bool m_isReadOnly = false;
+    QString m_recoveryPath;
 };

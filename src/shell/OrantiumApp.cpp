@@ -5,7 +5,9 @@
 #include "DialogPrompts.h"
 #include "DocumentManager.h"
 #include "Preferences.h"
+#include "RecoveryStore.h"
 #include "SermonFile.h"
+#include "TerminationSignals.h"
 #include "UpdateService.h"
 #include "WindowSupervisor.h"
 
@@ -120,6 +122,13 @@ bool OrantiumApp::start()
     m_context.prompts = m_prompts.get();
     m_context.updates = m_updates.get();
     m_documents = std::make_unique<DocumentManager>(m_context);
+    // Ended by the session (logout, shutdown) or a terminal: nothing typed is lost, and no
+    // question holds the ending up.
+    m_signals = std::make_unique<TerminationSignals>();
+    QObject::connect(m_signals.get(), &TerminationSignals::received, m_signals.get(), [this] {
+        m_documents->keepEverythingForExit();
+        QApplication::exit(0);
+    });
 
     if (m_isUITestFixture) {
         const QString path = uiTestFixturePath();
@@ -136,6 +145,8 @@ bool OrantiumApp::start()
 
     // The supervisor decides when the application ends.
     QApplication::setQuitOnLastWindowClosed(false);
+    m_recovery = std::make_unique<RecoveryStore>(RecoveryStore::defaultRoot());
+    m_documents->setRecoveryStore(m_recovery.get());
     m_supervisor = std::make_unique<WindowSupervisor>(m_documents.get(), m_preferences.get());
     m_context = m_documents->context();
     for (const QString& file : m_files)

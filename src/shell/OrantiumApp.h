@@ -10,6 +10,8 @@
 class DialogPrompts;
 class DocumentManager;
 class Preferences;
+class RecoveryStore;
+class TerminationSignals;
 class UpdateService;
 class WindowSupervisor;
 
@@ -44,6 +46,8 @@ private:
     std::unique_ptr<Preferences> m_preferences;
     std::unique_ptr<DialogPrompts> m_prompts;
     std::unique_ptr<UpdateService> m_updates;
+    std::unique_ptr<RecoveryStore> m_recovery;
+    std::unique_ptr<TerminationSignals> m_signals;
     std::unique_ptr<DocumentManager> m_documents;
     std::unique_ptr<WindowSupervisor> m_supervisor;
     AppContext m_context;

@@ -32,6 +32,7 @@ StatusBarView::StatusBarView(SermonDocument* document, QWidget* parent)
     small.setPointSizeF(small.pointSizeF() * 11.0 / 13.0);
     m_pace->setFont(small);
     m_notice->setFont(small);
+    m_notice->setTextFormat(Qt::PlainText);
     m_pace->setMenu(new QMenu(m_pace));
     connect(m_pace->menu(), &QMenu::aboutToShow, this, &StatusBarView::rebuildMenu);
     layout->addWidget(m_pace);
@@ -65,10 +66,24 @@ void StatusBarView::setScale(double scale)
     m_zoom->setScale(scale);
 }
 
-void StatusBarView::setNotice(const QString& text)
+void StatusBarView::setNotice(const QString& text, const QList<NoticeAction>& actions)
 {
     m_notice->setText(text);
     m_notice->setVisible(!text.isEmpty());
+    qDeleteAll(m_noticeButtons);
+    m_noticeButtons.clear();
+    auto* row = static_cast<QHBoxLayout*>(layout());
+    int at = row->indexOf(m_notice) + 1;
+    for (const NoticeAction& action : actions) {
+        auto* button = new QToolButton(this);
+        button->setText(action.label);
+        button->setFont(m_notice->font());
+        button->setAutoRaise(true);
+        button->setFocusPolicy(Qt::NoFocus);
+        connect(button, &QToolButton::clicked, this, action.run);
+        row->insertWidget(at++, button);
+        m_noticeButtons.append(button);
+    }
 }
 
 void StatusBarView::rebuildMenu()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QWidget>
 
 #include <functional>
@@ -22,8 +23,14 @@ public:
     int readingPaceWPM() const { return m_wpm; }
     void setReadingPaceWPM(int wpm);
     void setScale(double scale);
-    // A short notice shown beside the count (an autosave that failed); empty clears it.
-    void setNotice(const QString& text);
+    // A short notice shown beside the count (an autosave that failed, a file gone), with buttons
+    // for what the user may do about it; empty clears it.
+    struct NoticeAction {
+        QString label;
+        std::function<void()> run;
+    };
+    void setNotice(const QString& text, const QList<NoticeAction>& actions = {});
+    QList<QToolButton*> noticeButtons() const { return m_noticeButtons; }
 
     QString statusText() const;
     QToolButton* paceButton() const { return m_pace; }
@@ -45,5 +52,6 @@ private:
     int m_wpm = 120;
     QToolButton* m_pace;
     QLabel* m_notice;
+    QList<QToolButton*> m_noticeButtons;
     ZoomControlsView* m_zoom;
 };

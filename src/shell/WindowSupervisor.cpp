@@ -5,6 +5,8 @@
 #include "DocumentWindow.h"
 #include "NewSermonSheet.h"
 #include "PendingCreation.h"
+#include "RecoveryOffer.h"
+#include "RecoveryStore.h"
 #include "WelcomeView.h"
 
 #include <QApplication>
@@ -81,7 +83,18 @@ void WindowSupervisor::showWelcome()
         m_welcome = makeWindow(QStringLiteral("welcome"), QStringLiteral("Welcome to Orantium"), QSize(500, 520), true);
         m_welcome->setMinimumSize(420, 420);
         m_welcomeView = new WelcomeView(m_preferences, m_welcome);
+        m_recoveryOffer = new RecoveryOffer(m_welcome);
+        m_welcome->layout()->addWidget(m_recoveryOffer);
         m_welcome->layout()->addWidget(m_welcomeView);
+        m_recoveryOffer->onRestore = [this](const QString& path) {
+            if (m_documents)
+                m_documents->restoreCopy(path, m_welcome);
+            refreshRecoveryOffer();
+        };
+        m_recoveryOffer->onDiscard = [this](const QString& path) {
+            RecoveryStore::discard(path, RecoveryStore::Disposal::toTrash);
+            refreshRecoveryOffer();
+        };
         m_welcomeView->onNewSermon = [this] { showNewSermon(); };
         m_welcomeView->onOpenFile = [this] {
             if (m_documents)
@@ -99,7 +112,15 @@ void WindowSupervisor::showWelcome()
                 onQuit();
         });
     }
+    refreshRecoveryOffer();
     present(m_welcome);
+}
+
+void WindowSupervisor::refreshRecoveryOffer()
+{
+    RecoveryStore* store = m_documents ? m_documents->recoveryStore() : nullptr;
+    if (m_recoveryOffer)
+        m_recoveryOffer->setCopies(store ? store->leftBehind() : QList<RecoveryStore::Copy>());
 }
 
 void WindowSupervisor::showNewSermon()
@@ -158,9 +179,13 @@ void WindowSupervisor::update()
 
 bool WindowSupervisor::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::Close) {
+    // A window that closes after a question (a prompt's own event loop runs the check below
+    // while the window still shows) is seen again when it hides.
+    const bool hidden = event->type() == QEvent::Hide && !event->spontaneous();
+    if (event->type() == QEvent::Close || hidden) {
         auto* widget = qobject_cast<QWidget*>(watched);
-        if (widget && widget->isWindow()) {
+        // The welcome window hides whenever a document shows; only its closing may quit.
+        if (widget && widget->isWindow() && !(hidden && widget == m_welcome)) {
             // Handled a turn later, when the window is on its way out (or has refused to go).
             QPointer<QWidget> window(widget);
             const QString identifier = widget->objectName();

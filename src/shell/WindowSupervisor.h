@@ -9,6 +9,7 @@
 class DocumentManager;
 class NewSermonSheet;
 class Preferences;
+class RecoveryOffer;
 class WelcomeView;
 
 // Keeps the rule that the application never shows an empty screen: the welcome window stands in
@@ -24,6 +25,7 @@ public:
     QWidget* newSermonWindow() const { return m_newSermon; }
     QWidget* aboutWindow() const { return m_about; }
     WelcomeView* welcomeView() const { return m_welcomeView; }
+    RecoveryOffer* recoveryOffer() const { return m_recoveryOffer; }
     NewSermonSheet* newSermonSheet() const { return m_newSermonSheet; }
 
     bool isLaunching() const { return m_isLaunching; }
@@ -48,6 +50,7 @@ protected:
 private:
     void windowClosed(const QPointer<QWidget>& window, const QString& identifier);
     static void present(QWidget* window);
+    void refreshRecoveryOffer();
 
     DocumentManager* m_documents;
     Preferences* m_preferences;
@@ -55,6 +58,7 @@ private:
     QPointer<QWidget> m_newSermon;
     QPointer<QWidget> m_about;
     WelcomeView* m_welcomeView = nullptr;
+    RecoveryOffer* m_recoveryOffer = nullptr;
     NewSermonSheet* m_newSermonSheet = nullptr;
     bool m_isLaunching = true;
 };

@@ -3,7 +3,10 @@
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
 #include "shell/OpenDocument.h"
+#include "shell/DiskWrite.h"
 #include "shell/PendingCreation.h"
+#include "shell/StatusBarView.h"
+#include "shell/ContentView.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
@@ -11,7 +14,15 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
+#include <QLabel>
 #include <QTest>
+#include <QToolButton>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -191,56 +202,222 @@ TEST_F(DocumentFilesTest, UntitledChangesAskOnCloseAndFollowTheAnswer)
     }
 }
 
-TEST_F(DocumentFilesTest, QuitStopsAtTheFirstWindowThatIsKept)
+TEST_F(DocumentFilesTest, QuitClosesNothingWhenOneWindowIsKept)
 {
+    // Every window is asked before any closes: a Cancel leaves the clean ones open too.
+    DocumentWindow* clean = manager->open(samplePath);
     DocumentWindow* untitled = manager->newDocument();
     renameRoot(untitled->openDocument(), QStringLiteral("Draft"));
     prompts.saveChoices = {SaveChoice::cancel};
     EXPECT_FALSE(manager->closeAll());
     EXPECT_TRUE(untitled->isVisible());
+    EXPECT_TRUE(clean->isVisible());
 }
 
-TEST_F(DocumentFilesTest, ASaveThatFailsSaysSoAndLeavesTheDocumentModified)
+// A disk with room for `diskRoom` more bytes: writes come back short at the edge, then fail as a
+// full disk does. Bytes written over a file's own take no room. A folder that refuses new
+// files, when `folderRefuses`.
+ssize_t diskRoom = 0;
+bool folderRefuses = false;
+ssize_t fullDiskWrite(int fd, const void* data, size_t size)
 {
-    const QString folder = dir.filePath(QStringLiteral("gone"));
-    ASSERT_TRUE(QDir().mkpath(folder));
-    const QString path = folder + QStringLiteral("/gone.md");
-    ASSERT_TRUE(writeFile(path, "# Gone\n"));
-    DocumentWindow* window = manager->open(path);
-    ASSERT_NE(window, nullptr);
-    // The folder is replaced by a file: nothing can be written there, whoever runs the test.
-    ASSERT_TRUE(QDir(folder).removeRecursively());
-    ASSERT_TRUE(writeFile(folder, "not a folder"));
+    struct stat info {};
+    ::fstat(fd, &info);
+    const off_t at = ::lseek(fd, 0, SEEK_CUR);
+    const size_t over = at < info.st_size ? std::min<size_t>(size, static_cast<size_t>(info.st_size - at)) : 0;
+    const size_t allowed = over + std::min<size_t>(size - over, static_cast<size_t>(std::max<ssize_t>(diskRoom, 0)));
+    if (allowed == 0) {
+        errno = ENOSPC;
+        return -1;
+    }
+    const ssize_t written = ::write(fd, data, allowed);
+    diskRoom -= std::max<ssize_t>(written - static_cast<ssize_t>(over), 0);
+    return written;
+}
+int lockedFolderTemporary(char* pattern, int flags)
+{
+    if (folderRefuses) {
+        errno = EACCES;
+        return -1;
+    }
+    return ::mkostemp(pattern, flags);
+}
 
-    renameRoot(window->openDocument(), QStringLiteral("Changed"));
-    EXPECT_FALSE(window->save());
-    ASSERT_EQ(prompts.errors.size(), 1);
-    EXPECT_TRUE(prompts.errors.first().contains(QStringLiteral("could not be saved")));
-    EXPECT_TRUE(window->openDocument()->isModified());
+class FullDisk {
+public:
+    FullDisk(ssize_t room, bool refuseNewFiles)
+    {
+        diskRoom = room;
+        folderRefuses = refuseNewFiles;
+        DiskWrite::setCalls({fullDiskWrite, lockedFolderTemporary});
+    }
+    ~FullDisk() { DiskWrite::setCalls({}); }
+};
+
+// Nothing but the files a test made: no temporary file is left behind.
+QStringList filesIn(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+TEST_F(DocumentFilesTest, ASaveThatCannotFinishKeepsTheOldBytesAndSaysWhy)
+{
+    // A sermon of about 4.7 KB, so that a page-sized write comes back short.
+    QByteArray original = "# Sample\n\n## Opening\n\n";
+    while (original.size() < 4700)
+        original += "A line long enough to fill the disk quickly, line after line.\n";
+    struct Case {
+        const char* name;
+        ssize_t room;
+        bool folderRefuses; // the save must write in place
+        bool saves;
+    };
+    const Case cases[] = {
+        {"no room at all", 0, false, false},
+        {"room for one page: a short write, then full", 4096, false, false},
+        {"room for most of it", 4699, false, false},
+        {"room enough", 1 << 20, false, true},
+        {"in place, no room for the longer text", 0, true, false},
+        {"in place, room enough", 1 << 20, true, true},
+    };
+    for (const Case& c : cases) {
+        ASSERT_TRUE(writeFile(samplePath, original));
+        QFile::setPermissions(samplePath, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup);
+        const QStringList before = filesIn(dir.path());
+        DocumentWindow* window = manager->open(samplePath);
+        ASSERT_NE(window, nullptr) << c.name;
+        OpenDocument* open = window->openDocument();
+        prompts.errors.clear();
+        renameRoot(open, QStringLiteral("Changed"));
+        {
+            FullDisk disk(c.room, c.folderRefuses);
+            EXPECT_EQ(window->save(), c.saves) << c.name;
+        }
+        EXPECT_EQ(filesIn(dir.path()), before) << c.name;
+        // Whatever happened, the file keeps its permissions.
+        EXPECT_EQ(QFile::permissions(samplePath),
+                  QFileDevice::ReadOwner | QFileDevice::ReadUser | QFileDevice::WriteOwner | QFileDevice::WriteUser
+                      | QFileDevice::ReadGroup)
+            << c.name;
+        if (c.saves) {
+            EXPECT_EQ(readAll(samplePath), open->document()->fileContents()) << c.name;
+            EXPECT_FALSE(open->isModified()) << c.name;
+        } else {
+            EXPECT_EQ(readAll(samplePath), original) << c.name;
+            EXPECT_TRUE(window->isWindowModified()) << c.name;
+            ASSERT_EQ(prompts.errors.size(), 1) << c.name;
+            EXPECT_EQ(prompts.errors.first(),
+                      QStringLiteral("The document \u201csample.md\u201d could not be saved. The disk is full."))
+                << c.name;
+        }
+        open->setAutosaveDelay(60000);
+        prompts.saveChoices = {SaveChoice::dontSave};
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST_F(DocumentFilesTest, AnAutosaveOntoAFullDiskLeavesTheFileWholeAndTheDocumentUnsaved)
+{
+    const QByteArray original = readAll(samplePath);
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    FullDisk disk(8, false);
+    open->setAutosaveDelay(10);
+    QSignalSpy failed(open, &OpenDocument::autosaveFailed);
+    renameRoot(open, QStringLiteral("Changed"));
+    ASSERT_TRUE(failed.wait(3000));
+    EXPECT_EQ(readAll(samplePath), original);
     EXPECT_TRUE(window->isWindowModified());
+    EXPECT_TRUE(window->contentView()->statusBar()->noticeLabel()->text().endsWith(QStringLiteral("The disk is full.")));
 
-    // Closing says so too, then asks; Cancel keeps the window and its changes.
+    // Closing says so, then asks; Cancel keeps the window and its changes.
     prompts.saveChoices = {SaveChoice::cancel};
     EXPECT_FALSE(window->close());
-    EXPECT_EQ(prompts.errors.size(), 2);
+    EXPECT_EQ(prompts.errors.size(), 1);
     EXPECT_EQ(prompts.questions.size(), 1);
-    EXPECT_TRUE(window->openDocument()->isModified());
-
-    // Save As somewhere writable rescues it.
-    const QString rescue = dir.filePath(QStringLiteral("rescued.md"));
-    prompts.savePaths = {rescue};
-    EXPECT_TRUE(window->saveAs());
-    EXPECT_FALSE(window->openDocument()->isModified());
-    EXPECT_TRUE(readAll(rescue).startsWith("# Changed\n"));
+    EXPECT_TRUE(open->isModified());
 }
 
-TEST_F(DocumentFilesTest, AFileDeletedWhileOpenIsWrittenAgainBySave)
+TEST_F(DocumentFilesTest, AFileDeletedOrMovedWhileOpenIsNeverWrittenBackUnasked)
 {
+    struct Case {
+        const char* name;
+        bool moved;
+        bool edited;
+    };
+    const Case cases[] = {
+        {"deleted, no edits", false, false},
+        {"deleted, edited", false, true},
+        {"moved, no edits", true, false},
+        {"moved, edited", true, true},
+    };
+    const QString movedPath = dir.filePath(QStringLiteral("moved.md"));
+    for (const Case& c : cases) {
+        ASSERT_TRUE(writeFile(samplePath, "# Sample\n\nFirst line.\n"));
+        QFile::remove(movedPath);
+        DocumentWindow* window = manager->open(samplePath);
+        OpenDocument* open = window->openDocument();
+        open->setAutosaveDelay(10);
+        ASSERT_TRUE(c.moved ? QFile::rename(samplePath, movedPath) : QFile::remove(samplePath)) << c.name;
+        // The watcher tells of it by itself.
+        EXPECT_TRUE(QTest::qWaitFor([&] { return open->isFileGone(); }, 3000)) << c.name;
+        const StatusBarView* status = window->contentView()->statusBar();
+        EXPECT_TRUE(status->noticeLabel()->text().contains(QStringLiteral("moved or deleted"))) << c.name;
+        ASSERT_EQ(status->noticeButtons().size(), 2) << c.name;
+        EXPECT_EQ(status->noticeButtons().at(1)->text(), QStringLiteral("Save Here Again")) << c.name;
+
+        if (c.edited)
+            renameRoot(open, QStringLiteral("Edited"));
+        QTest::qWait(60); // past the autosave delay
+        prompts.questions.clear();
+        prompts.saveChoices = {SaveChoice::dontSave};
+        EXPECT_TRUE(window->close()) << c.name;
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_FALSE(QFile::exists(samplePath)) << c.name;
+        // Only unsaved changes are asked about.
+        EXPECT_EQ(prompts.questions.size(), c.edited ? 1 : 0) << c.name;
+        if (c.moved)
+            EXPECT_EQ(readAll(movedPath), QByteArray("# Sample\n\nFirst line.\n")) << c.name;
+    }
+
+    // Saving there again is the user's choice, and the file is watched again after it.
+    ASSERT_TRUE(writeFile(samplePath, "# Sample\n\nFirst line.\n"));
     DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
     ASSERT_TRUE(QFile::remove(samplePath));
-    renameRoot(window->openDocument(), QStringLiteral("Back"));
-    EXPECT_TRUE(window->save());
+    open->updateFileState();
+    renameRoot(open, QStringLiteral("Back"));
+    window->contentView()->statusBar()->noticeButtons().at(1)->click();
     EXPECT_TRUE(readAll(samplePath).startsWith("# Back\n"));
+    EXPECT_FALSE(open->isFileGone());
+    EXPECT_TRUE(window->contentView()->statusBar()->noticeLabel()->isHidden());
+}
+
+TEST_F(DocumentFilesTest, AReadOnlyFileSaysSoFromTheStartAndIsOnlySavedElsewhere)
+{
+    const QByteArray original = readAll(samplePath);
+    ASSERT_TRUE(QFile::setPermissions(samplePath, QFileDevice::ReadOwner | QFileDevice::ReadGroup));
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    EXPECT_TRUE(open->isReadOnly());
+    EXPECT_TRUE(window->windowTitle().contains(QStringLiteral("[Read-Only]")));
+    EXPECT_TRUE(window->contentView()->statusBar()->noticeLabel()->text().startsWith(QStringLiteral("Read-only")));
+
+    open->setAutosaveDelay(10);
+    renameRoot(open, QStringLiteral("Changed"));
+    QTest::qWait(60);
+    EXPECT_EQ(readAll(samplePath), original);
+    EXPECT_TRUE(prompts.errors.isEmpty());
+
+    // Save goes to a place the user names.
+    const QString copy = dir.filePath(QStringLiteral("copy.md"));
+    prompts.savePaths = {copy};
+    EXPECT_TRUE(window->save());
+    EXPECT_TRUE(readAll(copy).startsWith("# Changed\n"));
+    EXPECT_EQ(readAll(samplePath), original);
+    EXPECT_FALSE(open->isReadOnly());
+    EXPECT_FALSE(window->windowTitle().contains(QStringLiteral("[Read-Only]")));
 }
 
 TEST_F(DocumentFilesTest, RecentFilesAreMostRecentFirstWithoutRepeats)

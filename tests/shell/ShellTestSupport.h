@@ -48,9 +48,17 @@ public:
     QStringList questions;
     QStringList proposedPaths;
     QStringList errors;
+    // Runs events while asking, as a modal dialog does.
+    bool spinsEventLoop = false;
 
+    void spin()
+    {
+        for (int i = 0; spinsEventLoop && i < 3; ++i)
+            QCoreApplication::processEvents();
+    }
     SaveChoice askToSaveChanges(QWidget*, const QString& displayName) override
     {
+        spin();
         questions.append(displayName);
         if (saveChoices.empty())
             return SaveChoice::cancel;
@@ -75,7 +83,11 @@ public:
         openPaths.pop_front();
         return path;
     }
-    void showError(QWidget*, const QString& message) override { errors.append(message); }
+    void showError(QWidget*, const QString& message) override
+    {
+        spin();
+        errors.append(message);
+    }
     DiskChoice askAboutChangedFile(QWidget*, const QString& displayName) override
     {
         diskQuestions.append(displayName);

@@ -81,6 +81,35 @@ TEST_F(WindowRulesTest, ClosingTheLastDocumentBringsWelcomeBackAndClosingWelcome
     EXPECT_EQ(quits, 1);
 }
 
+TEST_F(WindowRulesTest, ClosingTheLastDocumentThroughAQuestionBringsWelcomeBack)
+{
+    // The question's own event loop runs while the window is still on screen.
+    prompts.spinsEventLoop = true;
+    struct Case {
+        const char* name;
+        SaveChoice choice;
+        bool givesPath;
+    };
+    const Case cases[] = {
+        {"don't save", SaveChoice::dontSave, false},
+        {"save to a new file", SaveChoice::save, true},
+    };
+    supervisor->finishLaunching();
+    for (const Case& c : cases) {
+        DocumentWindow* window = manager->newDocument();
+        window->document()->captureUndo(std::nullopt, window->openDocument()->undoManager());
+        settle();
+        EXPECT_FALSE(welcomeVisible()) << c.name;
+        prompts.saveChoices = {c.choice};
+        if (c.givesPath)
+            prompts.savePaths = {dir.filePath(QStringLiteral("%1.md").arg(c.name))};
+        EXPECT_TRUE(window->close()) << c.name;
+        settle();
+        EXPECT_TRUE(welcomeVisible()) << c.name;
+    }
+    EXPECT_EQ(quits, 0);
+}
+
 TEST_F(WindowRulesTest, ClosingWelcomeWithADocumentOpenJustClosesIt)
 {
     supervisor->finishLaunching();
