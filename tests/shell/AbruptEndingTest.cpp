@@ -26,7 +26,8 @@ namespace {
 const QString editedTitle = QStringLiteral("Typed just before the end");
 
 // The application as a user runs it, in a process of its own: opens the file it is given, or a
-// new untitled sermon, makes one edit, says "edited" and runs until it is ended.
+// new untitled sermon, makes one edit, says "edited" and runs until it is ended. Run by the
+// tests below, and by scripts/kill-during-autosave.sh.
 TEST(DISABLED_AbruptEndingChild, Run)
 {
     int argc = 1;
@@ -49,6 +50,16 @@ TEST(DISABLED_AbruptEndingChild, Run)
         open->document()->root()->setText(editedTitle);
         std::printf("edited\n");
         std::fflush(stdout);
+        // For scripts/kill-during-autosave.sh: an edit every few milliseconds, so that a kill
+        // lands in the middle of a save.
+        if (qEnvironmentVariableIsSet("ORANTIUM_CHILD_KEEP_EDITING")) {
+            auto* ticks = new QTimer(window);
+            QObject::connect(ticks, &QTimer::timeout, window, [open, n = 0]() mutable {
+                open->document()->captureUndo(std::nullopt, open->undoManager());
+                open->document()->root()->setText(QStringLiteral("Edit %1").arg(++n));
+            });
+            ticks->start(3);
+        }
     });
     app.exec();
 }
