@@ -9,6 +9,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QElapsedTimer>
 #include <QFileSystemWatcher>
 #include <QTimer>
 
@@ -32,7 +33,14 @@ OpenDocument::OpenDocument(std::unique_ptr<SermonDocument> document, const QStri
     : QObject(parent), m_document(std::move(document)), m_undoManager(std::make_unique<UndoManager>()),
       m_filePath(filePath.isEmpty() ? QString() : QFileInfo(filePath).absoluteFilePath()),
       m_untitledName(displayName), m_autosaveTimer(new QTimer(this)), m_watcher(new QFileSystemWatcher(this)),
-      m_diskSettle(new QTimer(this))
+      m_diskSettle(new QTimer(this)), m_clock([] {
+          static QElapsedTimer monotonic = [] {
+              QElapsedTimer started;
+              started.start();
+              return started;
+          }();
+          return monotonic.elapsed();
+      })
 {
     m_undoManager->setLevelsOfUndo(SermonDocument::undoLimit);
     // Another program's save comes in several notices, and may be half written at the first.
@@ -100,10 +108,13 @@ void OpenDocument::changed()
     if (m_filePath.isEmpty() && m_recoveryPath.isEmpty())
         return;
     // Each change puts the save off a little, but steady work doesn't put it off for ever.
+    const qint64 now = m_clock();
     if (!m_autosaveTimer->isActive())
-        m_pendingSince.start();
-    if (!m_autosaveTimer->isActive() || m_pendingSince.elapsed() < 4 * m_autosaveTimer->interval())
+        m_pendingSince = now;
+    if (now - m_pendingSince < 4 * qint64(m_autosaveTimer->interval()))
         m_autosaveTimer->start();
+    else
+        QMetaObject::invokeMethod(this, &OpenDocument::autosave, Qt::QueuedConnection);
 }
 
 void OpenDocument::updateModified()
@@ -113,6 +124,11 @@ void OpenDocument::updateModified()
         return;
     m_isModified = modified;
     emit modifiedChanged(modified);
+}
+
+void OpenDocument::setClock(std::function<qint64()> milliseconds)
+{
+    m_clock = std::move(milliseconds);
 }
 
 void OpenDocument::setAutosaveDelay(int milliseconds)

@@ -2,10 +2,10 @@
 
 #include <QByteArray>
 #include <QDateTime>
-#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class QFileSystemWatcher;
@@ -79,6 +79,8 @@ public:
     // Tells about a change the undo manager doesn't see (a text edit finishing in place).
     void noteChange();
     void setAutosaveDelay(int milliseconds);
+    // Milliseconds on a steady clock; tests put their own in its place.
+    void setClock(std::function<qint64()> milliseconds);
     bool isAutosavePending() const;
 
 signals:
@@ -114,7 +116,8 @@ private:
     bool m_isMarkingClean = false;
     QString m_lastError;
     QTimer* m_autosaveTimer;
-    QElapsedTimer m_pendingSince;
+    std::function<qint64()> m_clock;
+    qint64 m_pendingSince = 0;
     QByteArray m_diskBytes;
     QDateTime m_diskModified;
     qint64 m_diskSize = -1;
