@@ -3,12 +3,15 @@
 #include "core/TreeOutline.h"
 
 #include "shell/CommandLine.h"
+#include "shell/DialogPrompts.h"
 #include "shell/OpenDocument.h"
 #include "shell/SermonFile.h"
 
 #include "core/SermonDocument.h"
 
 #include <QDir>
+#include <QMessageBox>
+#include <QTimer>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -208,6 +211,29 @@ TEST_F(HostileInputTest, AnOpenSermonSurvivesItsFileBeingReplaced)
             EXPECT_TRUE(open->lastError().contains(QString::fromUtf8(row.why))) << row.name;
         }
     }
+}
+
+// A file's name is shown as it stands, even when it looks like markup.
+TEST_F(HostileInputTest, TheReasonNamesTheFileAsItStands)
+{
+    const QString path = dir.filePath(QStringLiteral("<b>bold<b>.md"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    QString error;
+    ASSERT_FALSE(SermonFile::read(path, &error));
+
+    Qt::TextFormat format = Qt::RichText;
+    QString shown;
+    QTimer::singleShot(0, [&] {
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (auto* box = qobject_cast<QMessageBox*>(widget); box && box->isVisible()) {
+                format = box->textFormat();
+                shown = box->text();
+                box->reject();
+            }
+    });
+    DialogPrompts().showError(nullptr, error);
+    EXPECT_EQ(format, Qt::PlainText);
+    EXPECT_EQ(shown, "The document \u201c<b>bold<b>.md\u201d could not be opened. It is a pipe, not a file.");
 }
 
 } // namespace
