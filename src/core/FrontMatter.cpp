@@ -1,13 +1,14 @@
 #include "FrontMatter.h"
 
-#include <QHash>
 #include <QRegularExpression>
 
 #include <yaml.h>
 
 #include <algorithm>
 #include <memory>
-#include <set>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace YAMLDate {
 
@@ -223,10 +224,16 @@ QString scalarText(const yaml_node_t* node)
                              qsizetype(node->data.scalar.length));
 }
 
+// The UTF-8 of a scalar, which libyaml has checked; it lives as long as the document.
+std::string_view scalarBytes(const yaml_node_t* node)
+{
+    return {reinterpret_cast<const char*>(node->data.scalar.value), node->data.scalar.length};
+}
+
 bool isMergeKey(const yaml_node_t* key)
 {
     return key && key->type == YAML_SCALAR_NODE && key->data.scalar.style == YAML_PLAIN_SCALAR_STYLE
-           && scalarText(key) == QLatin1String("<<");
+           && scalarBytes(key) == "<<";
 }
 
 // Resolving merges revisits shared nodes: ten anchors that each merge the one before fifty
@@ -260,8 +267,8 @@ public:
 
     const yaml_node_t* value(const char* key) const
     {
-        const auto found = m_index.constFind(QString::fromLatin1(key));
-        return found == m_index.cend() ? nullptr : *found;
+        const auto found = m_index.find(key);
+        return found == m_index.end() ? nullptr : found->second;
     }
 
 private:
@@ -278,7 +285,7 @@ private:
             if (isMergeKey(key))
                 merges.push_back(value);
             else if (key && key->type == YAML_SCALAR_NODE)
-                add(scalarText(key), value);
+                m_index.try_emplace(scalarBytes(key), value); // the first one wins
         }
         for (const yaml_node_t* merged : merges) {
             if (merged && merged->type == YAML_SEQUENCE_NODE) {
@@ -290,15 +297,9 @@ private:
         }
     }
 
-    void add(const QString& key, const yaml_node_t* value)
-    {
-        if (!m_index.contains(key))
-            m_index.insert(key, value);
-    }
-
     yaml_document_t* m_doc;
     WorkBudget& m_budget;
-    QHash<QString, const yaml_node_t*> m_index;
+    std::unordered_map<std::string_view, const yaml_node_t*> m_index;
 };
 
 QString stringField(const yaml_node_t* node)
@@ -342,10 +343,10 @@ bool hasDuplicatedKey(yaml_document_t* doc)
     for (yaml_node_t* node = doc->nodes.start; node < doc->nodes.top; ++node) {
         if (node->type != YAML_MAPPING_NODE)
             continue;
-        std::set<QString> seen;
+        std::unordered_set<std::string_view> seen;
         for (auto* pair = node->data.mapping.pairs.start; pair < node->data.mapping.pairs.top; ++pair) {
             const yaml_node_t* key = yaml_document_get_node(doc, pair->key);
-            if (key && key->type == YAML_SCALAR_NODE && !seen.insert(scalarText(key)).second)
+            if (key && key->type == YAML_SCALAR_NODE && !seen.insert(scalarBytes(key)).second)
                 return true;
         }
     }
@@ -353,7 +354,7 @@ bool hasDuplicatedKey(yaml_document_t* doc)
 }
 
 constexpr int maxFlowNesting = 256;
-constexpr qsizetype maxFrontMatterLength = 1024 * 1024;
+constexpr qsizetype maxFrontMatterLength = 256 * 1024;
 
 // How deep brackets nest, not counting those inside quoted scalars or comments: a scripture
 // written "Luke 1 [RSV" is text, not a collection. A quote counts only where a quoted scalar

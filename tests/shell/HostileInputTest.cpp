@@ -57,18 +57,18 @@ QByteArray mergeBomb()
     return yaml + "<<: *a9\n";
 }
 
-// Aliases that would stand for 10^10 nodes if expanded, and tens of thousands of anchors, each of
-// which the YAML library looks up among all the anchors before it.
+// Aliases that would stand for 10^10 nodes if expanded, and thousands of anchors, each of which
+// the YAML library looks up among all the anchors before it; the block is refused unread.
 QByteArray aliasBomb()
 {
-    QByteArray yaml = "l0: &l0 [x, x, x, x, x, x, x, x, x, x]\n";
+    QByteArray yaml = "duration: 5\nl0: &l0 [x, x, x, x, x, x, x, x, x, x]\n";
     for (int i = 1; i < 10; ++i) {
         const QByteArray previous = "*l" + QByteArray::number(i - 1);
         yaml += "l" + QByteArray::number(i) + ": &l" + QByteArray::number(i) + " [" + previous
                 + (", " + previous).repeated(9) + "]\n";
     }
     yaml += "many:\n";
-    for (int i = 0; i < 60000; ++i)
+    for (int i = 0; i < 3000; ++i)
         yaml += "- &m" + QByteArray::number(i) + " x\n";
     return yaml;
 }
