@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <memory>
-#include <set>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace YAMLDate {
 
@@ -222,40 +224,68 @@ QString scalarText(const yaml_node_t* node)
                              qsizetype(node->data.scalar.length));
 }
 
+// The UTF-8 of a scalar, which libyaml has checked; it lives as long as the document.
+std::string_view scalarBytes(const yaml_node_t* node)
+{
+    return {reinterpret_cast<const char*>(node->data.scalar.value), node->data.scalar.length};
+}
+
 bool isMergeKey(const yaml_node_t* key)
 {
     return key && key->type == YAML_SCALAR_NODE && key->data.scalar.style == YAML_PLAIN_SCALAR_STYLE
-           && scalarText(key) == QLatin1String("<<");
+           && scalarBytes(key) == "<<";
 }
+
+// Resolving merges revisits shared nodes: ten anchors that each merge the one before fifty
+// times make 50^9 visits from a 2 KB block. All the mappings read from one block share this
+// allowance of visits; a block that spends it is broken.
+class WorkBudget {
+public:
+    bool spend()
+    {
+        if (m_left == 0)
+            m_isExhausted = true;
+        else
+            --m_left;
+        return !m_isExhausted;
+    }
+    bool isExhausted() const { return m_isExhausted; }
+
+private:
+    int m_left = 100'000;
+    bool m_isExhausted = false;
+};
 
 // The pairs of a mapping by key text, with `<<` merges resolved: explicit keys win, then the
 // merged mappings in order. Merges nest only so deep, which keeps alias loops finite.
 class Mapping {
 public:
-    Mapping(yaml_document_t* doc, const yaml_node_t* node) : m_doc(doc) { collect(node, 0); }
+    Mapping(yaml_document_t* doc, const yaml_node_t* node, WorkBudget& budget) : m_doc(doc), m_budget(budget)
+    {
+        collect(node, 0);
+    }
 
     const yaml_node_t* value(const char* key) const
     {
-        const QString name = QString::fromLatin1(key);
-        for (const auto& [k, v] : m_pairs)
-            if (k == name)
-                return v;
-        return nullptr;
+        const auto found = m_index.find(key);
+        return found == m_index.end() ? nullptr : found->second;
     }
 
 private:
     void collect(const yaml_node_t* node, int level)
     {
-        if (!node || node->type != YAML_MAPPING_NODE || level > 8)
+        if (!node || node->type != YAML_MAPPING_NODE || level > 8 || !m_budget.spend())
             return;
         std::vector<const yaml_node_t*> merges;
         for (auto* pair = node->data.mapping.pairs.start; pair < node->data.mapping.pairs.top; ++pair) {
+            if (!m_budget.spend())
+                return;
             const yaml_node_t* key = yaml_document_get_node(m_doc, pair->key);
             const yaml_node_t* value = yaml_document_get_node(m_doc, pair->value);
             if (isMergeKey(key))
                 merges.push_back(value);
             else if (key && key->type == YAML_SCALAR_NODE)
-                add(scalarText(key), value);
+                m_index.try_emplace(scalarBytes(key), value); // the first one wins
         }
         for (const yaml_node_t* merged : merges) {
             if (merged && merged->type == YAML_SEQUENCE_NODE) {
@@ -267,16 +297,9 @@ private:
         }
     }
 
-    void add(const QString& key, const yaml_node_t* value)
-    {
-        for (const auto& pair : m_pairs)
-            if (pair.first == key)
-                return;
-        m_pairs.emplace_back(key, value);
-    }
-
     yaml_document_t* m_doc;
-    std::vector<std::pair<QString, const yaml_node_t*>> m_pairs;
+    WorkBudget& m_budget;
+    std::unordered_map<std::string_view, const yaml_node_t*> m_index;
 };
 
 QString stringField(const yaml_node_t* node)
@@ -297,11 +320,11 @@ std::optional<int> integerField(const yaml_node_t* node)
     return ok ? std::optional<int>(value) : std::nullopt;
 }
 
-std::optional<SermonOccasion> occasionField(yaml_document_t* doc, const yaml_node_t* node)
+std::optional<SermonOccasion> occasionField(yaml_document_t* doc, const yaml_node_t* node, WorkBudget& budget)
 {
     if (!node || node->type != YAML_MAPPING_NODE)
         return std::nullopt;
-    const Mapping fields(doc, node);
+    const Mapping fields(doc, node, budget);
     const yaml_node_t* date = fields.value("date");
     if (!date || date->type != YAML_SCALAR_NODE)
         return std::nullopt;
@@ -320,10 +343,10 @@ bool hasDuplicatedKey(yaml_document_t* doc)
     for (yaml_node_t* node = doc->nodes.start; node < doc->nodes.top; ++node) {
         if (node->type != YAML_MAPPING_NODE)
             continue;
-        std::set<QString> seen;
+        std::unordered_set<std::string_view> seen;
         for (auto* pair = node->data.mapping.pairs.start; pair < node->data.mapping.pairs.top; ++pair) {
             const yaml_node_t* key = yaml_document_get_node(doc, pair->key);
-            if (key && key->type == YAML_SCALAR_NODE && !seen.insert(scalarText(key)).second)
+            if (key && key->type == YAML_SCALAR_NODE && !seen.insert(scalarBytes(key)).second)
                 return true;
         }
     }
@@ -331,6 +354,7 @@ bool hasDuplicatedKey(yaml_document_t* doc)
 }
 
 constexpr int maxFlowNesting = 256;
+constexpr qsizetype maxFrontMatterLength = 256 * 1024;
 
 // How deep brackets nest, not counting those inside quoted scalars or comments: a scripture
 // written "Luke 1 [RSV" is text, not a collection. A quote counts only where a quoted scalar
@@ -376,6 +400,43 @@ int flowNesting(const QString& yaml)
     return deepest;
 }
 
+// libyaml looks each anchor and each alias up among all the anchors before it, so a block of
+// thousands of them takes minutes to load. No real block has any: past this many lookups the
+// block is refused unread.
+constexpr qint64 maxAnchorLookups = 1'000'000;
+
+bool hasTooManyAnchors(const QByteArray& utf8)
+{
+    if (!utf8.contains('&'))
+        return false;
+    Parser parser;
+    yaml_parser_set_input_string(&parser.parser, reinterpret_cast<const unsigned char*>(utf8.constData()),
+                                 size_t(utf8.size()));
+    qint64 anchors = 0;
+    qint64 lookups = 0;
+    while (lookups <= maxAnchorLookups) {
+        yaml_event_t event;
+        if (!yaml_parser_parse(&parser.parser, &event))
+            return false; // the loader reports what is wrong
+        const yaml_char_t* anchor = nullptr;
+        if (event.type == YAML_SCALAR_EVENT)
+            anchor = event.data.scalar.anchor;
+        else if (event.type == YAML_SEQUENCE_START_EVENT)
+            anchor = event.data.sequence_start.anchor;
+        else if (event.type == YAML_MAPPING_START_EVENT)
+            anchor = event.data.mapping_start.anchor;
+        if (anchor || event.type == YAML_ALIAS_EVENT)
+            lookups += anchors;
+        if (anchor)
+            ++anchors;
+        const bool done = event.type == YAML_STREAM_END_EVENT;
+        yaml_event_delete(&event);
+        if (done)
+            return false;
+    }
+    return true;
+}
+
 QString parserProblem(const yaml_parser_t& parser)
 {
     QString problem = QString::fromUtf8(parser.problem ? parser.problem : "invalid YAML");
@@ -391,10 +452,15 @@ QString parserProblem(const yaml_parser_t& parser)
 
 FrontMatterResult decodeFrontMatter(const QString& yaml)
 {
+    // A real block is a few lines; one past this size is no sermon's, and would take seconds.
+    if (yaml.size() > maxFrontMatterLength)
+        return {std::nullopt, QStringLiteral("The front matter is too long to be read")};
     // The parser slows down with the square of the bracket nesting; no real block nests at all.
     if (flowNesting(yaml) > maxFlowNesting)
         return {std::nullopt, QStringLiteral("The front matter nests brackets too deeply")};
     const QByteArray utf8 = yaml.toUtf8();
+    if (hasTooManyAnchors(utf8))
+        return {std::nullopt, QStringLiteral("The front matter holds too many anchors and aliases to be read")};
     Parser parser;
     yaml_parser_set_input_string(&parser.parser, reinterpret_cast<const unsigned char*>(utf8.constData()),
                                  size_t(utf8.size()));
@@ -416,13 +482,16 @@ FrontMatterResult decodeFrontMatter(const QString& yaml)
     if (yaml_document_get_root_node(&next.doc))
         return {std::nullopt, QStringLiteral("The front matter holds more than one document")};
 
-    const Mapping fields(&document.doc, top);
+    WorkBudget budget;
+    const Mapping fields(&document.doc, top, budget);
     SermonMetadata metadata;
     if (const yaml_node_t* list = fields.value("occasions"); list && list->type == YAML_SEQUENCE_NODE) {
         for (auto* item = list->data.sequence.items.start; item < list->data.sequence.items.top; ++item)
-            if (auto occasion = occasionField(&document.doc, yaml_document_get_node(&document.doc, *item)))
+            if (auto occasion = occasionField(&document.doc, yaml_document_get_node(&document.doc, *item), budget))
                 metadata.occasions.append(*occasion);
     }
+    if (budget.isExhausted())
+        return {std::nullopt, QStringLiteral("The front matter holds too much, or merges and repeats itself too much, to be read")};
     metadata.scripture = stringField(fields.value("scripture"));
     metadata.series = stringField(fields.value("series"));
     metadata.duration = integerField(fields.value("duration"));

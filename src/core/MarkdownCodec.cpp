@@ -207,7 +207,9 @@ private:
             m_headings.assign(1, m_root);
             return;
         }
-        while (qsizetype(m_headings.size()) > heading.depth)
+        // A heading closes the open ones at its level or deeper. Levels may be skipped, so the
+        // count of open headings is no measure of the level.
+        while (m_headings.size() > 1 && m_headings.back()->depth() >= heading.depth)
             m_headings.pop_back();
         auto node = SermonNode::make(heading.text, heading.depth);
         headingTop().children().push_back(node);
@@ -270,16 +272,20 @@ SermonNodePtr parseBody(const QStringList& lines)
 namespace {
 
 // List form is needed when a child can't be a heading, or when a leaf follows a branch
-// (as a plain line it would read as belonging to that branch).
-bool needsListForm(const SermonNode& node)
+// (as a plain line it would read as belonging to that branch). Headings written at their own
+// depth also need each branch no deeper than the one before it: an edit beside a heading that
+// skips levels can leave a deeper one behind a shallower, which would read as its child.
+bool needsListForm(const SermonNode& node, bool atOwnDepths)
 {
-    bool previousHadChildren = false;
+    const SermonNode* previousBranch = nullptr;
     for (const auto& child : node.children()) {
         if (child->hasChildren() && child->depth() > kDeepestHeading)
             return true;
-        if (!child->hasChildren() && previousHadChildren)
+        if (!child->hasChildren() && previousBranch)
             return true;
-        previousHadChildren = child->hasChildren();
+        if (child->hasChildren() && atOwnDepths && previousBranch && child->depth() > previousBranch->depth())
+            return true;
+        previousBranch = child->hasChildren() ? child.get() : nullptr;
     }
     return false;
 }
@@ -351,7 +357,7 @@ void writeHeading(const SermonNode& node, int level, bool isFirst, bool relative
         lines.append(collapseMarker);
     if (node.hasChildren())
         lines.append(QString());
-    if (needsListForm(node)) {
+    if (needsListForm(node, !relative)) {
         writeList(node, 0, lines);
         return;
     }

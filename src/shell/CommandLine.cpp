@@ -1,12 +1,13 @@
 #include "CommandLine.h"
 
+#include "SermonFile.h"
+
 #include "core/ReadingPace.h"
 #include "core/SermonDocument.h"
 #include "core/SermonJson.h"
 #include "core/WordCount.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 namespace CommandLine {
 
@@ -22,13 +23,12 @@ std::optional<SermonContents> load(const QString& path, QTextStream& err)
         err << "orantium: " << path << ": " << why << Qt::endl;
         return std::nullopt;
     };
-    if (QFileInfo(path).isDir())
-        return fail(QStringLiteral("is a folder, not a file"));
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return fail(file.errorString());
+    QString why;
+    const std::optional<QByteArray> bytes = SermonFile::readBytes(path, &why);
+    if (!bytes)
+        return fail(why);
     SermonReadError error{};
-    auto contents = readSermon(file.readAll(), &error);
+    auto contents = readSermon(*bytes, &error);
     if (!contents)
         return fail(describe(error));
     return contents;

@@ -26,6 +26,7 @@ SaveChoice DialogPrompts::askToSaveChanges(QWidget* parent, const QString& displ
 {
     QMessageBox box(parent);
     box.setIcon(QMessageBox::Warning);
+    box.setTextFormat(Qt::PlainText); // file names are shown as they stand, never as markup
     box.setWindowTitle(QStringLiteral("Orantium"));
     box.setText(QStringLiteral("Do you want to save the changes made to the document \u201c%1\u201d?").arg(displayName));
     box.setInformativeText(QStringLiteral("Your changes will be lost if you don\u2019t save them."));
@@ -66,6 +67,7 @@ void DialogPrompts::showError(QWidget* parent, const QString& message)
 {
     QMessageBox box(parent);
     box.setIcon(QMessageBox::Warning);
+    box.setTextFormat(Qt::PlainText);
     box.setWindowTitle(QStringLiteral("Orantium"));
     box.setText(message);
     box.exec();
@@ -76,6 +78,7 @@ DiskChoice DialogPrompts::askAboutChangedFile(QWidget* parent, const QString& di
 {
     QMessageBox box(parent);
     box.setIcon(QMessageBox::Warning);
+    box.setTextFormat(Qt::PlainText);
     box.setWindowTitle(QStringLiteral("Orantium"));
     box.setText(QStringLiteral("The file \u201c%1\u201d has been changed by another application.").arg(displayName));
     box.setInformativeText(QStringLiteral("Keep your version to write it over the other one, or reload the file. "

@@ -17,13 +17,10 @@
 
 namespace {
 
-// The bytes of a file, or nothing if it can't be read.
+// The bytes of a file, or nothing if it can't be read (or is no regular file, or too large).
 std::optional<QByteArray> readBytes(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    return file.readAll();
+    return SermonFile::readBytes(path, nullptr);
 }
 
 } // namespace

@@ -179,6 +179,8 @@ TEST(FrontMatter, WholeBlockFailures)
         EXPECT_FALSE(result.metadata.has_value()) << yaml;
         EXPECT_FALSE(result.error.isEmpty()) << yaml;
     }
+    // A block larger than any sermon's is refused unread, however plain.
+    EXPECT_FALSE(decodeFrontMatter(QStringLiteral("duration: 5\n") + QStringLiteral("# note\n").repeated(40000)).metadata);
 }
 
 TEST(FrontMatter, DatesNeedTheDayForm)
