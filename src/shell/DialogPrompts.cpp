@@ -27,6 +27,7 @@ SaveChoice DialogPrompts::askToSaveChanges(QWidget* parent, const QString& displ
     QMessageBox box(parent);
     box.setIcon(QMessageBox::Warning);
     box.setWindowTitle(QStringLiteral("Orantium"));
+    box.setTextFormat(Qt::PlainText); // it names a file
     box.setText(QStringLiteral("Do you want to save the changes made to the document \u201c%1\u201d?").arg(displayName));
     box.setInformativeText(QStringLiteral("Your changes will be lost if you don\u2019t save them."));
     QPushButton* save = box.addButton(QStringLiteral("Save\u2026"), QMessageBox::AcceptRole);
@@ -67,6 +68,7 @@ void DialogPrompts::showError(QWidget* parent, const QString& message)
     QMessageBox box(parent);
     box.setIcon(QMessageBox::Warning);
     box.setWindowTitle(QStringLiteral("Orantium"));
+    box.setTextFormat(Qt::PlainText); // it names a file
     box.setText(message);
     box.exec();
     reactivate(parent);
@@ -77,6 +79,7 @@ DiskChoice DialogPrompts::askAboutChangedFile(QWidget* parent, const QString& di
     QMessageBox box(parent);
     box.setIcon(QMessageBox::Warning);
     box.setWindowTitle(QStringLiteral("Orantium"));
+    box.setTextFormat(Qt::PlainText); // it names a file
     box.setText(QStringLiteral("The file \u201c%1\u201d has been changed by another application.").arg(displayName));
     box.setInformativeText(QStringLiteral("Keep your version to write it over the other one, or reload the file. "
                                           "Reloading can be undone."));

@@ -74,7 +74,8 @@ MindMapCanvas* DocumentWindow::canvas() const
 void DocumentWindow::updateTitle()
 {
     // The marker Qt puts where "[*]" stands.
-    setWindowTitle(m_document->displayName() + QStringLiteral("[*]"));
+    setWindowTitle(QString(m_document->displayName()).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"))
+                   + QStringLiteral("[*]"));
     setWindowModified(m_document->isModified());
     setWindowFilePath(m_document->filePath());
 }

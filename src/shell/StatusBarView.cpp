@@ -20,6 +20,8 @@ StatusBarView::StatusBarView(SermonDocument* document, QWidget* parent)
 {
     setObjectName(QStringLiteral("statusBar"));
     setFixedHeight(height);
+    // Notices may name a file.
+    m_notice->setTextFormat(Qt::PlainText);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(12, 1, 12, 0);
     layout->setSpacing(8);
