@@ -346,14 +346,17 @@ void DeliveryTimelineRuler::drawTicksAndHeadings(QPainter& painter, double w, co
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setPen(QPen(withAlpha(ink, 0.25), 1));
+    // One call for all lines of a pen: each call costs more than the few pixels it draws.
+    std::vector<QLineF> lines;
     for (size_t i = firstMark; i < endMark; ++i) {
         const double x = sections[i].fraction * w;
         marks.push_back(x);
         if (!reach.touches(x - 2, x + 2))
             continue;
         const double snapped = snap(x, 1, w, s);
-        painter.drawLine(QPointF(snapped, 0), QPointF(snapped, layerHeight));
+        lines.emplace_back(snapped, 0, snapped, layerHeight);
     }
+    painter.drawLines(lines.data(), int(lines.size()));
     painter.restore();
 
     painter.save();
@@ -388,21 +391,20 @@ void DeliveryTimelineRuler::drawTicksAndHeadings(QPainter& painter, double w, co
     const Ticks set = ticks(total, w, s);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, false);
-    auto tick = [&](int q, double height, double lineWidth, double alpha) {
-        const double x = snap(double(q) / total * w, lineWidth, w, s);
-        if (!reach.touches(x - lineWidth - 1, x + lineWidth + 1))
-            return;
+    auto drawTicks = [&](const std::vector<int>& seconds, double height, double lineWidth, double alpha) {
+        lines.clear();
+        for (int q : seconds) {
+            const double x = snap(double(q) / total * w, lineWidth, w, s);
+            if (reach.touches(x - lineWidth - 1, x + lineWidth + 1))
+                lines.emplace_back(x, 40, x, 40 - height);
+        }
         painter.setPen(QPen(withAlpha(ink, alpha), lineWidth, Qt::SolidLine, Qt::FlatCap));
-        painter.drawLine(QPointF(x, 40), QPointF(x, 40 - height));
+        painter.drawLines(lines.data(), int(lines.size()));
     };
-    for (int q : set.tenSeconds)
-        tick(q, 2, 1 / s, 0.22);
-    for (int q : set.minutes)
-        tick(q, 3, 1, 0.28);
-    for (int q : set.fiveMinutes)
-        tick(q, 5, 1, 0.5);
-    tick(0, 5, 1.2, 0.75);
-    tick(total, 5, 1.2, 0.75);
+    drawTicks(set.tenSeconds, 2, 1 / s, 0.22);
+    drawTicks(set.minutes, 3, 1, 0.28);
+    drawTicks(set.fiveMinutes, 5, 1, 0.5);
+    drawTicks({0, total}, 5, 1.2, 0.75);
     painter.restore();
 
     const QFont figureFont = DeliveryText::makeFont(7, QFont::Normal, false);
