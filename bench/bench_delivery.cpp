@@ -1,17 +1,26 @@
-// The delivery page over a generated sermon of about 300 spoken lines, in a 1200 by 800 view:
-// one runner frame, one full pass of the text layer, and the layout itself.
+// The delivery view over generated sermons of 300 to 100,000 lines, in a 1200 by 800 view with
+// the target the view would estimate: one frame while the clock runs (the page following the
+// runner, the runner, and what the ruler repaints), a whole ruler, a whole text layer, and the
+// layout itself.
 #include "SermonGenerator.h"
 
+#include "core/WordCount.h"
+#include "delivery/DeliveryCanvasState.h"
 #include "delivery/DeliveryContentLayout.h"
 #include "delivery/DeliveryPageDrawing.h"
+#include "delivery/DeliveryRunnerStrip.h"
+#include "delivery/DeliveryTimelineRuler.h"
+#include "delivery/DeliveryTimer.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QImage>
 #include <QPainter>
 
 #include <benchmark/benchmark.h>
 
-#include <cmath>
+#include <algorithm>
+#include <map>
+#include <memory>
 
 namespace {
 
@@ -20,113 +29,184 @@ constexpr double textWidth = 700;
 
 void ensureApplication()
 {
-    static QGuiApplication* app = [] {
+    static QApplication* app = [] {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         static int argc = 1;
         static char name[] = "bench_delivery";
         static char* argv[] = {name, nullptr};
-        return new QGuiApplication(argc, argv);
+        return new QApplication(argc, argv);
     }();
     (void)app;
 }
 
-// A sermon with at least `leaves` spoken lines.
-SermonNodePtr sermonWithLeaves(int leaves)
-{
-    for (int lines = leaves;; lines += 20) {
-        SermonNodePtr root = generateSermon(lines);
-        int count = 0;
-        for (const auto& node : root->flattened())
-            count += !node->hasChildren();
-        if (count >= leaves)
-            return root;
-    }
-}
-
-struct PageFixture {
-    SermonNodePtr root = sermonWithLeaves(300);
-    DeliveryContentLayout layout;
+// One sermon of `lines` lines laid out as the view does it, with the clock running at half
+// time and the reader three minutes behind, so that the ruler's band pulses.
+struct DeliveryFixture {
+    SermonNodePtr root;
+    int minutes = 1;
+    std::shared_ptr<ManualDeliveryClock> clock = std::make_shared<ManualDeliveryClock>();
+    std::unique_ptr<DeliveryTimer> timer;
+    std::unique_ptr<DeliveryCanvasState> state;
+    std::unique_ptr<DeliveryTimelineRuler> ruler;
+    // The ruler and the runner strip over it, in a window of their own, as the view has them.
+    std::unique_ptr<QWidget> topBar;
+    DeliveryTimelineRuler* shownRuler = nullptr;
+    int rulerPaints = 0;
     QImage textLayer{viewSize, QImage::Format_ARGB32_Premultiplied};
     QImage window{viewSize, QImage::Format_ARGB32_Premultiplied};
+    QImage rulerImage;
     double left = DeliveryPageDrawing::pageLeft(viewSize.width(), textWidth);
-    double scrollY = 0;
 
-    PageFixture()
+    explicit DeliveryFixture(int lines)
     {
         ensureApplication();
-        layout = DeliveryContentLayout::compute(*root, 30, textWidth, 15, 1.8);
-        // Look at the middle of the sermon.
-        scrollY = yForFraction(layout, 0.5) - viewSize.height() * 0.5;
+        root = generateSermon(lines);
+        minutes = WordCount::estimatedMinutes(WordCount::wordCount(*root), 130);
+        timer = std::make_unique<DeliveryTimer>(minutes, clock);
+        state = std::make_unique<DeliveryCanvasState>();
+        state->setViewportHeight(viewSize.height());
+        state->setLayout(std::make_shared<const DeliveryContentLayout>(
+            DeliveryContentLayout::compute(*root, minutes, textWidth, 15, 1.8)));
+        timer->start();
+        clock->advance(timer->targetSeconds() * 0.5);
+        const double behind = 0.5 - 180.0 / timer->targetSeconds();
+        state->setScrollY(state->clampScroll(yForFraction(layout(), behind) - 100));
+
+        ruler = std::make_unique<DeliveryTimelineRuler>(timer.get(), state.get());
+        ruler->resize(viewSize.width(), DeliveryTimelineRuler::rowHeight);
+        rulerImage = QImage(ruler->size(), QImage::Format_ARGB32_Premultiplied);
+
+        topBar = std::make_unique<QWidget>();
+        topBar->resize(viewSize.width(), 60);
+        shownRuler = new DeliveryTimelineRuler(timer.get(), state.get(), topBar.get());
+        shownRuler->setGeometry(0, 0, viewSize.width(), DeliveryTimelineRuler::rowHeight);
+        // Counts the ruler's paints, so that a frame shown to paint nothing would be seen.
+        struct PaintCounter : QObject {
+            int* count;
+            explicit PaintCounter(int* c, QObject* parent) : QObject(parent), count(c) {}
+            bool eventFilter(QObject*, QEvent* event) override
+            {
+                *count += event->type() == QEvent::Paint;
+                return false;
+            }
+        };
+        shownRuler->installEventFilter(new PaintCounter(&rulerPaints, shownRuler));
+        auto* strip = new DeliveryRunnerStrip(timer.get(), shownRuler, topBar.get());
+        QObject::connect(shownRuler, &DeliveryTimelineRuler::frameTicked, strip, &DeliveryRunnerStrip::moveDot);
+        topBar->show();
+        // Shown and exposed, with the first whole paint done.
+        QCoreApplication::processEvents();
+        paintPending();
+
         textLayer.fill(Qt::white);
         QPainter painter(&textLayer);
         DeliveryPageDrawing::drawTextLayer(painter, textPass());
     }
 
+    const DeliveryContentLayout& layout() const { return *state->layout(); }
+
+    // Paints what the widgets asked to repaint, and nothing else: no timer fires here.
+    static void paintPending() { QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest); }
+
     DeliveryPageDrawing::TextPass textPass() const
     {
         DeliveryPageDrawing::TextPass pass;
-        pass.layout = &layout;
+        pass.layout = state->layout().get();
         pass.size = viewSize;
         pass.left = left;
-        pass.scrollY = scrollY;
+        pass.scrollY = state->scrollY();
         pass.viewportHeight = viewSize.height();
         pass.textWidth = textWidth;
         pass.hasStarted = true;
         return pass;
     }
+
+    void setCounters(benchmark::State& bench) const
+    {
+        bench.counters["leaves"] = double(layout().nodeYPositions.size());
+        bench.counters["minutes"] = minutes;
+    }
 };
 
-PageFixture& fixture()
+DeliveryFixture& fixture(int lines)
 {
-    static PageFixture f;
-    return f;
+    // Kept to the end of the process, like the application: widgets must not outlive it.
+    static auto* made = new std::map<int, std::unique_ptr<DeliveryFixture>>;
+    auto& f = (*made)[lines];
+    if (!f)
+        f = std::make_unique<DeliveryFixture>(lines);
+    return *f;
 }
 
-// What a frame costs while the page stands still: the runner's strip is restored from the
-// kept text layer and the runner drawn over it.
-void BM_RunnerFrame(benchmark::State& state)
+void sizes(benchmark::internal::Benchmark* b)
 {
-    PageFixture& f = fixture();
-    const QRect strip = DeliveryPageDrawing::runnerBounds(f.left, viewSize.height()).toAlignedRect();
-    double progress = 0.5;
-    for (auto _ : state) {
-        progress += 1.0 / (60 * 1800);
-        QPainter painter(&f.window);
-        painter.setClipRect(strip);
-        painter.drawImage(strip.topLeft(), f.textLayer, strip);
-        DeliveryPageDrawing::RunnerPass pass;
-        pass.layout = &f.layout;
-        pass.state = TimerState::running;
-        pass.progress = progress;
-        pass.now = progress * 1800;
-        pass.left = f.left;
-        pass.scrollY = f.scrollY;
-        DeliveryPageDrawing::drawRunnerLayer(painter, pass);
-    }
+    for (int lines : {300, 5000, 20000, 100000})
+        b->Arg(lines);
 }
-BENCHMARK(BM_RunnerFrame)->Unit(benchmark::kMicrosecond);
+
+// One frame while the clock runs and the page stands still: where the runner stands, its strip
+// restored from the kept text layer and drawn over, and the ruler and its runner strip repainted
+// where a frame asks.
+void BM_DeliveryFrame(benchmark::State& bench)
+{
+    DeliveryFixture& f = fixture(int(bench.range(0)));
+    const QRect strip = DeliveryPageDrawing::runnerBounds(f.left, viewSize.height()).toAlignedRect();
+    for (auto _ : bench) {
+        f.clock->advance(1.0 / 60);
+        benchmark::DoNotOptimize(yForFraction(f.layout(), std::min(f.timer->progress(), 1.0)));
+        {
+            QPainter painter(&f.window);
+            painter.setClipRect(strip);
+            painter.drawImage(strip.topLeft(), f.textLayer, strip);
+            DeliveryPageDrawing::RunnerPass pass;
+            pass.layout = &f.layout();
+            pass.state = f.timer->state();
+            pass.progress = f.timer->progress();
+            pass.now = f.clock->now();
+            pass.left = f.left;
+            pass.scrollY = f.state->scrollY();
+            DeliveryPageDrawing::drawRunnerLayer(painter, pass);
+        }
+        f.shownRuler->frameTick();
+        DeliveryFixture::paintPending();
+    }
+    f.setCounters(bench);
+    bench.counters["rulerPaints"] = benchmark::Counter(double(f.rulerPaints), benchmark::Counter::kAvgIterations);
+}
+BENCHMARK(BM_DeliveryFrame)->Apply(sizes)->Unit(benchmark::kMillisecond);
+
+// The whole ruler: what a resize or a new layout costs it.
+void BM_RulerPaint(benchmark::State& bench)
+{
+    DeliveryFixture& f = fixture(int(bench.range(0)));
+    for (auto _ : bench)
+        f.ruler->render(&f.rulerImage);
+    f.setCounters(bench);
+}
+BENCHMARK(BM_RulerPaint)->Apply(sizes)->Unit(benchmark::kMillisecond);
 
 // A whole text layer: what a scroll, a resize or a following frame costs.
-void BM_PagePass(benchmark::State& state)
+void BM_PagePass(benchmark::State& bench)
 {
-    PageFixture& f = fixture();
-    for (auto _ : state) {
+    DeliveryFixture& f = fixture(int(bench.range(0)));
+    for (auto _ : bench) {
         f.window.fill(Qt::white);
         QPainter painter(&f.window);
         DeliveryPageDrawing::drawTextLayer(painter, f.textPass());
     }
-    state.counters["items"] = double(f.layout.items.size());
+    f.setCounters(bench);
+    bench.counters["items"] = double(f.layout().items.size());
 }
-BENCHMARK(BM_PagePass)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PagePass)->Apply(sizes)->Unit(benchmark::kMillisecond);
 
 // The layout, run again on each change of a setting or of the target's minutes.
-void BM_Layout(benchmark::State& state)
+void BM_Layout(benchmark::State& bench)
 {
-    PageFixture& f = fixture();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(DeliveryContentLayout::compute(*f.root, 30, textWidth, 15, 1.8));
-    state.counters["leaves"] = double(f.layout.nodeYPositions.size());
+    DeliveryFixture& f = fixture(int(bench.range(0)));
+    for (auto _ : bench)
+        benchmark::DoNotOptimize(DeliveryContentLayout::compute(*f.root, f.minutes, textWidth, 15, 1.8));
+    f.setCounters(bench);
 }
-BENCHMARK(BM_Layout)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Layout)->Apply(sizes)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "DeliveryAppearance.h"
 #include "DeliveryPageDrawing.h"
 
+#include "core/PerformanceLog.h"
 #include "core/SermonDocument.h"
 
 #include <QKeyEvent>
@@ -96,9 +97,18 @@ void DeliveryCanvas::rebuildLayout()
     if (!m_document || !m_document->root())
         return;
     m_layoutMinutes = std::max(int(m_timer->targetSeconds()) / 60, 1);
-    m_state->setLayout(std::make_shared<const DeliveryContentLayout>(DeliveryContentLayout::compute(
-        *m_document->root(), m_layoutMinutes, m_settings.textWidth, m_settings.baseFontSize,
-        m_settings.lineSpacing)));
+    auto layout = performanceLog::signpostInterval(
+        "DeliveryLayout",
+        [&] { return QStringLiteral("minutes=%1 width=%2").arg(m_layoutMinutes).arg(m_settings.textWidth); },
+        [&] {
+            return std::make_shared<const DeliveryContentLayout>(
+                DeliveryContentLayout::compute(*m_document->root(), m_layoutMinutes, m_settings.textWidth,
+                                               m_settings.baseFontSize, m_settings.lineSpacing));
+        });
+    performanceLog::signpostEvent("DeliveryLayout.done", [&] {
+        return QStringLiteral("items=%1 leaves=%2").arg(layout->items.size()).arg(layout->nodeYPositions.size());
+    });
+    m_state->setLayout(std::move(layout));
     m_state->setScrollY(m_state->clampScroll(m_state->scrollY()));
 }
 
@@ -279,7 +289,12 @@ void DeliveryCanvas::paintEvent(QPaintEvent*)
         pass.baseFontSize = m_settings.baseFontSize;
         pass.isDark = isDark;
         pass.hasStarted = m_timer->firstStartedAt().has_value();
-        DeliveryPageDrawing::drawTextLayer(text, pass);
+        performanceLog::signpostInterval(
+            "DeliveryPageDraw",
+            [&] {
+                return QStringLiteral("scrollY=%1 size=%2x%3").arg(int(pass.scrollY)).arg(width()).arg(height());
+            },
+            [&] { DeliveryPageDrawing::drawTextLayer(text, pass); });
         m_textDirty = false;
         ++m_textRenders;
     }

@@ -72,14 +72,15 @@ std::pair<std::optional<NavTarget>, std::optional<NavTarget>> DeliveryCanvasStat
     if (!m_layout)
         return {nextL1, nextL2};
     const double edge = m_scrollY + m_viewportHeight;
-    std::vector<std::pair<double, NodeID>> byY;
-    byY.reserve(m_layout->headingYPositions.size());
-    for (const auto& [id, y] : m_layout->headingYPositions) {
-        if (y > edge)
-            byY.emplace_back(y, id);
-    }
-    std::sort(byY.begin(), byY.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    for (const auto& [y, id] : byY) {
+    // Headings run down the page in order: the first below the edge is found by bisection.
+    const auto& order = m_layout->headingOrder;
+    auto yOf = [&](const NodeID& id) {
+        const auto it = m_layout->headingYPositions.find(id);
+        return it == m_layout->headingYPositions.end() ? 0.0 : it->second;
+    };
+    const auto below = std::partition_point(order.begin(), order.end(), [&](const NodeID& id) { return yOf(id) <= edge; });
+    for (auto it = below; it != order.end(); ++it) {
+        const NodeID& id = *it;
         const auto depthIt = m_layout->headingDepths.find(id);
         const int depth = depthIt == m_layout->headingDepths.end() ? 0 : depthIt->second;
         const auto textIt = m_layout->headingTexts.find(id);

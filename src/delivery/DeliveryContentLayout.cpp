@@ -16,14 +16,53 @@ double byDepth(const std::array<double, N>& table, int depth)
     return table[size_t(std::clamp(depth, 0, int(N) - 1))];
 }
 
+bool isOrdered(const DeliveryContentLayout& layout)
+{
+    return !layout.entryYs.empty() && layout.entryYs.size() == layout.wordFractions.size();
+}
+
 std::optional<double> leafY(const DeliveryContentLayout& layout, size_t index)
 {
     if (index >= layout.wordFractions.size())
         return std::nullopt;
+    if (isOrdered(layout))
+        return layout.entryYs[index];
     const auto it = layout.nodeYPositions.find(layout.wordFractions[index].nodeID);
     if (it == layout.nodeYPositions.end())
         return std::nullopt;
     return it->second;
+}
+
+// The first index in [from, to) for which `reached` holds, `reached` being false and then true
+// along the range; `to` when it never holds.
+template <typename Reached>
+size_t firstReached(size_t from, size_t to, Reached&& reached)
+{
+    while (from < to) {
+        const size_t mid = from + (to - from) / 2;
+        if (reached(mid))
+            to = mid;
+        else
+            from = mid + 1;
+    }
+    return from;
+}
+
+// Each entry's y, if all have one and nothing runs back up the page; else nothing.
+std::vector<double> orderedEntryYs(const DeliveryContentLayout& layout)
+{
+    std::vector<double> ys;
+    ys.reserve(layout.wordFractions.size());
+    double lastEnd = 0;
+    for (const NodeWordFraction& entry : layout.wordFractions) {
+        const auto it = layout.nodeYPositions.find(entry.nodeID);
+        if (it == layout.nodeYPositions.end() || (!ys.empty() && it->second < ys.back())
+            || !(entry.endFraction >= lastEnd))
+            return {};
+        ys.push_back(it->second);
+        lastEnd = entry.endFraction;
+    }
+    return ys;
 }
 
 } // namespace
@@ -127,6 +166,7 @@ DeliveryContentLayout DeliveryContentLayout::compute(const SermonNode& root, int
         item.kind = DeliveryItem::Kind::heading;
         item.frame = QRectF(textLeft + indent, y + gapBefore(depth), size.width(), size.height());
         if (depth >= 1 && depth <= 3) {
+            layout.headingOrder.push_back(item.id);
             layout.headingYPositions[item.id] = item.frame.center().y();
             layout.headingDepths[item.id] = depth;
             layout.headingTexts[item.id] = item.text;
@@ -144,6 +184,11 @@ DeliveryContentLayout DeliveryContentLayout::compute(const SermonNode& root, int
         y = bottom + gapAfter(depth);
     }
     layout.totalHeight = y + topMargin;
+    layout.entryYs = orderedEntryYs(layout);
+    // Already so unless a line spacing below 1 pulls lines back up.
+    std::stable_sort(layout.headingOrder.begin(), layout.headingOrder.end(), [&](const NodeID& a, const NodeID& b) {
+        return layout.headingYPositions.at(a) < layout.headingYPositions.at(b);
+    });
 
     if (minutes < 2)
         return layout;
@@ -173,8 +218,11 @@ double yForFraction(const DeliveryContentLayout& layout, double f)
     const auto& table = layout.wordFractions;
     if (table.empty())
         return f * layout.totalHeight;
-    for (size_t i = 0; i < table.size(); ++i) {
-        if (!(f <= table[i].endFraction))
+    auto reached = [&](size_t i) { return f <= table[i].endFraction; };
+    // Ordered, the first entry that ends at or after `f` is found by bisection.
+    const size_t first = isOrdered(layout) ? firstReached(0, table.size(), reached) : 0;
+    for (size_t i = first; i < table.size(); ++i) {
+        if (!reached(i))
             continue;
         const std::optional<double> yi = leafY(layout, i);
         if (!yi)
@@ -202,6 +250,21 @@ double yForFraction(const DeliveryContentLayout& layout, double f)
 double fractionForY(const DeliveryContentLayout& layout, double y)
 {
     const auto& table = layout.wordFractions;
+    if (isOrdered(layout) && table.size() > 1 && y >= DeliveryContentLayout::topMargin && layout.entryYs[0] < y) {
+        // Past the first line, the answer is the first later entry whose line lies below `y`
+        // or whose segment reaches it; ordered, that is found by bisection.
+        const auto& ys = layout.entryYs;
+        const size_t n = ys.size();
+        auto next = [&](size_t i) { return i + 1 < n ? ys[i + 1] : ys[i] + 20; };
+        const size_t i = firstReached(1, n, [&](size_t k) { return ys[k] > y || next(k) >= y; });
+        if (i == n)
+            return 1;
+        if (ys[i] > y)
+            return table[i - 1].endFraction;
+        const double start = table[i].startFraction;
+        const double end = table[i].endFraction;
+        return next(i) - ys[i] <= 0 ? start : start + (y - ys[i]) / (next(i) - ys[i]) * (end - start);
+    }
     for (size_t i = 0; i < table.size(); ++i) {
         const double start = table[i].startFraction;
         const double end = table[i].endFraction;

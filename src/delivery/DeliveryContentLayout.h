@@ -41,6 +41,12 @@ struct DeliveryContentLayout {
     std::unordered_map<NodeID, int> headingDepths;
     std::unordered_map<NodeID, QString> headingTexts;
     std::vector<NodeWordFraction> wordFractions;
+    // Headings of depth 1 to 3 from the top of the page down (by their y, then page order).
+    std::vector<NodeID> headingOrder;
+    // The page y of each wordFractions entry, when every entry has one and both they and the
+    // fractions only grow down the page, as they do unless the line spacing is below 1. Then
+    // time and place are found by bisection; empty, by a scan of the table.
+    std::vector<double> entryYs;
 
     // The text column begins here; the margin left of it holds the runner and minute marks.
     static constexpr double textLeft = 150;

@@ -10,6 +10,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
+#include <QTextDocument>
 
 using namespace DeliveryAppearance;
 
@@ -30,7 +31,7 @@ public:
                                        target.depth == 1 ? QFont::DemiBold : QFont::Medium, false));
         setCursor(Qt::PointingHandCursor);
         setFocusPolicy(Qt::NoFocus);
-        setToolTip(text);
+        setToolTip(Qt::convertFromPlainText(text, Qt::WhiteSpacePre));
         setAccessibleName(text);
     }
 

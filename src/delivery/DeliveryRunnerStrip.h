@@ -3,6 +3,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <optional>
+
 class DeliveryTimer;
 
 // The ruler's progress line and red dot. A widget of its own over the ruler's bottom edge, so
@@ -21,6 +23,9 @@ public:
 
     // Centre of the dot in the strip's own coordinates.
     QPointF dotCentre() const;
+    // Repaints the stretch the dot moved over since it was last drawn, or the whole strip while
+    // it beats in overrun: what a frame asks.
+    void moveDot();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -29,6 +34,9 @@ protected:
 private:
     void follow();
 
+    void updateAll();
+
     DeliveryTimer* m_timer;
     QPointer<QWidget> m_ruler;
+    std::optional<double> m_shownX; // where the dot was last asked to be drawn
 };

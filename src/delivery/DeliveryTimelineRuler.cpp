@@ -4,8 +4,11 @@
 #include "DeliveryPageDrawing.h"
 #include "DeliveryText.h"
 
+#include "core/PerformanceLog.h"
+
 #include <QFontMetricsF>
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPointer>
 #include <QTimer>
@@ -15,6 +18,29 @@
 #include <numbers>
 
 using namespace DeliveryAppearance;
+
+namespace {
+
+// The stops whose x (`fraction` * `w`) lies in [from, to], as an index range; stops are sorted.
+std::pair<size_t, size_t> stopsWithin(const std::vector<HeadingStop>& stops, double w, double from, double to)
+{
+    const auto first = std::partition_point(stops.begin(), stops.end(),
+                                            [&](const HeadingStop& s) { return s.fraction * w < from; });
+    const auto last = std::partition_point(first, stops.end(),
+                                           [&](const HeadingStop& s) { return s.fraction * w <= to; });
+    return {size_t(first - stops.begin()), size_t(last - stops.begin())};
+}
+
+// Whether any of the sorted `xs` is strictly closer to `x` than `distance`.
+bool nearAny(double x, const std::vector<double>& xs, double distance)
+{
+    const auto above = std::lower_bound(xs.begin(), xs.end(), x);
+    if (above != xs.end() && std::abs(*above - x) < distance)
+        return true;
+    return above != xs.begin() && std::abs(*std::prev(above) - x) < distance;
+}
+
+} // namespace
 
 DeliveryTimelineRuler::DeliveryTimelineRuler(DeliveryTimer* timer, DeliveryCanvasState* state, QWidget* parent)
     : QWidget(parent)
@@ -28,21 +54,135 @@ DeliveryTimelineRuler::DeliveryTimelineRuler(DeliveryTimer* timer, DeliveryCanva
     m_displayLinkTimer = new QTimer(this);
     m_displayLinkTimer->setTimerType(Qt::PreciseTimer);
     m_displayLinkTimer->setInterval(16);
-    connect(m_displayLinkTimer, &QTimer::timeout, this, [this] {
-        m_pulseClock.advance();
-        update();
-        emit frameTicked();
-    });
+    connect(m_displayLinkTimer, &QTimer::timeout, this, &DeliveryTimelineRuler::frameTick);
     connect(m_timer, &DeliveryTimer::stateChanged, this, [this](TimerState state, TimerState) {
         if (state == TimerState::running && isVisible())
             m_displayLinkTimer->start();
         else if (state != TimerState::running)
             m_displayLinkTimer->stop();
-        update();
+        updateMoving(true);
     });
-    connect(m_timer, &DeliveryTimer::changed, this, qOverload<>(&QWidget::update));
-    connect(m_state, &DeliveryCanvasState::scrollYChanged, this, qOverload<>(&QWidget::update));
-    connect(m_state, &DeliveryCanvasState::layoutChanged, this, qOverload<>(&QWidget::update));
+    // The ticks follow the target; the second's tick only moves the band.
+    connect(m_timer, &DeliveryTimer::targetSecondsChanged, this, [this] { updateMoving(true); });
+    connect(m_timer, &DeliveryTimer::remainingSecondsChanged, this, [this] { updateMoving(); });
+    connect(m_state, &DeliveryCanvasState::scrollYChanged, this, [this] { updateMoving(); });
+    connect(m_state, &DeliveryCanvasState::layoutChanged, this, [this] { updateMoving(true); });
+}
+
+void DeliveryTimelineRuler::frameTick()
+{
+    m_pulseClock.advance();
+    updateMoving();
+    emit frameTicked();
+}
+
+const std::vector<HeadingStop>& DeliveryTimelineRuler::stops(int depth)
+{
+    if (m_stopsLayout != m_state->layout()) {
+        m_stopsLayout = m_state->layout();
+        performanceLog::signpostInterval("DeliveryRulerStops", performanceLog::noMessage, [&] {
+            for (int d = 1; d <= 3; ++d)
+                m_stops[size_t(d - 1)] = headingStops(m_stopsLayout.get(), d);
+        });
+    }
+    return m_stops[size_t(std::clamp(depth, 1, 3) - 1)];
+}
+
+const std::vector<QString>& DeliveryTimelineRuler::labels(double w, const QFont& font)
+{
+    const std::vector<HeadingStop>& sections = stops(1);
+    if (m_labels.layout == m_stopsLayout && m_labels.w == w && m_labels.font == font)
+        return m_labels.texts;
+    m_labels = {m_stopsLayout, w, font, {}};
+    m_labels.texts.reserve(sections.size());
+    const QFontMetricsF metrics(font);
+    for (size_t i = 0; i < sections.size(); ++i) {
+        const double x = sections[i].fraction * w + 3;
+        const double limit = i + 1 < sections.size() ? sections[i + 1].fraction * w : w;
+        const double room = limit - x - 4;
+        QString label;
+        if (room > 0) {
+            label = sections[i].text;
+            label.replace(QChar(0x2028), QLatin1Char(' '));
+            label = shortenedLabel(label, metrics, room);
+        }
+        m_labels.texts.push_back(std::move(label));
+    }
+    return m_labels.texts;
+}
+
+std::optional<DeliveryTimelineRuler::Band> DeliveryTimelineRuler::band(double w)
+{
+    const std::vector<HeadingStop>& sections = stops(1);
+    if (m_timer->state() == TimerState::idle || sections.empty())
+        return std::nullopt;
+    const double p = std::clamp(m_timer->progress(), 0.0, 1.0);
+    double start = 0;
+    double end = 1;
+    for (const HeadingStop& stop : sections) {
+        if (stop.fraction <= p) {
+            start = stop.fraction;
+        } else {
+            end = stop.fraction;
+            break;
+        }
+    }
+    Band out;
+    out.rect = QRectF(start * w, 0, (end - start) * w, layerHeight - 1);
+    if (const auto& layout = m_state->layout()) {
+        const double view = fractionForY(*layout, m_state->scrollY() + 100);
+        out.level = driftLevel(driftSeconds(p, view, m_timer->targetSeconds()));
+    }
+    return out;
+}
+
+double DeliveryTimelineRuler::markerX(double w) const
+{
+    const auto& layout = m_state->layout();
+    if (!layout)
+        return 0;
+    return std::clamp(fractionForY(*layout, m_state->scrollY() + 100), 0.0, 1.0) * w;
+}
+
+DeliveryTimelineRuler::Moving DeliveryTimelineRuler::moving(double w)
+{
+    return {band(w), markerX(w)};
+}
+
+QRect DeliveryTimelineRuler::widgetRect(const QRectF& layerRect) const
+{
+    // Layers stand 1 above the row; a pixel more all round for what antialiasing spills.
+    return layerRect.translated(0, (rowHeight - layerHeight) / 2).toAlignedRect().adjusted(-2, -1, 2, 1);
+}
+
+void DeliveryTimelineRuler::updateMoving(bool everything)
+{
+    const double w = width();
+    const Moving now = moving(w);
+    if (everything) {
+        m_shown = now;
+        update();
+        return;
+    }
+    if (!(w > 0))
+        return;
+    QRegion dirty;
+    if (now.band != m_shown.band) {
+        if (m_shown.band)
+            dirty += widgetRect(m_shown.band->rect);
+        if (now.band)
+            dirty += widgetRect(now.band->rect);
+    } else if (now.band && now.band->level != Drift::calm) {
+        dirty += widgetRect(now.band->rect); // it pulses
+    }
+    if (now.markerX != m_shown.markerX) {
+        const double from = std::min(now.markerX, m_shown.markerX);
+        const double to = std::max(now.markerX, m_shown.markerX);
+        dirty += widgetRect(QRectF(from, 0, to - from, layerHeight));
+    }
+    m_shown = now;
+    if (!dirty.isEmpty())
+        update(dirty);
 }
 
 bool DeliveryTimelineRuler::isFrameTicking() const
@@ -55,12 +195,15 @@ std::vector<HeadingStop> DeliveryTimelineRuler::headingStops(const DeliveryConte
     std::vector<HeadingStop> stops;
     if (!layout)
         return stops;
-    for (const auto& [id, y] : layout->headingYPositions) {
+    // In page order, so that headings of one moment keep it.
+    for (const NodeID& id : layout->headingOrder) {
         const auto depthIt = layout->headingDepths.find(id);
-        if (depthIt == layout->headingDepths.end() || depthIt->second != depth)
+        const auto yIt = layout->headingYPositions.find(id);
+        if (depthIt == layout->headingDepths.end() || depthIt->second != depth || yIt == layout->headingYPositions.end())
             continue;
         const auto textIt = layout->headingTexts.find(id);
-        stops.push_back({fractionForY(*layout, y), textIt == layout->headingTexts.end() ? QString() : textIt->second});
+        stops.push_back(
+            {fractionForY(*layout, yIt->second), textIt == layout->headingTexts.end() ? QString() : textIt->second});
     }
     std::stable_sort(stops.begin(), stops.end(),
                      [](const HeadingStop& a, const HeadingStop& b) { return a.fraction < b.fraction; });
@@ -139,11 +282,12 @@ double DeliveryTimelineRuler::snap(double x, double lineWidth, double width, dou
     return std::clamp(snapped, lineWidth / 2, std::max(width - lineWidth / 2, lineWidth / 2));
 }
 
-void DeliveryTimelineRuler::paintEvent(QPaintEvent*)
+void DeliveryTimelineRuler::paintEvent(QPaintEvent* event)
 {
     const double w = width();
     if (!(w > 0))
         return;
+    const QRect dirty = event->rect();
     if (w != m_currentWidth) {
         // Stored a turn later, never during a pass.
         QPointer<DeliveryTimelineRuler> self(this);
@@ -152,82 +296,91 @@ void DeliveryTimelineRuler::paintEvent(QPaintEvent*)
                 self->m_currentWidth = w;
         });
     }
-    QPainter painter(this);
-    painter.fillRect(rect(), palette().color(QPalette::Window));
-    // The layers are 41 high on a 39 row, so that layer y 40 lies on the row's bottom edge.
-    painter.translate(0, (rowHeight - layerHeight) / 2);
-    const std::vector<HeadingStop> sections = headingStops(m_state->layout().get(), 1);
-    drawSectionBand(painter, w, sections);
-    drawTicksAndHeadings(painter, w, sections);
-    drawViewportMarker(painter, w);
-    drawLabels(painter, w, sections);
+    // Stops first: a layout's are found once, before anything moving reads them.
+    const std::vector<HeadingStop>& sections = stops(1);
+    performanceLog::signpostInterval(
+        "DeliveryRulerDraw",
+        [&] {
+            return QStringLiteral("sections=%1 dirty=%2x%3").arg(sections.size()).arg(dirty.width()).arg(dirty.height());
+        },
+        [&] {
+            QPainter painter(this);
+            painter.fillRect(rect(), palette().color(QPalette::Window));
+            // The layers are 41 high on a 39 row, so that layer y 40 lies on the row's bottom edge.
+            painter.translate(0, (rowHeight - layerHeight) / 2);
+            // A pixel of slack each side for antialiasing; the clip does the rest.
+            const Reach reach{dirty.left() - 1.0, dirty.left() + dirty.width() + 1.0};
+            drawSectionBand(painter, w, reach);
+            drawTicksAndHeadings(painter, w, reach);
+            drawViewportMarker(painter, w);
+            drawLabels(painter, w, reach);
+        });
 }
 
-void DeliveryTimelineRuler::drawSectionBand(QPainter& painter, double w, const std::vector<HeadingStop>& sections)
+void DeliveryTimelineRuler::drawSectionBand(QPainter& painter, double w, const Reach& reach)
 {
-    if (m_timer->state() == TimerState::idle || sections.empty())
+    const std::optional<Band> now = band(w);
+    if (!now || !reach.touches(now->rect.left(), now->rect.right()))
         return;
-    const double p = std::clamp(m_timer->progress(), 0.0, 1.0);
-    double start = 0;
-    double end = 1;
-    for (const HeadingStop& stop : sections) {
-        if (stop.fraction <= p) {
-            start = stop.fraction;
-        } else {
-            end = stop.fraction;
-            break;
-        }
-    }
     QColor color = withAlpha(primary(), 0.08);
-    if (const auto& layout = m_state->layout()) {
-        const double view = fractionForY(*layout, m_state->scrollY() + 100);
-        const Drift level = driftLevel(driftSeconds(p, view, m_timer->targetSeconds()));
-        if (level != Drift::calm) {
-            const double t = m_timer->clock()->now();
-            const double opacity = 0.07 + 0.17 * (std::sin(2 * std::numbers::pi * t / 2.4) + 1) / 2;
-            color = withAlpha(level == Drift::farBehind ? red() : orange(), opacity);
-        }
+    if (now->level != Drift::calm) {
+        const double t = m_timer->clock()->now();
+        const double opacity = 0.07 + 0.17 * (std::sin(2 * std::numbers::pi * t / 2.4) + 1) / 2;
+        color = withAlpha(now->level == Drift::farBehind ? red() : orange(), opacity);
     }
-    painter.fillRect(QRectF(start * w, 0, (end - start) * w, layerHeight - 1), color);
+    painter.fillRect(now->rect, color);
 }
 
-void DeliveryTimelineRuler::drawTicksAndHeadings(QPainter& painter, double w, const std::vector<HeadingStop>& sections)
+void DeliveryTimelineRuler::drawTicksAndHeadings(QPainter& painter, double w, const Reach& reach)
 {
     const double s = devicePixelRatioF();
     const bool isDark = isDarkAppearance();
     const QColor ink = DeliveryAppearance::ink(isDark);
-    const auto* layout = m_state->layout().get();
+    const std::vector<HeadingStop>& sections = stops(1);
 
+    // Heading lines near enough that a dot or figure in the reach gives way to them.
+    const double nearest = 20; // the widest berth anything gives a heading line
+    const auto [firstMark, endMark] = stopsWithin(sections, w, reach.from - 2 * nearest, reach.to + 2 * nearest);
+    std::vector<double> marks;
+    marks.reserve(endMark - firstMark);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setPen(QPen(withAlpha(ink, 0.25), 1));
-    std::vector<double> marks;
-    marks.reserve(sections.size());
-    for (const HeadingStop& stop : sections) {
-        const double x = snap(stop.fraction * w, 1, w, s);
-        painter.drawLine(QPointF(x, 0), QPointF(x, layerHeight));
-        marks.push_back(stop.fraction * w);
+    // One call for all lines of a pen: each call costs more than the few pixels it draws.
+    std::vector<QLineF> lines;
+    for (size_t i = firstMark; i < endMark; ++i) {
+        const double x = sections[i].fraction * w;
+        marks.push_back(x);
+        if (!reach.touches(x - 2, x + 2))
+            continue;
+        const double snapped = snap(x, 1, w, s);
+        lines.emplace_back(snapped, 0, snapped, layerHeight);
     }
+    painter.drawLines(lines.data(), int(lines.size()));
     painter.restore();
 
-    auto nearAny = [](double x, const std::vector<double>& xs, double distance) {
-        return std::any_of(xs.begin(), xs.end(), [&](double m) { return std::abs(x - m) < distance; });
-    };
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, true);
     painter.setPen(Qt::NoPen);
+    // Depth 3 dots give way to drawn depth 2 dots within 3 points, so those are found a little
+    // beyond the reach too.
     std::vector<double> drawnL2;
     painter.setBrush(withAlpha(primary(), 0.55));
-    for (const HeadingStop& stop : headingStops(layout, 2)) {
-        const double x = stop.fraction * w;
+    const std::vector<HeadingStop>& points = stops(2);
+    const auto [firstPoint, endPoint] = stopsWithin(points, w, reach.from - 6, reach.to + 6);
+    for (size_t i = firstPoint; i < endPoint; ++i) {
+        const double x = points[i].fraction * w;
         if (nearAny(x, marks, 3))
             continue;
-        painter.drawEllipse(QRectF(x - 2, 19, 4, 4));
         drawnL2.push_back(x);
+        if (reach.touches(x - 3, x + 3))
+            painter.drawEllipse(QRectF(x - 2, 19, 4, 4));
     }
     painter.setBrush(withAlpha(primary(), 0.35));
-    for (const HeadingStop& stop : headingStops(layout, 3)) {
-        const double x = stop.fraction * w;
+    const std::vector<HeadingStop>& subPoints = stops(3);
+    const auto [firstSub, endSub] = stopsWithin(subPoints, w, reach.from - 3, reach.to + 3);
+    for (size_t i = firstSub; i < endSub; ++i) {
+        const double x = subPoints[i].fraction * w;
         if (nearAny(x, marks, 3) || nearAny(x, drawnL2, 3))
             continue;
         painter.drawEllipse(QRectF(x - 1.25, 19.75, 2.5, 2.5));
@@ -238,19 +391,20 @@ void DeliveryTimelineRuler::drawTicksAndHeadings(QPainter& painter, double w, co
     const Ticks set = ticks(total, w, s);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, false);
-    auto tick = [&](int q, double height, double lineWidth, double alpha) {
-        const double x = snap(double(q) / total * w, lineWidth, w, s);
+    auto drawTicks = [&](const std::vector<int>& seconds, double height, double lineWidth, double alpha) {
+        lines.clear();
+        for (int q : seconds) {
+            const double x = snap(double(q) / total * w, lineWidth, w, s);
+            if (reach.touches(x - lineWidth - 1, x + lineWidth + 1))
+                lines.emplace_back(x, 40, x, 40 - height);
+        }
         painter.setPen(QPen(withAlpha(ink, alpha), lineWidth, Qt::SolidLine, Qt::FlatCap));
-        painter.drawLine(QPointF(x, 40), QPointF(x, 40 - height));
+        painter.drawLines(lines.data(), int(lines.size()));
     };
-    for (int q : set.tenSeconds)
-        tick(q, 2, 1 / s, 0.22);
-    for (int q : set.minutes)
-        tick(q, 3, 1, 0.28);
-    for (int q : set.fiveMinutes)
-        tick(q, 5, 1, 0.5);
-    tick(0, 5, 1.2, 0.75);
-    tick(total, 5, 1.2, 0.75);
+    drawTicks(set.tenSeconds, 2, 1 / s, 0.22);
+    drawTicks(set.minutes, 3, 1, 0.28);
+    drawTicks(set.fiveMinutes, 5, 1, 0.5);
+    drawTicks({0, total}, 5, 1.2, 0.75);
     painter.restore();
 
     const QFont figureFont = DeliveryText::makeFont(7, QFont::Normal, false);
@@ -260,7 +414,8 @@ void DeliveryTimelineRuler::drawTicksAndHeadings(QPainter& painter, double w, co
     painter.setPen(withAlpha(secondary(), 0.45));
     for (int q : minuteFigureSeconds(total)) {
         const double x = double(q) / total * w;
-        if (nearAny(x, marks, 20))
+        // No figure is near as wide as the berth it keeps from heading lines.
+        if (!reach.touches(x - nearest, x + nearest) || nearAny(x, marks, nearest))
             continue;
         const QString text = QString::number(q / 60);
         painter.drawText(QPointF(x - metrics.horizontalAdvance(text) / 2, 35 - metrics.descent()), text);
@@ -283,24 +438,26 @@ void DeliveryTimelineRuler::drawViewportMarker(QPainter& painter, double w)
     painter.drawLine(QPointF(xl, 0), QPointF(xl, layerHeight - 1));
 }
 
-void DeliveryTimelineRuler::drawLabels(QPainter& painter, double w, const std::vector<HeadingStop>& sections)
+void DeliveryTimelineRuler::drawLabels(QPainter& painter, double w, const Reach& reach)
 {
+    const std::vector<HeadingStop>& sections = stops(1);
     const QFont font = DeliveryText::makeFont(12, QFont::Normal, false);
     const QFontMetricsF metrics(font);
+    const std::vector<QString>& texts = labels(w, font);
     painter.save();
     painter.setFont(font);
     painter.setPen(secondary());
-    for (size_t i = 0; i < sections.size(); ++i) {
+    // A label stays between its own stop and the next, so only stops from the one before the
+    // reach can show one in it.
+    size_t first = stopsWithin(sections, w, reach.from, reach.to).first;
+    first = first > 0 ? first - 1 : 0;
+    for (size_t i = first; i < sections.size(); ++i) {
         const double x = sections[i].fraction * w + 3;
+        if (x > reach.to + 1)
+            break;
         const double limit = i + 1 < sections.size() ? sections[i + 1].fraction * w : w;
-        const double room = limit - x - 4;
-        if (!(room > 0))
-            continue;
-        QString label = sections[i].text;
-        label.replace(QChar(0x2028), QLatin1Char(' '));
-        label = shortenedLabel(label, metrics, room);
-        if (!label.isEmpty())
-            painter.drawText(QPointF(x, 16 - metrics.descent()), label);
+        if (!texts[i].isEmpty() && reach.touches(x - 1, limit))
+            painter.drawText(QPointF(x, 16 - metrics.descent()), texts[i]);
     }
     painter.restore();
 }

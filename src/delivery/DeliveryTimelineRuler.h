@@ -4,8 +4,11 @@
 #include "DeliveryTimer.h"
 #include "PulseClock.h"
 
+#include <QFont>
 #include <QWidget>
 
+#include <array>
+#include <optional>
 #include <vector>
 
 class QFontMetricsF;
@@ -21,7 +24,8 @@ struct HeadingStop {
 
 // The strip across the top of the delivery view: the whole sermon as one line of time, with
 // its ticks, its sections and where the reader is; the runner lies over it in its own widget.
-// Dragging over it scrolls the page and never the timer.
+// Dragging over it scrolls the page and never the timer. The heading stops are found once per
+// layout; a frame repaints only what moved: the section band and the viewport marker.
 class DeliveryTimelineRuler : public QWidget {
     Q_OBJECT
 public:
@@ -55,6 +59,8 @@ public:
 
     bool isFrameTicking() const;
     double currentWidth() const { return m_currentWidth; }
+    // One firing of the frame timer; public so that tests and benchmarks can drive it.
+    void frameTick();
 
 signals:
     void seekRequested(double fraction);
@@ -70,15 +76,53 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
+    // The band behind the present section, in layer coordinates, and how far the reader drifts.
+    struct Band {
+        QRectF rect;
+        Drift level = Drift::calm;
+        bool operator==(const Band&) const = default;
+    };
+    // What moves while the ruler stands: the band, and the viewport marker's x (0: none).
+    struct Moving {
+        std::optional<Band> band;
+        double markerX = 0;
+        bool operator==(const Moving&) const = default;
+    };
+    // Horizontal reach of a paint, in ruler x; whatever lies wholly outside it is not drawn.
+    struct Reach {
+        double from = 0;
+        double to = 0;
+        bool touches(double left, double right) const { return right >= from && left <= to; }
+    };
+
     void seekAt(double x);
-    void drawSectionBand(QPainter& painter, double w, const std::vector<HeadingStop>& sections);
-    void drawTicksAndHeadings(QPainter& painter, double w, const std::vector<HeadingStop>& sections);
+    const std::vector<HeadingStop>& stops(int depth);
+    // Each section's label as it fits before the next, empty where none does.
+    const std::vector<QString>& labels(double w, const QFont& font);
+    std::optional<Band> band(double w);
+    double markerX(double w) const;
+    Moving moving(double w);
+    // Repaints what moved since the last look; the whole ruler when `everything`.
+    void updateMoving(bool everything = false);
+    QRect widgetRect(const QRectF& layerRect) const;
+    void drawSectionBand(QPainter& painter, double w, const Reach& reach);
+    void drawTicksAndHeadings(QPainter& painter, double w, const Reach& reach);
     void drawViewportMarker(QPainter& painter, double w);
-    void drawLabels(QPainter& painter, double w, const std::vector<HeadingStop>& sections);
+    void drawLabels(QPainter& painter, double w, const Reach& reach);
 
     DeliveryTimer* m_timer;
     DeliveryCanvasState* m_state;
     PulseClock m_pulseClock;
     QTimer* m_displayLinkTimer = nullptr;
     double m_currentWidth = 0;
+    DeliveryCanvasState::LayoutPtr m_stopsLayout;
+    std::array<std::vector<HeadingStop>, 3> m_stops; // depths 1 to 3
+    Moving m_shown;
+    // Labels are measured again only for a new layout, width or font.
+    struct Labels {
+        DeliveryCanvasState::LayoutPtr layout;
+        double w = 0;
+        QFont font;
+        std::vector<QString> texts;
+    } m_labels;
 };

@@ -119,7 +119,7 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     }
     // Made last so that it lies over the page, where its dot overhangs.
     m_runnerStrip = new DeliveryRunnerStrip(m_timer, m_topBar->ruler(), this);
-    connect(m_topBar->ruler(), &DeliveryTimelineRuler::frameTicked, m_runnerStrip, qOverload<>(&QWidget::update));
+    connect(m_topBar->ruler(), &DeliveryTimelineRuler::frameTicked, m_runnerStrip, &DeliveryRunnerStrip::moveDot);
     connect(m_navOverlay, &DeliveryNavOverlay::navigateRequested, m_canvasState, &DeliveryCanvasState::navigate);
     connect(m_counterBlock, &DeliveryCounterBlock::durationChanged, this, &DeliveryView::onDurationChanged);
     connect(m_counterBlock, &DeliveryCounterBlock::editingEnded, this, [this] {

@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QTextDocument>
 #include <QPlainTextEdit>
 #include <QTextEdit>
 
@@ -122,8 +123,9 @@ void AppMenus::rebuildRecentMenu()
     if (!m_context.preferences)
         return;
     for (const QString& path : m_context.preferences->recentFiles()) {
-        QAction* action = m_recent->addAction(QFileInfo(path).fileName());
-        action->setToolTip(path);
+        // A file name's "&" is shown, not taken as a shortcut; its path is shown, not obeyed.
+        QAction* action = m_recent->addAction(QFileInfo(path).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
+        action->setToolTip(Qt::convertFromPlainText(path, Qt::WhiteSpacePre));
         connect(action, &QAction::triggered, this, [this, path] {
             if (m_context.documents)
                 m_context.documents->open(path, m_window);

@@ -89,8 +89,10 @@ MindMapCanvas* DocumentWindow::canvas() const
 void DocumentWindow::updateTitle()
 {
     // The marker Qt puts where "[*]" stands.
+    // A "[*]" in the name itself is shown, not taken for the marker.
+    const QString name = QString(m_document->displayName()).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"));
     const QString readOnly = m_document->isReadOnly() ? QStringLiteral(" [Read-Only]") : QString();
-    setWindowTitle(m_document->displayName() + readOnly + QStringLiteral("[*]"));
+    setWindowTitle(name + readOnly + QStringLiteral("[*]"));
     setWindowModified(m_document->isModified());
     setWindowFilePath(m_document->filePath());
 }

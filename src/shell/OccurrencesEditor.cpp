@@ -230,6 +230,7 @@ QWidget* OccurrencesEditor::restingRow(const SermonOccasion& occasion)
     dates->addWidget(distance);
     layout->addLayout(dates);
     auto* place = new QLabel(occasion.place.isEmpty() ? QStringLiteral("\u2014") : occasion.place, row);
+    place->setTextFormat(Qt::PlainText);
     if (occasion.place.isEmpty())
         tint(place, secondary(this));
     layout->addWidget(place, 1);

@@ -1,12 +1,13 @@
 #include "Preferences.h"
 
+#include "RecentSermonsStore.h"
+
 #include "delivery/DeliveryPreferences.h"
 
 #include <QDir>
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QSet>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -104,18 +105,11 @@ QStringList Preferences::recentFiles() const
     const QVariant value = m_settings->value(QString::fromLatin1(recentFilesKey));
     if (!value.canConvert<QStringList>())
         return {};
-    // Linear, and only as far as the list is shown: a stored list may be any length.
     QStringList paths;
-    QSet<QString> seen;
-    for (const QString& path : value.toStringList()) {
-        if (paths.size() == maxRecentFiles)
-            break;
-        if (!path.isEmpty() && QFileInfo(path).isAbsolute() && !seen.contains(path)) {
-            seen.insert(path);
+    for (const QString& path : value.toStringList())
+        if (!path.isEmpty() && QDir::isAbsolutePath(path))
             paths.append(path);
-        }
-    }
-    return paths;
+    return RecentSermonsStore::distinctPaths(paths, maxRecentFiles);
 }
 
 bool Preferences::setRecentFiles(const QStringList& paths)

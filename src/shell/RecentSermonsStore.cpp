@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QFutureWatcher>
 #include <QLocale>
+#include <QSet>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
@@ -49,10 +50,25 @@ std::optional<RecentSermonsStore::Entry> RecentSermonsStore::readEntry(const QSt
     return entry;
 }
 
+QStringList RecentSermonsStore::distinctPaths(const QStringList& paths, qsizetype limit)
+{
+    QStringList result;
+    QSet<QString> seen;
+    for (const QString& path : paths) {
+        if (result.size() >= limit)
+            break;
+        if (!seen.contains(path)) {
+            seen.insert(path);
+            result.append(path);
+        }
+    }
+    return result;
+}
+
 QList<RecentSermonsStore::Entry> RecentSermonsStore::readEntries(const QStringList& paths, const Cache& cache)
 {
     QList<Entry> result;
-    for (const QString& path : paths) {
+    for (const QString& path : distinctPaths(paths)) {
         const QFileInfo info(path);
         if (!info.exists())
             continue;
@@ -74,6 +90,7 @@ QList<RecentSermonsStore::Entry> RecentSermonsStore::readEntries(const QStringLi
 void RecentSermonsStore::refresh(const QStringList& paths)
 {
     const Cache cache = m_cache;
+    const QStringList wanted = distinctPaths(paths);
     ++m_running;
     const quint64 generation = ++m_generation;
     auto* watcher = new QFutureWatcher<QList<Entry>>(this);
@@ -86,7 +103,7 @@ void RecentSermonsStore::refresh(const QStringList& paths)
         }
         watcher->deleteLater();
     });
-    watcher->setFuture(QtConcurrent::run([paths, cache] { return readEntries(paths, cache); }));
+    watcher->setFuture(QtConcurrent::run([wanted, cache] { return readEntries(wanted, cache); }));
 }
 
 void RecentSermonsStore::apply(const QList<Entry>& entries)

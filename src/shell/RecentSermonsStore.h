@@ -24,17 +24,25 @@ public:
     };
     using Cache = QHash<QString, Entry>;
 
+    // The longest list shown, whatever length the stored one has.
+    static constexpr qsizetype maxEntries = 100;
+    // `paths` with each repeat after its first dropped, cut at `limit`: in one pass, however
+    // long the stored list is.
+    static QStringList distinctPaths(const QStringList& paths, qsizetype limit = maxEntries);
+
     explicit RecentSermonsStore(QObject* parent = nullptr);
     ~RecentSermonsStore() override;
 
     const QList<Entry>& entries() const { return m_entries; }
     const Cache& cache() const { return m_cache; }
 
-    // Reads the list in the background, in the order given; `entriesChanged` follows.
+    // Reads the list in the background, in the order given, repeats dropped and cut at
+    // `maxEntries`; `entriesChanged` follows.
     void refresh(const QStringList& paths);
     bool isRefreshing() const { return m_running > 0; }
 
-    // The reading itself, for any thread: the entries for `paths`, reusing `cache` where it holds.
+    // The reading itself, for any thread: the entries for `paths` (as `refresh` takes them),
+    // reusing `cache` where it holds.
     static QList<Entry> readEntries(const QStringList& paths, const Cache& cache);
     static std::optional<Entry> readEntry(const QString& path);
 

@@ -20,6 +20,8 @@ StatusBarView::StatusBarView(SermonDocument* document, QWidget* parent)
 {
     setObjectName(QStringLiteral("statusBar"));
     setFixedHeight(height);
+    // Notices may name a file.
+    m_notice->setTextFormat(Qt::PlainText);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(12, 1, 12, 0);
     layout->setSpacing(8);
@@ -32,7 +34,6 @@ StatusBarView::StatusBarView(SermonDocument* document, QWidget* parent)
     small.setPointSizeF(small.pointSizeF() * 11.0 / 13.0);
     m_pace->setFont(small);
     m_notice->setFont(small);
-    m_notice->setTextFormat(Qt::PlainText);
     m_pace->setMenu(new QMenu(m_pace));
     connect(m_pace->menu(), &QMenu::aboutToShow, this, &StatusBarView::rebuildMenu);
     layout->addWidget(m_pace);

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QTextDocument>
 #include <QVBoxLayout>
 
 namespace {
@@ -39,9 +40,13 @@ public:
             m_occasion->setFont(small);
             layout->addWidget(m_occasion);
         }
-        for (QLabel* label : {m_title, m_occasion})
-            if (label)
-                label->setAttribute(Qt::WA_TransparentForMouseEvents);
+        for (QLabel* label : {m_title, m_occasion}) {
+            if (!label)
+                continue;
+            // Titles and places come from files: markup in them is shown, never obeyed.
+            label->setTextFormat(Qt::PlainText);
+            label->setAttribute(Qt::WA_TransparentForMouseEvents);
+        }
         setAccessibleName(title);
         setMinimumHeight(layout->sizeHint().height());
         setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -189,7 +194,7 @@ void WelcomeView::rebuildRecentRows()
     int index = 0;
     for (const RecentSermonsStore::Entry& entry : entries) {
         auto* row = new RecentRow(entry.title, entry.occasionLine.value_or(QString()), m_recentScroll->widget());
-        row->setToolTip(entry.path);
+        row->setToolTip(Qt::convertFromPlainText(entry.path, Qt::WhiteSpacePre));
         row->setInk(ink);
         const QString path = entry.path;
         connect(row, &QPushButton::clicked, this, [this, path] {

@@ -198,6 +198,30 @@ TEST_F(DeliveryLayoutTest, TimeToPlaceFollowsTheSegmentRules)
     EXPECT_DOUBLE_EQ(fractionForY(layout, (yOf(0) + yOf(1)) / 2), table[0].endFraction); // the gap
     EXPECT_DOUBLE_EQ(fractionForY(layout, (yOf(3) + yOf(4)) / 2), mid3);
     EXPECT_EQ(fractionForY(layout, layout.totalHeight + 500), 1);
+
+    // A laid-out page is searched by bisection, and answers exactly as a scan of the table does.
+    auto uneven = sectionedSermon(3, 4, 1);
+    uneven->children()[1]->children()[2]->setText(wordsText(40));
+    uneven->children()[2]->children()[0]->setText(QString());
+    for (const SermonNodePtr& sermon : {root, uneven}) {
+        const auto searched = DeliveryContentLayout::compute(*sermon, 10, 700, 15, 1.8);
+        ASSERT_EQ(searched.entryYs.size(), searched.wordFractions.size());
+        DeliveryContentLayout scanned = searched;
+        scanned.entryYs.clear();
+        for (double f = -0.1; f <= 1.6; f += 0.0025)
+            EXPECT_EQ(yForFraction(searched, f), yForFraction(scanned, f)) << f;
+        for (double y = -5; y <= searched.totalHeight + 40; y += 0.5)
+            EXPECT_EQ(fractionForY(searched, y), fractionForY(scanned, y)) << y;
+        // Right on the lines and the ends, where a search goes wrong first.
+        for (size_t i = 0; i < searched.entryYs.size(); ++i) {
+            for (double d : {-1e-9, 0.0, 1e-9}) {
+                const double y = searched.entryYs[i] + d;
+                const double f = searched.wordFractions[i].endFraction + d;
+                EXPECT_EQ(fractionForY(searched, y), fractionForY(scanned, y)) << y;
+                EXPECT_EQ(yForFraction(searched, f), yForFraction(scanned, f)) << f;
+            }
+        }
+    }
 }
 
 TEST_F(DeliveryLayoutTest, NoSpokenWordsMeansTimeSpreadsOverThePage)

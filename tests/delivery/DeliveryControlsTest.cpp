@@ -12,6 +12,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPaintEvent>
+#include <QRegion>
 
 namespace {
 
@@ -267,6 +269,72 @@ TEST_F(DeliveryControlsTest, HeadingStopsAndNextHeadings)
     state.setViewportHeight(layout->totalHeight);
     auto [none1, none2] = state.nextHeadings();
     EXPECT_FALSE(none1 || none2);
+}
+
+// A frame repaints only what moves, and any part of the ruler painted alone has the very pixels
+// of the whole ruler painted at once.
+TEST_F(DeliveryControlsTest, TheRulerRepaintsOnlyWhatMovesAndAPartMatchesTheWhole)
+{
+    auto root = SermonNode::make(QStringLiteral("Title"), 0);
+    for (int s = 0; s < 12; ++s) {
+        auto section = root->addChild(QStringLiteral("Section number %1 of the sermon").arg(s + 1));
+        for (int p = 0; p < 3; ++p) {
+            auto point = section->addChild(QStringLiteral("Point %1").arg(p + 1));
+            auto sub = point->addChild(QStringLiteral("Sub"));
+            sub->addChild(wordsText(5 + 7 * ((s + p) % 4)));
+            point->addChild(wordsText(12));
+        }
+    }
+    auto clock = std::make_shared<ManualDeliveryClock>();
+    DeliveryTimer timer(30, clock);
+    DeliveryCanvasState state;
+    state.setViewportHeight(600);
+    state.setLayout(
+        std::make_shared<const DeliveryContentLayout>(DeliveryContentLayout::compute(*root, 30, 700, 15, 1.8)));
+    QWidget window;
+    window.resize(900, 60);
+    DeliveryTimelineRuler ruler(&timer, &state, &window);
+    ruler.setGeometry(0, 0, 900, DeliveryTimelineRuler::rowHeight);
+    timer.start();
+    clock->advance(900); // half way, and the reader three minutes behind: the band pulses
+    state.setScrollY(yForFraction(*state.layout(), 0.4) - 100);
+    window.show();
+    QCoreApplication::processEvents();
+
+    QRegion painted;
+    struct Recorder : QObject {
+        QRegion* region;
+        explicit Recorder(QRegion* r) : region(r) {}
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            if (event->type() == QEvent::Paint)
+                *region += static_cast<QPaintEvent*>(event)->region();
+            return false;
+        }
+    } recorder(&painted);
+    ruler.installEventFilter(&recorder);
+    auto frame = [&] {
+        painted = QRegion();
+        clock->advance(1.0 / 60);
+        ruler.frameTick();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest);
+        return painted.boundingRect();
+    };
+    const QRect pulsing = frame();
+    EXPECT_GT(pulsing.width(), 0);
+    EXPECT_LT(pulsing.width(), 900 / 4) << "the band of the present section, not the whole ruler";
+    state.setScrollY(yForFraction(*state.layout(), 0.5) - 100); // caught up: the band rests
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest);
+    EXPECT_TRUE(frame().isEmpty());
+
+    const QImage whole = ruler.grab().toImage();
+    for (int x = -3; x < 900; x += 37) {
+        const QRect part = QRect(x, 0, 7, DeliveryTimelineRuler::rowHeight).intersected(ruler.rect());
+        QImage alone(whole.size(), whole.format());
+        alone.fill(Qt::transparent);
+        ruler.render(&alone, part.topLeft(), QRegion(part));
+        EXPECT_TRUE(alone.copy(part) == whole.copy(part)) << "part at " << x;
+    }
 }
 
 TEST_F(DeliveryControlsTest, ScrollRange)

@@ -82,17 +82,30 @@ TEST(DateText, DistancesUseTheLargestWholeUnit)
     EXPECT_EQ(DateText::relative(now.addDays(3), now, QLocale(QStringLiteral("de_DE"))), QStringLiteral("in 3 Tagen"));
 }
 
-TEST(SafeFileName, DropsPathCharactersAndLeadingDots)
+TEST(SafeFileName, DropsPathCharactersAndLeadingDotsAndFitsAFileName)
 {
+    auto u = [](const char* text) { return QString::fromUtf8(text); };
+    // With ".md" a name may take 255 bytes of UTF-8: 252 are left for it.
     const struct {
-        const char* title;
-        const char* name;
+        QString title;
+        QString name;
     } cases[] = {
-        {"  ..a/b:c  ", "abc"}, {"...", "Untitled"}, {"", "Untitled"}, {"What?<Now>|\"x\"\\", "WhatNowx"},
-        {"Easter Morning", "Easter Morning"}, {". . hidden", ". hidden"}, {"a.b.", "a.b."},
+        {u("  ..a/b:c  "), u("abc")}, {u("..."), u("Untitled")}, {u(""), u("Untitled")},
+        {u("What?<Now>|\"x\"\\"), u("WhatNowx")}, {u("Easter Morning"), u("Easter Morning")},
+        {u(". . hidden"), u(". hidden")}, {u("a.b."), u("a.b.")},
+        {QString(300, u'a'), QString(252, u'a')},
+        {u("\u00e9").repeated(300), u("\u00e9").repeated(126)},                 // two bytes each
+        {u("\U0001F600").repeated(100), u("\U0001F600").repeated(63)},         // surrogate pairs
+        {u("e\u0301").repeated(100), u("e\u0301").repeated(84)},               // accent kept with its letter
+        {u("a\u0301\u0301").repeated(60), u("a\u0301\u0301").repeated(50)}, // five-byte graphemes
+        {QString(251, u'a') + u(" bcd"), QString(251, u'a')},                  // no space before ".md"
+        {u("/").repeated(300) + u("Psalm"), u("Psalm")},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(safeFileName(QString::fromUtf8(c.title)), QString::fromUtf8(c.name)) << c.title;
+    for (const auto& c : cases) {
+        const QString name = safeFileName(c.title);
+        EXPECT_EQ(name, c.name) << c.title.left(40).toStdString();
+        EXPECT_LE((name + u(".md")).toUtf8().size(), 255);
+    }
 }
 
 class SheetTest : public ::testing::Test {

@@ -150,6 +150,36 @@ TEST_F(RecentSermonsStoreTest, TitlesAndOccasionsComeFromTheFilesAndBadFilesLeav
     EXPECT_FALSE(entries.at(1).occasionLine.has_value());
 }
 
+// However long the stored list has grown, the welcome window shows its first hundred distinct
+// files, most recent first.
+TEST(RecentList, RepeatsDropAfterTheirFirstAndTheListStopsAtItsCap)
+{
+    auto paths = [](int from, int to) {
+        QStringList out;
+        for (int i = from; i < to; ++i)
+            out.append(QStringLiteral("/s/%1.md").arg(i));
+        return out;
+    };
+    QStringList cycling;
+    for (int i = 0; i < 100000; ++i)
+        cycling.append(QStringLiteral("/s/%1.md").arg(2 - i % 3));
+    const QStringList abc{QStringLiteral("/a.md"), QStringLiteral("/b.md"), QStringLiteral("/c.md")};
+    const struct {
+        QStringList stored;
+        qsizetype limit;
+        QStringList shown;
+    } cases[] = {
+        {{}, 100, {}},
+        {{abc[0], abc[1], abc[0], abc[2], abc[1]}, 100, abc},
+        {{abc[0], abc[0], abc[1], abc[2]}, 2, {abc[0], abc[1]}},
+        {paths(0, 150), RecentSermonsStore::maxEntries, paths(0, 100)},
+        {paths(0, 100) + paths(0, 100) + paths(100, 101), RecentSermonsStore::maxEntries, paths(0, 100)},
+        {cycling, RecentSermonsStore::maxEntries, {"/s/2.md", "/s/1.md", "/s/0.md"}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(RecentSermonsStore::distinctPaths(c.stored, c.limit), c.shown) << c.stored.size();
+}
+
 TEST_F(RecentSermonsStoreTest, TheCacheStandsUntilTheFileMovesBySecond)
 {
     const QString path = write(QStringLiteral("a.md"), "# Fresh\n");
@@ -169,10 +199,11 @@ TEST_F(RecentSermonsStoreTest, RefreshFillsEntriesInOrderAndKeepsOldCacheEntries
     const QString b = write(QStringLiteral("b.md"), "# B\n");
     RecentSermonsStore store;
     QSignalSpy spy(&store, &RecentSermonsStore::entriesChanged);
-    store.refresh({b, a});
+    store.refresh({b, a, b, a});
     ASSERT_TRUE(spy.wait(2000));
     ASSERT_EQ(store.entries().size(), 2);
     EXPECT_EQ(store.entries().at(0).title, QStringLiteral("B"));
+    EXPECT_EQ(store.entries().at(1).title, QStringLiteral("A"));
 
     ASSERT_TRUE(QFile::remove(b));
     store.refresh({b, a});

@@ -1,18 +1,31 @@
 #include "ShellTestSupport.h"
 
+#include "shell/DialogPrompts.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
+#include "shell/FileSettingsSheet.h"
 #include "shell/NewSermonSheet.h"
 #include "shell/OpenDocument.h"
 #include "shell/WindowSupervisor.h"
 
 #include "core/SermonDocument.h"
 
+#include <QAction>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QWindow>
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
 
 namespace {
 
@@ -164,6 +177,96 @@ TEST_F(WindowRulesTest, ACancelledCloseLeavesEverythingAsItWas)
     settle();
     EXPECT_TRUE(window->isVisible());
     EXPECT_FALSE(welcomeVisible());
+}
+
+// Titles, places and file names come from files: whatever markup they hold is shown as it is
+// written and never obeyed, in labels, tooltips, menus, window titles and message boxes alike.
+TEST_F(WindowRulesTest, TextFromAFileIsShownAsWrittenNeverAsMarkup)
+{
+    const QByteArray markup = "<font size=7 color=red>Big</font><img src=/usr/share/pixmaps/debian-logo.png>";
+    const QString name = QStringLiteral("<b>[*]Bold&.md");
+    const QString marked = dir.filePath(name);
+    ASSERT_TRUE(writeFile(marked, "---\noccasions:\n  - date: 2026-01-04\n    place: \"" + markup + "\"\n---\n# "
+                                      + markup + "\n\nLine.\n"));
+    preferences->noteRecentFile(marked);
+    supervisor->finishLaunching();
+    QWidget* welcome = supervisor->welcomeWindow();
+    auto markedLabels = [](QWidget* root) {
+        QList<QLabel*> found;
+        for (QLabel* label : root->findChildren<QLabel*>())
+            if (label->text().contains(QStringLiteral("<font")))
+                found.append(label);
+        return found;
+    };
+    // The recent list is read in the background; the deadline only turns a hang into a failure.
+    QElapsedTimer clock;
+    clock.start();
+    while (markedLabels(welcome).size() < 2 && clock.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+
+    DocumentWindow* window = manager->open(marked);
+    ASSERT_TRUE(window);
+    window->showFileSettings();
+    auto* sheet = window->findChild<FileSettingsSheet*>();
+    ASSERT_TRUE(sheet);
+
+    const struct {
+        const char* where;
+        QWidget* root;
+        int labels; // title and place in the welcome window, the place in the sheet
+    } labelCases[] = {{"welcome window", welcome, 2}, {"file settings", sheet, 1}};
+    for (const auto& c : labelCases) {
+        const QList<QLabel*> labels = markedLabels(c.root);
+        EXPECT_EQ(labels.size(), c.labels) << c.where;
+        for (QLabel* label : labels)
+            EXPECT_EQ(label->textFormat(), Qt::PlainText) << c.where << ": " << label->text().toStdString();
+    }
+
+    QString rowTip;
+    for (QPushButton* button : welcome->findChildren<QPushButton*>())
+        if (!button->toolTip().isEmpty())
+            rowTip = button->toolTip();
+    QAction* recentItem = nullptr;
+    for (QMenu* menu : window->findChildren<QMenu*>()) {
+        if (menu->title() != QStringLiteral("Open Recent"))
+            continue;
+        emit menu->aboutToShow();
+        recentItem = menu->actions().value(0);
+    }
+    ASSERT_TRUE(recentItem);
+    EXPECT_EQ(recentItem->text(), QStringLiteral("<b>[*]Bold&&.md")); // "&" shown, not a shortcut
+    // Tooltips are taken as rich text when they look like it: they hold the markup escaped.
+    for (const QString& tip : {rowTip, recentItem->toolTip()}) {
+        EXPECT_TRUE(tip.contains(QStringLiteral("&lt;b&gt;"))) << tip.toStdString();
+        EXPECT_FALSE(tip.contains(QStringLiteral("<b>"))) << tip.toStdString();
+    }
+    // "[*]" in a name is text, not the place of the modified marker.
+    ASSERT_TRUE(window->windowHandle());
+    EXPECT_EQ(window->windowHandle()->title(), name);
+
+    DialogPrompts real;
+    const struct {
+        const char* what;
+        std::function<void()> ask;
+    } boxCases[] = {
+        {"save question", [&] { real.askToSaveChanges(nullptr, name); }},
+        {"error", [&] { real.showError(nullptr, QStringLiteral("\u201c%1\u201d couldn\u2019t be read.").arg(name)); }},
+        {"changed on disk", [&] { real.askAboutChangedFile(nullptr, name); }},
+    };
+    for (const auto& c : boxCases) {
+        std::optional<Qt::TextFormat> format;
+        QString text;
+        QTimer::singleShot(0, [&] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                format = box->textFormat();
+                text = box->text();
+                box->reject();
+            }
+        });
+        c.ask();
+        EXPECT_TRUE(text.contains(name)) << c.what;
+        EXPECT_EQ(format, Qt::PlainText) << c.what;
+    }
 }
 
 } // namespace
