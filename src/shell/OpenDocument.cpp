@@ -125,6 +125,10 @@ void OpenDocument::autosave()
 {
     if (m_filePath.isEmpty())
         return;
+    if (m_isRewriteHeld) {
+        emit autosaveHeld();
+        return;
+    }
     if (hasUnsavedBytes() && changedOnDisk()) {
         emit fileChangedOnDisk();
         return;
@@ -156,7 +160,16 @@ bool OpenDocument::saveIfNeeded()
 
 bool OpenDocument::save()
 {
-    return !m_filePath.isEmpty() && writeTo(m_filePath);
+    return !m_filePath.isEmpty() && !refuseHeldRewrite() && writeTo(m_filePath);
+}
+
+bool OpenDocument::refuseHeldRewrite()
+{
+    if (!m_isRewriteHeld)
+        return false;
+    m_lastError = SermonFile::saveFailureMessage(
+        m_filePath, QStringLiteral("Saving would rewrite it in sermon form; choose how in the bar above the map."));
+    return true;
 }
 
 bool OpenDocument::saveAs(const QString& path)
@@ -177,7 +190,7 @@ bool OpenDocument::saveAs(const QString& path)
 
 bool OpenDocument::overwrite()
 {
-    return !m_filePath.isEmpty() && writeTo(m_filePath, true);
+    return !m_filePath.isEmpty() && !refuseHeldRewrite() && writeTo(m_filePath, true);
 }
 
 bool OpenDocument::changedOnDisk()
