@@ -527,6 +527,51 @@ LineChange changeOf(const Line* from, const Line* to, int line)
     return change;
 }
 
+// A line's words without the markup in front of them: "## Grace", "- Grace" and "Grace" agree.
+QString bareWords(const Line& line)
+{
+    const QString t = trimmed(line.shown);
+    qsizetype start = 0;
+    while (start < t.size() && (isBlank(t[start]) || QStringView(u"#>*+-").contains(t[start])))
+        ++start;
+    return t.mid(start);
+}
+
+// The longest run of pairs, in order, whose bare words agree. Runs too long to compare pair
+// nothing this way.
+std::vector<std::pair<size_t, size_t>> sameWords(const std::vector<const Line*>& a, const std::vector<const Line*>& b)
+{
+    std::vector<std::pair<size_t, size_t>> pairs;
+    if (a.empty() || b.empty() || a.size() * b.size() > 4'000'000)
+        return pairs;
+    QStringList wordsA;
+    QStringList wordsB;
+    for (const Line* line : a)
+        wordsA.append(bareWords(*line));
+    for (const Line* line : b)
+        wordsB.append(bareWords(*line));
+    // lengths[x][y]: the longest common run of a[x..] and b[y..].
+    const size_t n = a.size();
+    const size_t m = b.size();
+    std::vector<int> lengths((n + 1) * (m + 1), 0);
+    auto at = [m, &lengths](size_t x, size_t y) -> int& { return lengths[x * (m + 1) + y]; };
+    for (size_t x = n; x-- > 0;)
+        for (size_t y = m; y-- > 0;)
+            at(x, y) = wordsA[qsizetype(x)] == wordsB[qsizetype(y)] && !wordsA[qsizetype(x)].isEmpty()
+                           ? at(x + 1, y + 1) + 1
+                           : std::max(at(x + 1, y), at(x, y + 1));
+    for (size_t x = 0, y = 0; x < n && y < m;) {
+        if (wordsA[qsizetype(x)] == wordsB[qsizetype(y)] && !wordsA[qsizetype(x)].isEmpty()) {
+            pairs.emplace_back(x++, y++);
+        } else if (at(x + 1, y) >= at(x, y + 1)) {
+            ++x;
+        } else {
+            ++y;
+        }
+    }
+    return pairs;
+}
+
 } // namespace
 
 Result compare(const QByteArray& original, const QByteArray& rewritten)
@@ -579,15 +624,25 @@ Result compare(const QByteArray& original, const QByteArray& rewritten)
         return result;
     }
 
-    // Each run of removals and insertions pairs its lines in order; the rest vanish or are new.
+    // In each run of removals and insertions, a line is paired with the one that keeps its words
+    // (a list item that becomes a heading); between those, lines pair in order; the rest vanish
+    // or are new.
     std::vector<const Line*> removed;
     std::vector<const Line*> inserted;
     auto flush = [&](size_t nextA) {
-        const size_t paired = std::min(removed.size(), inserted.size());
-        for (size_t i = 0; i < removed.size(); ++i)
-            result.changes.append(changeOf(removed[i], i < paired ? inserted[i] : nullptr, 0));
-        for (size_t i = paired; i < inserted.size(); ++i)
-            result.changes.append(changeOf(nullptr, inserted[i], lineBefore(nextA)));
+        size_t r = 0;
+        size_t i = 0;
+        auto pairUpTo = [&](size_t rEnd, size_t iEnd, int lineAfter) {
+            for (; r < rEnd; ++r)
+                result.changes.append(changeOf(removed[r], i < iEnd ? inserted[i++] : nullptr, 0));
+            for (; i < iEnd; ++i)
+                result.changes.append(changeOf(nullptr, inserted[i], lineAfter));
+        };
+        for (const auto& [rm, in] : sameWords(removed, inserted)) {
+            pairUpTo(rm, in, removed[rm]->number);
+            result.changes.append(changeOf(removed[r++], inserted[i++], 0));
+        }
+        pairUpTo(removed.size(), inserted.size(), lineBefore(nextA));
         removed.clear();
         inserted.clear();
     };

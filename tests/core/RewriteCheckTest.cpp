@@ -219,6 +219,17 @@ TEST(RewriteCheck, ChangesListEachLineOnceWithItsNumberAndWhatItBecomes)
         {Kind::added, 7, {}, QStringLiteral("added"), {}},
     };
     EXPECT_EQ(result.changes, expected);
+
+    // A line pairs with the one that keeps its words, not merely the next one.
+    const RewriteCheck::Result regrouped = RewriteCheck::compare("# T\n\n- one\nx\ny\n- two\n", "# T\n\n## one\n\ntwo\nz\n");
+    const QList<RewriteCheck::LineChange> pairedByWords = {
+        {Kind::changed, 3, QStringLiteral("- one"), QStringLiteral("## one"), {}},
+        {Kind::vanishes, 4, QStringLiteral("x"), {}, {}},
+        {Kind::vanishes, 5, QStringLiteral("y"), {}, {}},
+        {Kind::changed, 6, QStringLiteral("- two"), QStringLiteral("two"), {}},
+        {Kind::added, 7, {}, QStringLiteral("z"), {}},
+    };
+    EXPECT_EQ(regrouped.changes, pairedByWords);
 }
 
 TEST(RewriteCheck, LongFilesListAFewChangesExactlyAndSayManyBeyondTheLimit)
