@@ -445,11 +445,26 @@ QList<Line> readLines(const QByteArray& bytes)
             }
         }
     }
-    for (qsizetype i = 0; i < body; ++i) {
+    // The keys of the block form a mapping, whose order means nothing: each key with the lines
+    // under it is compared in the order of the keys' names.
+    std::vector<QList<Line>> keys;
+    for (qsizetype i = 1; i + 1 < body; ++i) {
         const QString shown = withoutTrailingBlanks(lines[i]);
-        if (!trimmed(shown).isEmpty())
-            out.append(Line{int(i + 1), Reading::frontMatter, frontMatterWords(shown), shown});
+        if (trimmed(shown).isEmpty())
+            continue;
+        const bool startsKey = !isBlank(shown[0]) && !shown.startsWith(QLatin1String("- ")) && shown != QLatin1String("-");
+        if (startsKey || keys.empty())
+            keys.emplace_back();
+        keys.back().append(Line{int(i + 1), Reading::frontMatter, frontMatterWords(shown), shown});
     }
+    std::stable_sort(keys.begin(), keys.end(),
+                     [](const QList<Line>& a, const QList<Line>& b) { return a.first().words < b.first().words; });
+    if (body > 0)
+        out.append(Line{1, Reading::frontMatter, fence, withoutTrailingBlanks(lines.first())});
+    for (const QList<Line>& key : keys)
+        out.append(key);
+    if (body > 1)
+        out.append(Line{int(body), Reading::frontMatter, fence, withoutTrailingBlanks(lines[body - 1])});
     BodyReader reader(out);
     for (qsizetype i = body; i < lines.size(); ++i)
         reader.read(lines[i], int(i + 1));
@@ -656,6 +671,9 @@ Result compare(const QByteArray& original, const QByteArray& rewritten)
         }
     }
     flush(head + middleA.size());
+    // Front matter keys are compared out of their order; the list goes by the file's.
+    std::stable_sort(result.changes.begin(), result.changes.end(),
+                     [](const LineChange& a, const LineChange& b) { return a.line < b.line; });
     return result;
 }
 

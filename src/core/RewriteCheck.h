@@ -13,7 +13,8 @@
 // Layout that may change without counting: blank lines (outside code), trailing blanks, the list
 // markers `*` and `+` written as `-`, the indentation of list items and of the lines inside
 // them, up to three leading spaces, a byte order mark, and the final line end. In the front
-// matter also quotes around a value and the indentation of its lines.
+// matter also the order of its keys, quotes around a value and the indentation of its lines;
+// any other rewriting of a value counts.
 namespace RewriteCheck {
 
 struct LineChange {

@@ -48,6 +48,8 @@ TEST(RewriteCheck, MarkdownTheCodecCannotKeepIsForeign)
          "\"title: Notes\" would be lost"},
         {"a comment in the front matter", "---\n# mine\nscripture: John 1\n---\n\n# T\n", 2,
          "\"# mine\" would be lost"},
+        {"a key inside an occasion", "---\noccasions:\n- place: Hall\n  note: bring chairs\n  date: 2026-01-04\n---\n\n# T\n", 4,
+         "\"  note: bring chairs\" would be lost"},
         {"a duration that isn't whole minutes", "---\nduration: 30.5\n---\n\n# T\n", 1, "\"---\" would be lost"},
         {"setext headings under no title", "Project\n=======\n\nIntro.\n", 1, "\"# Untitled\" would be added"},
         {"a paragraph over a setext heading", "# Notes\n\nIntro.\n\nPart\n----\n\nText.\n", 3,
@@ -97,6 +99,7 @@ TEST(RewriteCheck, LayoutAloneIsClean)
         {"a fence with nothing to lose", "# T\n\nBuild:\n\n```\nmake\n```\n\nDone.\n"},
         {"a bare > inside a quote", "# T\n\n> a\n>\n> b\n"},
         {"a byte order mark", "\xEF\xBB\xBF# T\n\ntext\n"},
+        {"front matter keys in another order", "---\nduration: 30\nseries: Advent\nscripture: John 1\n---\n\n# T\n"},
         {"front matter quoting and indentation",
          "---\noccasions:\n  - place: \"Grace Chapel\"\n    date: 2026-03-15\nscripture: \"John 3:16\"\n---\n# T\n"},
     };
