@@ -188,6 +188,22 @@ TEST_F(DocumentFilesTest, TheChoiceForAFileSavingWouldRewriteIsCarriedOut)
     EXPECT_TRUE(prompts.errors.isEmpty()) << prompts.errors.join(QLatin1Char('\n')).toStdString();
 }
 
+TEST_F(DocumentFilesTest, AFileTakenInFromAnotherProgramIsCheckedAgain)
+{
+    ASSERT_TRUE(writeFile(samplePath, foreignFile));
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    ASSERT_TRUE(open->isRewriteHeld());
+    writeElsewhere(samplePath, "# Now a sermon\n\nFirst line.\n");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->document()->root()->text() == QStringLiteral("Now a sermon"); }, 3000));
+    EXPECT_FALSE(open->isRewriteHeld());
+    EXPECT_TRUE(window->rewriteBar()->isHidden());
+    writeElsewhere(samplePath, foreignFile);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->document()->root()->text() != QStringLiteral("Now a sermon"); }, 3000));
+    EXPECT_TRUE(open->isRewriteHeld());
+    EXPECT_FALSE(window->rewriteBar()->isHidden());
+}
+
 TEST_F(DocumentFilesTest, TheBarCountsTheLinesThatWouldChange)
 {
     const struct {
