@@ -3,6 +3,7 @@
 #include "SermonFile.h"
 
 #include "core/ReadingPace.h"
+#include "core/RewriteCheck.h"
 #include "core/SermonDocument.h"
 #include "core/SermonJson.h"
 #include "core/WordCount.h"
@@ -16,6 +17,7 @@ namespace {
 constexpr int exitOK = 0;
 constexpr int exitUnreadable = 1;
 constexpr int exitUsage = 2;
+constexpr int exitWouldRewrite = 3;
 
 std::optional<SermonContents> load(const QString& path, QTextStream& err)
 {
@@ -57,8 +59,11 @@ int exportCommand(const QStringList& args, QTextStream& out, QTextStream& err)
 {
     QString format;
     QString path;
+    bool check = false;
     for (qsizetype i = 0; i < args.size(); ++i) {
-        if (args[i] == QLatin1String("--to") && i + 1 < args.size())
+        if (args[i] == QLatin1String("--check"))
+            check = true;
+        else if (args[i] == QLatin1String("--to") && i + 1 < args.size())
             format = args[++i];
         else if (args[i].startsWith(QLatin1String("--to=")))
             format = args[i].mid(5);
@@ -69,11 +74,26 @@ int exportCommand(const QStringList& args, QTextStream& out, QTextStream& err)
     }
     if (format != QLatin1String("json") && format != QLatin1String("markdown"))
         return usageError(QStringLiteral("export needs --to json or --to markdown"), err);
+    if (check && format != QLatin1String("markdown"))
+        return usageError(QStringLiteral("--check goes with --to markdown"), err);
     if (path.isEmpty())
         return usageError(QStringLiteral("export needs a file"), err);
     auto contents = load(path, err);
     if (!contents)
         return exitUnreadable;
+    if (check) {
+        // Prints nothing for a file that saving keeps; else the first line it would change.
+        QFile file(path);
+        const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        const RewriteCheck::Result result =
+            RewriteCheck::compare(bytes, SermonDocument(std::move(*contents)).fileContents());
+        if (result.isClean())
+            return finish(out, err);
+        const RewriteCheck::LineChange& first = result.changes.first();
+        out << path << ':' << first.line << ": " << RewriteCheck::describe(first) << '\n';
+        const int written = finish(out, err);
+        return written == exitOK ? exitWouldRewrite : written;
+    }
     if (format == QLatin1String("json"))
         out << QString::fromUtf8(SermonJson::toJson(contents->metadata, *contents->root)) << '\n';
     else
@@ -115,6 +135,9 @@ QString usage()
         "Usage:\n"
         "  orantium [FILE.md ...]                    open sermons in windows\n"
         "  orantium export --to json|markdown FILE   print the sermon as JSON or as saved Markdown\n"
+        "  orantium export --to markdown --check FILE\n"
+        "                                            exit 3 and print the first line saving would\n"
+        "                                            change, if any\n"
         "  orantium stats FILE [--wpm N]             print its word count and spoken minutes\n"
         "  orantium --help | --version\n");
 }

@@ -8,24 +8,103 @@
 #include "OpenDocument.h"
 #include "Preferences.h"
 #include "RecoveryStore.h"
+#include "RewriteBar.h"
+#include "SafeFileName.h"
+#include "SermonFile.h"
 #include "StatusBarView.h"
 #include "UserPrompts.h"
 
 #include "core/SermonDocument.h"
+#include "core/UndoManager.h"
 #include "editing/DocumentController.h"
 #include "map/MindMapCanvas.h"
 
 #include <QCloseEvent>
+#include <QCryptographicHash>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
+#include <QVBoxLayout>
+
+#include <optional>
+
+namespace {
+
+QString canonicalPath(const QString& path)
+{
+    const QFileInfo info(path);
+    const QString resolved = info.canonicalFilePath();
+    return resolved.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : resolved;
+}
+
+bool writeNewFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        return false;
+    if (file.write(bytes) == bytes.size() && file.flush())
+        return true;
+    file.remove();
+    return false;
+}
+
+// Keeps the bytes of `path` before it is first rewritten: as NAME.md~ beside it, or, when that
+// can't be written or already holds something else, under the application's data. An existing
+// copy of the same bytes is never written again. Returns where the copy is; empty when there was
+// nothing to keep; nothing at all on failure.
+std::optional<QString> keepOriginal(const QString& path, QString* error)
+{
+    QFile file(path);
+    if (!file.exists())
+        return QString();
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = file.errorString();
+        return std::nullopt;
+    }
+    const QByteArray bytes = file.readAll();
+    const QString name = QFileInfo(path).fileName() + QLatin1Char('~');
+    auto keptIn = [&bytes](const QString& target) -> std::optional<QString> {
+        QFile existing(target);
+        if (existing.exists()) {
+            if (existing.open(QIODevice::ReadOnly) && existing.readAll() == bytes)
+                return target;
+            return std::nullopt;
+        }
+        return writeNewFile(target, bytes) ? std::optional<QString>(target) : std::nullopt;
+    };
+    if (auto beside = keptIn(path + QLatin1Char('~')))
+        return beside;
+    // One folder per original folder, so that two READMEs don't share a copy.
+    const QByteArray folderKey = QCryptographicHash::hash(QFileInfo(path).absolutePath().toUtf8(), QCryptographicHash::Sha1);
+    const QString folder = QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation))
+                               .filePath(QStringLiteral("backups/") + QString::fromLatin1(folderKey.toHex().left(12)));
+    if (QDir().mkpath(folder))
+        if (auto elsewhere = keptIn(QDir(folder).filePath(name)))
+            return elsewhere;
+    *error = QStringLiteral("A copy of the original could not be kept beside it or in %1.").arg(folder);
+    return std::nullopt;
+}
+
+} // namespace
 
 DocumentWindow::DocumentWindow(std::unique_ptr<OpenDocument> document, AppContext context, QWidget* parent)
     : QMainWindow(parent), m_document(std::move(document)), m_context(context)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(QStringLiteral("documentWindow"));
-    m_content = new ContentView(m_document.get(), context.preferences, this);
-    setCentralWidget(m_content);
+    // The bar stands above the content, where it is seen before the first keystroke.
+    auto* central = new QWidget(this);
+    auto* column = new QVBoxLayout(central);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    m_rewriteBar = new RewriteBar(central);
+    m_content = new ContentView(m_document.get(), context.preferences, central);
+    column->addWidget(m_rewriteBar);
+    column->addWidget(m_content, 1);
+    setCentralWidget(central);
+    m_rewriteBar->onSaveAsNew = [this] { saveAsNewSermon(); };
+    m_rewriteBar->onRewrite = [this] { rewriteFile(); };
 
     m_toolbar = new DocumentToolbar(this);
     addToolBar(Qt::TopToolBarArea, m_toolbar);
@@ -63,6 +142,11 @@ DocumentWindow::DocumentWindow(std::unique_ptr<OpenDocument> document, AppContex
     // Queued: the question waits until the autosave or watcher that noticed has returned.
     connect(m_document.get(), &OpenDocument::fileChangedOnDisk, this, &DocumentWindow::onFileChangedOnDisk,
             Qt::QueuedConnection);
+    connect(m_document.get(), &OpenDocument::modifiedChanged, this, &DocumentWindow::noteEditWhileHeld);
+    connect(m_document.get(), &OpenDocument::autosaveHeld, this, &DocumentWindow::noteEditWhileHeld);
+    connect(m_document->undoManager(), &UndoManager::stateChanged, this, &DocumentWindow::noteEditWhileHeld);
+    connect(canvas()->controller(), &DocumentController::edited, this, &DocumentWindow::noteEditWhileHeld);
+    checkRewrite();
     updateTitle();
     updateNotice();
     resize(1200, 800);
@@ -134,6 +218,9 @@ bool DocumentWindow::save()
     // No file to write to in place: the user says where.
     if (m_document->isUntitled() || m_document->isFileGone() || m_document->isReadOnly())
         return saveAs();
+    // A plain save never rewrites a file written elsewhere behind the user's back.
+    if (m_document->isRewriteHeld())
+        return saveAsNewSermon();
     if (m_document->changedOnDisk())
         return resolveDiskChange();
     if (m_document->save())
@@ -144,17 +231,64 @@ bool DocumentWindow::save()
 
 bool DocumentWindow::saveAs()
 {
-    if (!m_context.prompts)
-        return false;
     m_content->commitPendingEdit(true);
+    if (m_document->isRewriteHeld())
+        return saveAsNewSermon();
     QString proposed = m_document->filePath();
     if (proposed.isEmpty()) {
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
         proposed = QDir(folder).filePath(m_document->displayName() + QStringLiteral(".md"));
     }
+    return saveAsFrom(proposed);
+}
+
+bool DocumentWindow::saveAsNewSermon()
+{
+    m_content->commitPendingEdit(true);
+    // Beside the original, named after the sermon's title, never proposing the original itself.
+    const QFileInfo original(m_document->filePath());
+    QString proposed = original.dir().filePath(safeFileName(document()->root()->text()) + QStringLiteral(".md"));
+    if (QFileInfo::exists(proposed))
+        proposed = original.dir().filePath(original.completeBaseName() + QStringLiteral(" sermon.md"));
+    return saveAsFrom(proposed);
+}
+
+bool DocumentWindow::rewriteFile()
+{
+    m_content->commitPendingEdit(true);
+    QString error;
+    const std::optional<QString> kept = keepOriginal(m_document->filePath(), &error);
+    if (!kept) {
+        showError(SermonFile::saveFailureMessage(m_document->filePath(), error));
+        return false;
+    }
+    m_document->setRewriteHeld(false);
+    if (!save()) {
+        m_document->setRewriteHeld(true);
+        return false;
+    }
+    if (kept->isEmpty()) {
+        m_rewriteBar->hide();
+        return true;
+    }
+    const bool isBeside = QFileInfo(*kept).absolutePath() == QFileInfo(m_document->filePath()).absolutePath();
+    const QString where = isBeside ? QStringLiteral("beside it as %1").arg(QFileInfo(*kept).fileName())
+                                   : QStringLiteral("in %1").arg(*kept);
+    m_rewriteBar->showNotice(QStringLiteral("Rewritten in sermon form. The original is kept %1.").arg(where));
+    return true;
+}
+
+bool DocumentWindow::saveAsFrom(const QString& proposed)
+{
+    if (!m_context.prompts)
+        return false;
+    m_content->commitPendingEdit(true);
     const QString path = m_context.prompts->chooseSavePath(this, proposed);
     if (path.isEmpty())
         return false;
+    // Choosing the very file that saving would rewrite is choosing to rewrite it, original kept.
+    if (m_document->isRewriteHeld() && canonicalPath(path) == canonicalPath(m_document->filePath()))
+        return rewriteFile();
     if (m_context.documents) {
         if (DocumentWindow* other = m_context.documents->windowFor(path); other && other != this) {
             showError(QStringLiteral("The document \u201c%1\u201d is open in another window. Close it first.")
@@ -168,6 +302,11 @@ bool DocumentWindow::saveAs()
     }
     if (m_context.preferences)
         m_context.preferences->noteRecentFile(m_document->filePath());
+    if (m_document->isRewriteHeld()) {
+        // The sermon lives in its new file now; the original was never written.
+        m_document->setRewriteHeld(false);
+        m_rewriteBar->hide();
+    }
     return true;
 }
 
@@ -175,9 +314,10 @@ bool DocumentWindow::prepareToClose()
 {
     m_content->commitPendingEdit();
     m_document->updateFileState();
-    const bool cannotSaveInPlace = m_document->isFileGone() || m_document->isReadOnly();
+    // Gone, read-only, or only being read: never written back behind the user's back, and
+    // unsaved edits are asked about as for any document.
+    const bool cannotSaveInPlace = m_document->isFileGone() || m_document->isReadOnly() || m_document->isRewriteHeld();
     if (cannotSaveInPlace) {
-        // Never written back behind the user's back: only their own choice saves it.
         if (!m_document->hasUnsavedBytes())
             return true;
     } else if (!m_document->isUntitled()) {
@@ -212,7 +352,8 @@ void DocumentWindow::onFileChangedOnDisk()
     if (!m_document->isModified() && !isEditing) {
         // A file caught half written (or emptied) is left alone: the next notice tries again,
         // and a save would still ask first.
-        m_document->reloadFromDisk();
+        if (m_document->reloadFromDisk())
+            checkRewrite();
         return;
     }
     resolveDiskChange();
@@ -230,6 +371,11 @@ bool DocumentWindow::resolveDiskChange()
         // The line being typed goes into the version that undo brings back.
         m_content->commitPendingEdit();
         done = m_document->reloadFromDisk();
+        if (done)
+            checkRewrite();
+    } else if (m_document->isRewriteHeld()) {
+        // Mine stays in the window; the file, only being read, isn't written.
+        return true;
     } else {
         done = m_document->overwrite();
     }
@@ -245,7 +391,8 @@ bool DocumentWindow::keepForExit()
         m_document->updateFileState();
         if (!m_document->hasUnsavedBytes())
             return true;
-        const bool inPlace = !m_document->isFileGone() && !m_document->isReadOnly() && !m_document->changedOnDisk();
+        const bool inPlace = !m_document->isFileGone() && !m_document->isReadOnly() && !m_document->isRewriteHeld()
+                             && !m_document->changedOnDisk();
         if (inPlace && m_document->save())
             return true;
         // Not to be written where it was: kept beside the untitled ones instead.
@@ -289,4 +436,22 @@ void DocumentWindow::showFileSettings()
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->setWindowModality(Qt::WindowModal);
     sheet->show();
+}
+
+void DocumentWindow::checkRewrite()
+{
+    if (m_document->isUntitled())
+        return;
+    m_rewriteCheck = RewriteCheck::compare(m_document->diskBytes(), document()->fileContents());
+    m_document->setRewriteHeld(!m_rewriteCheck.isClean());
+    if (m_rewriteCheck.isClean())
+        m_rewriteBar->hide();
+    else
+        m_rewriteBar->setCheck(m_rewriteCheck);
+}
+
+void DocumentWindow::noteEditWhileHeld()
+{
+    if (m_document->isRewriteHeld() && m_document->isModified() && m_rewriteBar->isHidden())
+        m_rewriteBar->setCheck(m_rewriteCheck);
 }

@@ -2,6 +2,8 @@
 
 #include "AppContext.h"
 
+#include "core/RewriteCheck.h"
+
 #include <QMainWindow>
 
 #include <memory>
@@ -11,6 +13,7 @@ class ContentView;
 class DocumentToolbar;
 class MindMapCanvas;
 class OpenDocument;
+class RewriteBar;
 class SermonDocument;
 
 // One open sermon in its own window: toolbar, content, menu bar, and the questions asked when it
@@ -27,14 +30,20 @@ public:
     MindMapCanvas* canvas() const;
     DocumentToolbar* toolbar() const { return m_toolbar; }
     AppMenus* menus() const { return m_menus; }
+    RewriteBar* rewriteBar() const { return m_rewriteBar; }
     const AppContext& context() const { return m_context; }
 
     // Save: to the file, or through Save As for an untitled sermon. False when cancelled or failed
-    // (the failure has been shown; the document stays open and modified).
+    // (the failure has been shown; the document stays open and modified). While saving would
+    // rewrite a file written elsewhere, Save asks for a new file, as "Save as a New Sermon…".
     bool save();
     bool saveAs();
     // Writes the file again where it was, after it was moved or deleted.
     bool saveHereAgain();
+    // The two answers to a file that saving would rewrite: a new sermon file beside it, the
+    // original untouched; or this file in sermon form, after a copy of the original is kept.
+    bool saveAsNewSermon();
+    bool rewriteFile();
     // Whether the window may go: saves a titled document, asks about an untitled one with changes.
     bool prepareToClose();
     // The application ends with no one to ask: saves the sermon if it can be saved in place, else
@@ -57,6 +66,11 @@ private:
     // Asks whose version of a file changed by another program stays, and makes it so; false
     // when that failed (and was shown).
     bool resolveDiskChange();
+    bool saveAsFrom(const QString& proposed);
+    // Compares the file with what saving would write, and holds the autosave if words would change.
+    void checkRewrite();
+    // An edit while the rewrite is held brings a closed bar back.
+    void noteEditWhileHeld();
 
     std::unique_ptr<OpenDocument> m_document;
     AppContext m_context;
@@ -64,6 +78,8 @@ private:
     DocumentToolbar* m_toolbar;
     AppMenus* m_menus;
     QString m_autosaveError;
+    RewriteBar* m_rewriteBar;
+    RewriteCheck::Result m_rewriteCheck;
     bool m_isClosing = false;
     bool m_isAskingAboutDisk = false;
 };

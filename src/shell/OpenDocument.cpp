@@ -147,6 +147,10 @@ void OpenDocument::autosave()
     updateFileState();
     if (m_isFileGone || m_isReadOnly)
         return;
+    if (m_isRewriteHeld) {
+        emit autosaveHeld();
+        return;
+    }
     if (hasUnsavedBytes() && changedOnDisk()) {
         emit fileChangedOnDisk();
         return;
@@ -178,7 +182,16 @@ bool OpenDocument::saveIfNeeded()
 
 bool OpenDocument::save()
 {
-    return !m_filePath.isEmpty() && writeTo(m_filePath);
+    return !m_filePath.isEmpty() && !refuseHeldRewrite() && writeTo(m_filePath);
+}
+
+bool OpenDocument::refuseHeldRewrite()
+{
+    if (!m_isRewriteHeld)
+        return false;
+    m_lastError = SermonFile::saveFailureMessage(
+        m_filePath, QStringLiteral("Saving would rewrite it in sermon form; choose how in the bar above the map."));
+    return true;
 }
 
 bool OpenDocument::saveAs(const QString& path)
@@ -202,7 +215,7 @@ bool OpenDocument::saveAs(const QString& path)
 
 bool OpenDocument::overwrite()
 {
-    return !m_filePath.isEmpty() && writeTo(m_filePath, true);
+    return !m_filePath.isEmpty() && !refuseHeldRewrite() && writeTo(m_filePath, true);
 }
 
 bool OpenDocument::saveHereAgain()

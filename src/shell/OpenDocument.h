@@ -83,6 +83,13 @@ public:
     void setClock(std::function<qint64()> milliseconds);
     bool isAutosavePending() const;
 
+    // Held while saving would rewrite a file written elsewhere and the user hasn't chosen how:
+    // autosave, save and overwrite leave the file alone (Save As elsewhere still works).
+    void setRewriteHeld(bool held) { m_isRewriteHeld = held; }
+    bool isRewriteHeld() const { return m_isRewriteHeld; }
+    // What the file held when this document last read or wrote it.
+    const QByteArray& diskBytes() const { return m_diskBytes; }
+
 signals:
     void modifiedChanged(bool modified);
     void filePathChanged(const QString& path);
@@ -94,12 +101,16 @@ signals:
     void fileChangedOnDisk();
     // isFileGone or isReadOnly changed.
     void fileStateChanged();
+    // An autosave came due while the rewrite is held, and wrote nothing.
+    void autosaveHeld();
 
 private:
     void changed();
     void updateModified();
     void markClean();
     void autosave();
+    // True, with the reason in lastError, while the rewrite is held.
+    bool refuseHeldRewrite();
     bool writeTo(const QString& path, bool overwriteChanges = false);
     // What the file now holds is what this document last read or wrote there.
     void rememberDisk(const QByteArray& bytes);
@@ -114,6 +125,7 @@ private:
     bool m_changedOutsideUndo = false;
     bool m_autosaveFailureReported = false;
     bool m_isMarkingClean = false;
+    bool m_isRewriteHeld = false;
     QString m_lastError;
     QTimer* m_autosaveTimer;
     std::function<qint64()> m_clock;

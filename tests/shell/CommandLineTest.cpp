@@ -58,6 +58,27 @@ TEST_F(CommandLineTest, ExportsMarkdownAsSavingWould)
     EXPECT_EQ(r.out.toStdString(), "# Untitled\n\n- a\n  - b\n- c\n");
 }
 
+TEST_F(CommandLineTest, CheckSaysWhetherSavingWouldChangeTheFile)
+{
+    const QString markdown = QStringLiteral("markdown");
+    struct Row {
+        const char* file;
+        int status;
+        const char* out; // after "PATH:"
+    } rows[] = {
+        {"# T\n\nline\n\n\n## Part\n\n* a\n  + b\n- c  \n", 0, ""},
+        {"* a\n  + b\n* c", 3, "1: \"# Untitled\" would be added\n"},
+        {"# T\n\n```python\ndef f():\n    return 1\n```\n", 3, "5: \"    return 1\" would be rewritten as \"return 1\"\n"},
+    };
+    for (const Row& row : rows) {
+        const QString path = file("s.md", row.file);
+        const auto r = run({QStringLiteral("export"), QStringLiteral("--to"), markdown, QStringLiteral("--check"), path});
+        EXPECT_EQ(r.status, row.status) << row.file;
+        EXPECT_EQ(r.out, row.status == 0 ? QString() : path + QLatin1Char(':') + QString::fromUtf8(row.out)) << row.file;
+        EXPECT_TRUE(r.err.isEmpty()) << row.file;
+    }
+}
+
 TEST_F(CommandLineTest, StatsUsesThePace)
 {
     const QString path = file("s.md", "# One two\n\nthree four five\n");
@@ -103,6 +124,8 @@ TEST_F(CommandLineTest, UnreadableFilesAndWrongUsage)
         {{QStringLiteral("stats"), empty, QStringLiteral("--wpm"), QStringLiteral("fast")}, 2},
         {{QStringLiteral("export"), empty}, 2},
         {{QStringLiteral("export"), QStringLiteral("--to"), QStringLiteral("pdf"), empty}, 2},
+        {{QStringLiteral("export"), QStringLiteral("--check"), QStringLiteral("--to"), QStringLiteral("json"), empty}, 2},
+        {{QStringLiteral("export"), binary, QStringLiteral("--to"), QStringLiteral("markdown"), QStringLiteral("--check")}, 1},
         {{QStringLiteral("frobnicate")}, 2},
     };
     for (const auto& row : rows) {

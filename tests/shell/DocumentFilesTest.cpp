@@ -7,11 +7,13 @@
 #include "shell/PendingCreation.h"
 #include "shell/StatusBarView.h"
 #include "shell/ContentView.h"
+#include "shell/RewriteBar.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 
 #include <QFile>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QLabel>
 #include <QTest>
@@ -73,6 +75,163 @@ TEST_F(DocumentFilesTest, SaveWritesTheFileAndClearsTheMarkerUntilTheNextChange)
     EXPECT_FALSE(window->isWindowModified());
     EXPECT_EQ(readAll(samplePath), open->document()->fileContents());
     EXPECT_TRUE(readAll(samplePath).startsWith("# Renamed\n"));
+    // A sermon's own file has nothing to warn about.
+    EXPECT_TRUE(window->rewriteBar()->isHidden());
+}
+
+// A README-like file: saving it would rewrite its code and its list.
+const QByteArray foreignFile = "# Tool\n\nBuild it:\n\n```sh\ncmake -B build\n# then\nmake\n```\n\n- fast\n- small\n";
+
+TEST_F(DocumentFilesTest, AFileSavingWouldRewriteIsOnlyReadUntilTheUserChooses)
+{
+    ASSERT_TRUE(writeFile(samplePath, foreignFile));
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    RewriteBar* bar = window->rewriteBar();
+    EXPECT_FALSE(bar->isHidden());
+    EXPECT_TRUE(bar->message().startsWith(QStringLiteral("Saving will rewrite this file in sermon form; ")));
+    EXPECT_TRUE(bar->message().endsWith(QStringLiteral(" lines would change")));
+    EXPECT_TRUE(bar->saveAsNewButton()->isDefault());
+
+    // Edits are allowed and show, but neither the autosave nor Save writes the file, and the
+    // autosave holding back is no failure to report.
+    QSignalSpy autosaveFailures(open, &OpenDocument::autosaveFailed);
+    open->setAutosaveDelay(20);
+    renameRoot(open, QStringLiteral("Edited"));
+    EXPECT_TRUE(window->isWindowModified());
+    QTest::qWait(150);
+    EXPECT_FALSE(window->save()); // asks for a new file; the panel is cancelled
+    EXPECT_EQ(prompts.proposedPaths.size(), 1);
+    EXPECT_NE(QFileInfo(prompts.proposedPaths.value(0)).canonicalFilePath(), QFileInfo(samplePath).canonicalFilePath());
+    EXPECT_EQ(readAll(samplePath), foreignFile);
+
+    // Closing the bar is just reading; the next edit brings it back, still writing nothing.
+    bar->closeButton()->click();
+    EXPECT_TRUE(bar->isHidden());
+    renameRoot(open, QStringLiteral("Edited again"));
+    EXPECT_FALSE(bar->isHidden());
+    QTest::qWait(150);
+    EXPECT_EQ(readAll(samplePath), foreignFile);
+    EXPECT_TRUE(prompts.errors.isEmpty());
+    EXPECT_EQ(autosaveFailures.count(), 0);
+
+    // Closing asks as for any modified document; Don't Save leaves the file as it was.
+    prompts.saveChoices = {SaveChoice::dontSave};
+    EXPECT_TRUE(window->close());
+    EXPECT_EQ(prompts.questions.size(), 1);
+    EXPECT_EQ(readAll(samplePath), foreignFile);
+    EXPECT_FALSE(QFile::exists(samplePath + QLatin1Char('~')));
+}
+
+TEST_F(DocumentFilesTest, TheChoiceForAFileSavingWouldRewriteIsCarriedOut)
+{
+    enum class Choice { saveAsNew, ctrlS, saveAsNewOntoItself, rewrite, rewriteBesideAnotherBackup };
+    struct Case {
+        const char* name;
+        Choice choice;
+        bool originalKept;  // the file opened still holds its bytes
+        bool backupBeside;  // NAME.md~ holds them
+    };
+    const Case cases[] = {
+        {"save as a new sermon", Choice::saveAsNew, true, false},
+        {"Ctrl+S", Choice::ctrlS, true, false},
+        {"a new sermon onto the file itself", Choice::saveAsNewOntoItself, false, true},
+        {"rewrite", Choice::rewrite, false, true},
+        {"rewrite with an older NAME.md~", Choice::rewriteBesideAnotherBackup, false, false},
+    };
+    for (const Case& c : cases) {
+        const QString path = dir.filePath(QStringLiteral("%1.md").arg(c.name));
+        const QString backup = path + QLatin1Char('~');
+        const QString newPath = dir.filePath(QStringLiteral("%1 new.md").arg(c.name));
+        ASSERT_TRUE(writeFile(path, foreignFile));
+        if (c.choice == Choice::rewriteBesideAnotherBackup)
+            ASSERT_TRUE(writeFile(backup, "an editor's older copy\n"));
+        DocumentWindow* window = manager->open(path);
+        OpenDocument* open = window->openDocument();
+        renameRoot(open, QStringLiteral("Chosen"));
+        prompts.savePaths = {c.choice == Choice::saveAsNewOntoItself ? path : newPath};
+        switch (c.choice) {
+        case Choice::saveAsNew:
+        case Choice::saveAsNewOntoItself:
+            window->rewriteBar()->saveAsNewButton()->click();
+            break;
+        case Choice::ctrlS:
+            EXPECT_TRUE(window->save()) << c.name;
+            break;
+        case Choice::rewrite:
+        case Choice::rewriteBesideAnotherBackup:
+            window->rewriteBar()->rewriteButton()->click();
+            break;
+        }
+        const bool isNew = !c.backupBeside && c.originalKept;
+        EXPECT_FALSE(open->isRewriteHeld()) << c.name;
+        EXPECT_FALSE(open->isModified()) << c.name;
+        EXPECT_EQ(QFileInfo(open->filePath()).fileName(), QFileInfo(isNew ? newPath : path).fileName()) << c.name;
+        EXPECT_EQ(readAll(open->filePath()), open->document()->fileContents()) << c.name;
+        EXPECT_EQ(readAll(path) == foreignFile, c.originalKept) << c.name;
+        EXPECT_EQ(readAll(backup) == foreignFile, c.backupBeside) << c.name;
+        if (isNew) {
+            EXPECT_TRUE(window->rewriteBar()->isHidden()) << c.name;
+        } else {
+            // The bar says where the original went, and whatever stood at NAME.md~ stays.
+            EXPECT_FALSE(window->rewriteBar()->isAsking()) << c.name;
+            const QString message = window->rewriteBar()->message();
+            if (c.backupBeside) {
+                EXPECT_TRUE(message.endsWith(QFileInfo(backup).fileName() + QLatin1Char('.'))) << c.name;
+            } else {
+                EXPECT_EQ(readAll(backup), "an editor's older copy\n") << c.name;
+                const QString elsewhere = message.section(QStringLiteral(" in "), -1).chopped(1);
+                EXPECT_TRUE(elsewhere.startsWith(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)))
+                    << c.name << message.toStdString();
+                EXPECT_EQ(readAll(elsewhere), foreignFile) << c.name;
+                QFile::remove(elsewhere);
+            }
+        }
+        // Afterwards it is a sermon like any other: edits are saved again.
+        open->setAutosaveDelay(20);
+        renameRoot(open, QStringLiteral("Autosaved"));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return readAll(open->filePath()).startsWith("# Autosaved"); }, 2000)) << c.name;
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    EXPECT_TRUE(prompts.errors.isEmpty()) << prompts.errors.join(QLatin1Char('\n')).toStdString();
+}
+
+TEST_F(DocumentFilesTest, AFileTakenInFromAnotherProgramIsCheckedAgain)
+{
+    ASSERT_TRUE(writeFile(samplePath, foreignFile));
+    DocumentWindow* window = manager->open(samplePath);
+    OpenDocument* open = window->openDocument();
+    ASSERT_TRUE(open->isRewriteHeld());
+    writeElsewhere(samplePath, "# Now a sermon\n\nFirst line.\n");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->document()->root()->text() == QStringLiteral("Now a sermon"); }, 3000));
+    EXPECT_FALSE(open->isRewriteHeld());
+    EXPECT_TRUE(window->rewriteBar()->isHidden());
+    writeElsewhere(samplePath, foreignFile);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->document()->root()->text() != QStringLiteral("Now a sermon"); }, 3000));
+    EXPECT_TRUE(open->isRewriteHeld());
+    EXPECT_FALSE(window->rewriteBar()->isHidden());
+}
+
+TEST_F(DocumentFilesTest, TheBarCountsTheLinesThatWouldChange)
+{
+    const struct {
+        const char* file;
+        const char* message;
+    } rows[] = {
+        {"# T\n\n- one\n", "Saving will rewrite this file in sermon form; 1 line would change"},
+        {"# T\n\n- one\n- two\n", "Saving will rewrite this file in sermon form; 2 lines would change"},
+    };
+    for (const auto& row : rows) {
+        ASSERT_TRUE(writeFile(samplePath, row.file));
+        DocumentWindow* window = manager->open(samplePath);
+        EXPECT_EQ(window->rewriteBar()->message(), QString::fromUtf8(row.message));
+        delete window;
+    }
+    RewriteCheck::Result many;
+    many.isTruncated = true;
+    many.changes.append(RewriteCheck::LineChange{});
+    EXPECT_EQ(RewriteBar::summary(many), QStringLiteral("Saving will rewrite this file in sermon form; many lines would change"));
 }
 
 TEST_F(DocumentFilesTest, UndoBackToTheSavedStateClearsTheModifiedMarker)
