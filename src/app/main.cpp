@@ -1,4 +1,4 @@
-#include "shell/CommandLine.h"
+#include "documents/CommandLine.h"
 #include "shell/OrantiumApp.h"
 
 #include <QApplication>

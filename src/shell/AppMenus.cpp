@@ -3,7 +3,7 @@
 #include "ContentView.h"
 #include "DocumentManager.h"
 #include "DocumentWindow.h"
-#include "OpenDocument.h"
+#include "documents/OpenDocument.h"
 #include "Preferences.h"
 #include "UpdateService.h"
 #include "WindowSupervisor.h"

@@ -1,6 +1,6 @@
 #include "ContentView.h"
 
-#include "OpenDocument.h"
+#include "documents/OpenDocument.h"
 #include "Preferences.h"
 #include "StatusBarView.h"
 #include "ZoomControlsView.h"

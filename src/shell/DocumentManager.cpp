@@ -1,12 +1,12 @@
 #include "DocumentManager.h"
 
 #include "DocumentWindow.h"
-#include "OpenDocument.h"
-#include "PendingCreation.h"
-#include "RecoveryStore.h"
+#include "documents/OpenDocument.h"
+#include "documents/PendingCreation.h"
+#include "documents/RecoveryStore.h"
 #include "Preferences.h"
-#include "SafeFileName.h"
-#include "SermonFile.h"
+#include "documents/SafeFileName.h"
+#include "documents/SermonFile.h"
 #include "UserPrompts.h"
 
 #include "core/SermonDocument.h"

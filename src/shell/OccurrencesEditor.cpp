@@ -1,7 +1,7 @@
 #include "OccurrencesEditor.h"
 
 #include "CalendarGrid.h"
-#include "DateText.h"
+#include "documents/DateText.h"
 #include "SectionBlock.h"
 #include "SheetLayout.h"
 #include "Symbols.h"

@@ -5,9 +5,9 @@
 #include "DialogPrompts.h"
 #include "DocumentManager.h"
 #include "Preferences.h"
-#include "RecoveryStore.h"
-#include "SermonFile.h"
-#include "TerminationSignals.h"
+#include "documents/RecoveryStore.h"
+#include "documents/SermonFile.h"
+#include "documents/TerminationSignals.h"
 #include "UpdateService.h"
 #include "WindowSupervisor.h"
 

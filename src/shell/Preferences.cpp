@@ -1,6 +1,6 @@
 #include "Preferences.h"
 
-#include "RecentSermonsStore.h"
+#include "documents/RecentSermonsStore.h"
 
 #include "delivery/DeliveryPreferences.h"
 

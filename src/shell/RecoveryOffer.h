@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RecoveryStore.h"
+#include "documents/RecoveryStore.h"
 
 #include <QWidget>
 

@@ -1,7 +1,7 @@
 #include "WelcomeView.h"
 
 #include "Preferences.h"
-#include "RecentSermonsStore.h"
+#include "documents/RecentSermonsStore.h"
 #include "Symbols.h"
 
 #include "map/Appearance.h"

@@ -4,9 +4,9 @@
 #include "DocumentManager.h"
 #include "DocumentWindow.h"
 #include "NewSermonSheet.h"
-#include "PendingCreation.h"
+#include "documents/PendingCreation.h"
 #include "RecoveryOffer.h"
-#include "RecoveryStore.h"
+#include "documents/RecoveryStore.h"
 #include "WelcomeView.h"
 
 #include <QApplication>

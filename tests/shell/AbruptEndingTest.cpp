@@ -2,10 +2,10 @@
 
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
-#include "shell/OpenDocument.h"
+#include "documents/OpenDocument.h"
 #include "shell/OrantiumApp.h"
 #include "shell/RecoveryOffer.h"
-#include "shell/RecoveryStore.h"
+#include "documents/RecoveryStore.h"
 #include "shell/WindowSupervisor.h"
 
 #include "core/SermonDocument.h"

@@ -2,9 +2,9 @@
 
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
-#include "shell/OpenDocument.h"
-#include "shell/DiskWrite.h"
-#include "shell/PendingCreation.h"
+#include "documents/OpenDocument.h"
+#include "documents/DiskWrite.h"
+#include "documents/PendingCreation.h"
 #include "shell/StatusBarView.h"
 #include "shell/ContentView.h"
 #include "shell/RewriteBar.h"

@@ -2,10 +2,10 @@
 
 #include "core/TreeOutline.h"
 
-#include "shell/CommandLine.h"
+#include "documents/CommandLine.h"
 #include "shell/DialogPrompts.h"
-#include "shell/OpenDocument.h"
-#include "shell/SermonFile.h"
+#include "documents/OpenDocument.h"
+#include "documents/SermonFile.h"
 
 #include "core/SermonDocument.h"
 

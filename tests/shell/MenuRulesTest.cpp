@@ -4,7 +4,7 @@
 #include "shell/ContentView.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
-#include "shell/OpenDocument.h"
+#include "documents/OpenDocument.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"

@@ -1,11 +1,11 @@
 #include "ShellTestSupport.h"
 
-#include "shell/DateText.h"
+#include "documents/DateText.h"
 #include "shell/DurationChooser.h"
 #include "shell/FileSettingsSheet.h"
 #include "shell/NewSermonSheet.h"
 #include "shell/OccurrencesEditor.h"
-#include "shell/SafeFileName.h"
+#include "documents/SafeFileName.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"

@@ -6,6 +6,8 @@
 #include "shell/Preferences.h"
 #include "shell/UserPrompts.h"
 
+#include "documents/FileTestSupport.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QSettings>
@@ -98,20 +100,6 @@ public:
         return choice;
     }
 };
-
-// The bytes of a file; empty when it can't be read.
-inline QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// Writes a file whole; false when it couldn't be.
-inline bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
 
 // What a shell test stands in: its own folder and preferences, questions answered from a
 // script, and a document manager over them. Fixtures call startShell() in SetUp and

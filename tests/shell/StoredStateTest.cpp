@@ -1,6 +1,6 @@
 #include "ShellTestSupport.h"
 
-#include "shell/RecentSermonsStore.h"
+#include "documents/RecentSermonsStore.h"
 #include "shell/StatusBarView.h"
 
 #include "core/SermonDocument.h"

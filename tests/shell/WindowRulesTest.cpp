@@ -5,7 +5,7 @@
 #include "shell/DocumentWindow.h"
 #include "shell/FileSettingsSheet.h"
 #include "shell/NewSermonSheet.h"
-#include "shell/OpenDocument.h"
+#include "documents/OpenDocument.h"
 #include "shell/WindowSupervisor.h"
 
 #include "core/SermonDocument.h"

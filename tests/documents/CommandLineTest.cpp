@@ -1,6 +1,6 @@
-#include "ShellTestSupport.h"
+#include "documents/FileTestSupport.h"
 
-#include "shell/CommandLine.h"
+#include "documents/CommandLine.h"
 
 #include <QFile>
 #include <QTemporaryDir>
