@@ -139,7 +139,7 @@ void DeliveryCanvas::scrollAnimated(double target)
 void DeliveryCanvas::stepScrollAnimation()
 {
     const double t = std::min((m_timer->clock()->now() - m_animStart) / scrollAnimationDuration, 1.0);
-    const double e = DeliveryAppearance::easeOutCubic(t);
+    const double e = Look::easeOutCubic(t);
     m_state->setScrollY(m_animFrom + (m_animTo - m_animFrom) * e);
     if (t >= 1)
         m_scrollAnimTimer->stop();
@@ -272,7 +272,7 @@ void DeliveryCanvas::paintEvent(QPaintEvent*)
 {
     const qreal dpr = devicePixelRatioF();
     const QSize pixels = (QSizeF(size()) * dpr).toSize();
-    const bool isDark = DeliveryAppearance::isDarkAppearance();
+    const bool isDark = Look::isDarkAppearance();
     const double left = this->left();
     if (m_textDirty || m_textCache.size() != pixels || m_textCache.devicePixelRatio() != dpr) {
         m_textCache = QPixmap(pixels);

@@ -20,6 +20,7 @@
 #include <QVariantAnimation>
 
 using namespace DeliveryAppearance;
+using namespace Look;
 
 namespace {
 

@@ -13,6 +13,7 @@
 #include <QTextDocument>
 
 using namespace DeliveryAppearance;
+using namespace Look;
 
 namespace {
 

@@ -18,6 +18,7 @@
 namespace DeliveryPageDrawing {
 
 using namespace DeliveryAppearance;
+using namespace Look;
 
 namespace {
 
@@ -97,7 +98,7 @@ void drawTextLayer(QPainter& painter, const TextPass& pass)
     if (endY < visible.bottom())
         drawHatching(painter, QRectF(-pass.left, endY, w, std::max(pass.viewportHeight, 1.0)), endY);
 
-    const QColor ink = DeliveryAppearance::ink(pass.isDark);
+    const QColor ink = Look::ink(pass.isDark);
     const QFont leafFont = deliveryFont(0, true, pass.baseFontSize);
     QFont italicFont = leafFont;
     italicFont.setItalic(true);

@@ -49,8 +49,8 @@ void DeliveryRunnerStopButton::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setOpacity(m_opacity);
-    QColor color = DeliveryAppearance::isDarkAppearance() ? QColor(Qt::white) : QColor(Qt::black);
+    QColor color = Look::isDarkAppearance() ? QColor(Qt::white) : QColor(Qt::black);
     if (isDown())
-        color = DeliveryAppearance::withAlpha(color, 0.7);
+        color = Look::withAlpha(color, 0.7);
     DeliverySymbols::draw(painter, DeliverySymbols::Symbol::stopCircleFill, QRectF(rect()), color);
 }

@@ -88,7 +88,7 @@ void DeliveryRunnerStrip::paintEvent(QPaintEvent*)
     if (m_timer->state() == TimerState::idle || width() <= 2 * overhang)
         return;
     const double pulse = DeliveryPageDrawing::overrunPulse(m_timer->progress(), m_timer->clock()->now());
-    const QColor color = DeliveryAppearance::withAlpha(DeliveryAppearance::red(), pulse);
+    const QColor color = Look::withAlpha(DeliveryAppearance::red(), pulse);
     const QPointF dot = dotCentre();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing, true);

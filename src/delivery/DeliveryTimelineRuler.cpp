@@ -18,6 +18,7 @@
 #include <numbers>
 
 using namespace DeliveryAppearance;
+using namespace Look;
 
 namespace {
 
@@ -335,7 +336,7 @@ void DeliveryTimelineRuler::drawTicksAndHeadings(QPainter& painter, double w, co
 {
     const double s = devicePixelRatioF();
     const bool isDark = isDarkAppearance();
-    const QColor ink = DeliveryAppearance::ink(isDark);
+    const QColor ink = Look::ink(isDark);
     const std::vector<HeadingStop>& sections = stops(1);
 
     // Heading lines near enough that a dot or figure in the reach gives way to them.

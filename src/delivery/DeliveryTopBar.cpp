@@ -21,5 +21,5 @@ DeliveryTopBar::DeliveryTopBar(DeliveryTimer* timer, DeliveryCanvasState* state,
 void DeliveryTopBar::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(QRect(0, height() - 1, width(), 1), DeliveryAppearance::withAlpha(DeliveryAppearance::primary(), 0.35));
+    painter.fillRect(QRect(0, height() - 1, width(), 1), Look::withAlpha(DeliveryAppearance::primary(), 0.35));
 }

@@ -32,6 +32,7 @@
 #include <cmath>
 
 using namespace DeliveryAppearance;
+using namespace Look;
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include <QPainter>
 
 using namespace DeliveryAppearance;
+using namespace Look;
 
 FollowRunnerButton::FollowRunnerButton(DeliveryCanvasState* state, QWidget* parent)
     : QAbstractButton(parent)

@@ -1,5 +1,7 @@
 #include "MapDrawing.h"
 
+#include "look/Look.h"
+
 #include "MapLayoutState.h"
 #include "MapPalette.h"
 #include "TextBitmapCache.h"
@@ -140,13 +142,13 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
             if (!touches(visible, x - 8, top, x + 8, bottom))
                 continue;
             const double opacity = std::max(0.3 - 0.08 * parent.depth, 0.1);
-            drawBrace(painter, x, top, bottom, strokePen(MapPalette::withOpacity(pass.palette.ink, opacity), 1.0));
+            drawBrace(painter, x, top, bottom, strokePen(Look::withAlpha(pass.palette.ink, opacity), 1.0));
             continue;
         }
 
         const double parentMidY = parent.midY();
         const double opacity = std::max(0.4 - 0.1 * node->depth(), 0.1);
-        const QColor colour = MapPalette::withOpacity(pass.palette.ink, opacity);
+        const QColor colour = Look::withAlpha(pass.palette.ink, opacity);
         // Siblings whose bends lie beyond the same edge of the view show the same shape in it: the
         // shared stub and trunk. Such a group is stroked once, at the opacity its members would
         // build up over each other, instead of once for each of perhaps hundreds of children
@@ -201,7 +203,7 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
             if (trunk->count == 0)
                 continue;
             const double built = 1.0 - std::pow(1.0 - opacity, trunk->count);
-            painter.strokePath(trunk->path, strokePen(MapPalette::withOpacity(pass.palette.ink, built), 1.0));
+            painter.strokePath(trunk->path, strokePen(Look::withAlpha(pass.palette.ink, built), 1.0));
         }
     }
     return count;
@@ -218,8 +220,8 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
     if (!layout.isLeaf) {
         const int d = layout.depth;
         const double a = d <= 0 ? 0.5 : d == 1 ? 0.35 : d == 2 ? 0.2 : 0.1;
-        painter.setPen(strokePen(MapPalette::withOpacity(palette.ink, a), d == 0 ? 2.0 : 1.0));
-        painter.setBrush(MapPalette::withOpacity(palette.ink, a * 0.1));
+        painter.setPen(strokePen(Look::withAlpha(palette.ink, a), d == 0 ? 2.0 : 1.0));
+        painter.setBrush(Look::withAlpha(palette.ink, a * 0.1));
         painter.drawRoundedRect(f, 6, 6);
 
         const int words = pass.tables.subtreeWordCount(layout.nodeID);
@@ -228,7 +230,7 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
         const bool collapsed = hasChildren && node->isCollapsed();
         if (hasChildren) {
             const QPointF centre(f.right(), f.center().y());
-            painter.setPen(strokePen(MapPalette::withOpacity(palette.ink, 0.3), 1.0));
+            painter.setPen(strokePen(Look::withAlpha(palette.ink, 0.3), 1.0));
             painter.setBrush(palette.disclosureFace);
             painter.drawEllipse(centre, 7, 7);
             // Monospaced, so that "+" and "−" stand the same width in the circle.
@@ -250,12 +252,12 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
         }
     } else if (layout.isQuote) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(MapPalette::withOpacity(palette.orange, palette.isDark ? 0.08 : 0.06));
+        painter.setBrush(Look::withAlpha(palette.orange, palette.isDark ? 0.08 : 0.06));
         painter.drawRoundedRect(f.adjusted(-2, -1, 2, 1), 4, 4);
-        painter.setBrush(MapPalette::withOpacity(palette.orange, 0.5));
+        painter.setBrush(Look::withAlpha(palette.orange, 0.5));
         painter.drawRoundedRect(QRectF(f.left() - 2, f.top() + 2, 3, f.height() - 4), 1.5, 1.5);
     } else {
-        painter.setPen(strokePen(MapPalette::withOpacity(palette.ink, 0.15), 1.0));
+        painter.setPen(strokePen(Look::withAlpha(palette.ink, 0.15), 1.0));
         const double y = f.bottom() - 2;
         painter.drawLine(QPointF(f.left() + 4, y), QPointF(f.right() - 4, y));
     }
@@ -395,10 +397,10 @@ void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget&
 void drawLasso(Pass& pass, const QRectF& rect)
 {
     QPainter& painter = pass.painter;
-    QPen pen = strokePen(MapPalette::withOpacity(pass.palette.accent, 0.5), 1.0);
+    QPen pen = strokePen(Look::withAlpha(pass.palette.accent, 0.5), 1.0);
     pen.setDashPattern({4, 3});
     painter.setPen(pen);
-    painter.setBrush(MapPalette::withOpacity(pass.palette.accent, 0.08));
+    painter.setBrush(Look::withAlpha(pass.palette.accent, 0.08));
     painter.drawRoundedRect(rect, 2, 2);
     painter.setBrush(Qt::NoBrush);
 }

@@ -2,7 +2,7 @@
 
 #include <QColor>
 
-// The map's colours for one theme; the other canvases take theirs from here too.
+// The map's colours for one theme: the shared ones of Look, and the fold button's face.
 struct MapPalette {
     bool isDark = false;
     QColor ink;            // text, outlines, connections
@@ -14,8 +14,6 @@ struct MapPalette {
 
     // The search oranges: (1.0, g, 0.0) at an opacity.
     static QColor searchOrange(double green, double opacity);
-    // `colour` with its alpha multiplied by `opacity`.
-    static QColor withOpacity(QColor colour, double opacity);
 
     bool operator==(const MapPalette&) const = default;
 };

@@ -1,6 +1,6 @@
 #include "MapTransitionAnimator.h"
 
-#include "Appearance.h"
+#include "look/Look.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -85,7 +85,7 @@ void MapTransitionAnimator::tick()
         finish();
         return;
     }
-    const double e = easeOutCubic(t);
+    const double e = Look::easeOutCubic(t);
     m_progress = e;
     for (auto& [id, offset] : m_offsets)
         offset = m_initialOffsets[id] * (1 - e);

@@ -1,6 +1,6 @@
 #include "MapViewport.h"
 
-#include "Appearance.h"
+#include "look/Look.h"
 
 #include "core/PerformanceLog.h"
 
@@ -144,7 +144,7 @@ void MapViewport::tick()
     // A copy, so that an update which starts another animation doesn't destroy itself.
     const uint64_t generation = m_generation;
     const auto update = m_update;
-    update(easeOutCubic(t));
+    update(Look::easeOutCubic(t));
     if (t >= 1 && generation == m_generation)
         stopAnimation();
 }

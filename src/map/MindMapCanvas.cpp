@@ -1,6 +1,6 @@
 #include "MindMapCanvas.h"
 
-#include "Appearance.h"
+#include "look/Look.h"
 #include "MapContextMenu.h"
 #include "MapDrawing.h"
 #include "MapPalette.h"
@@ -410,7 +410,7 @@ std::optional<NodeID> MindMapCanvas::hitNode(QPointF p) const
 void MindMapCanvas::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const bool dark = isDarkPalette(palette());
+    const bool dark = Look::isDarkPalette(palette());
     painter.fillRect(rect(), palette().color(QPalette::Window));
     refreshDrawState();
     MapDrawing::drawCanvas(painter, QSizeF(size()), m_layout, m_drawState, MapPalette::forAppearance(dark),

@@ -1,6 +1,6 @@
 #include "NodeEditorOverlay.h"
 
-#include "Appearance.h"
+#include "look/Look.h"
 #include "MapPalette.h"
 #include "TreeLayout.h"
 
@@ -172,7 +172,7 @@ void NodeEditorOverlay::place()
     if (m_field->font() != font)
         m_field->setFont(font);
     QPalette colours = m_field->palette();
-    const MapPalette map = MapPalette::forAppearance(isDarkPalette(palette()));
+    const MapPalette map = MapPalette::forAppearance(Look::isDarkPalette(palette()));
     colours.setColor(QPalette::Text, map.ink);
     colours.setColor(QPalette::Base, Qt::transparent);
     if (colours != m_field->palette())
@@ -213,7 +213,7 @@ void NodeEditorOverlay::paintEvent(QPaintEvent*)
         return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const MapPalette map = MapPalette::forAppearance(isDarkPalette(palette()));
+    const MapPalette map = MapPalette::forAppearance(Look::isDarkPalette(palette()));
     const QRectF ring = ringRect(m_layout, m_editorSize);
     painter.translate(-QPointF(geometry().topLeft()));
     painter.translate(m_pan);

@@ -1,6 +1,6 @@
 #include "SearchBarOverlay.h"
 
-#include "Appearance.h"
+#include "look/Look.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -191,8 +191,8 @@ void SearchBarOverlay::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF r = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-    painter.setPen(QPen(inkColor(isDarkPalette(palette())).lighter(100), 1));
-    QColor border = inkColor(isDarkPalette(palette()));
+    painter.setPen(QPen(Look::ink(Look::isDarkPalette(palette())).lighter(100), 1));
+    QColor border = Look::ink(Look::isDarkPalette(palette()));
     border.setAlphaF(0.2f);
     painter.setPen(QPen(border, 1));
     painter.setBrush(palette().color(QPalette::Base));

@@ -1,6 +1,6 @@
 #include "TextBitmapCache.h"
 
-#include "Appearance.h"
+#include "look/Look.h"
 #include "TreeLayout.h"
 
 #include "core/PerformanceLog.h"
@@ -130,7 +130,7 @@ std::optional<TextBitmapCache::Bitmap> TextBitmapCache::render(const TextBitmapK
         painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
         painter.scale(r, r);
         painter.setFont(font);
-        painter.setPen(inkColor(isDark));
+        painter.setPen(Look::ink(isDark));
         for (qsizetype i = 0; i < lines.size(); ++i)
             painter.drawText(QPointF(2, ascent + lh * double(i)), lines[i]);
     }

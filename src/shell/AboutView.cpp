@@ -1,6 +1,6 @@
 #include "AboutView.h"
 
-#include "map/Appearance.h"
+#include "look/Look.h"
 
 #include <QLabel>
 #include <QVBoxLayout>
@@ -48,7 +48,7 @@ AboutView::AboutView(QWidget* parent) : QWidget(parent)
     contact->setOpenExternalLinks(true);
     contact->setAlignment(Qt::AlignHCenter);
 
-    const QColor ink = inkColor(isDarkPalette(palette()));
+    const QColor ink = Look::ink(Look::isDarkPalette(palette()));
     QPalette p = name->palette();
     p.setColor(QPalette::WindowText, ink);
     name->setPalette(p);

@@ -2,7 +2,7 @@
 
 #include "GrainOverlay.h"
 
-#include "map/Appearance.h"
+#include "look/Look.h"
 
 #include <QEvent>
 #include <QLinearGradient>
@@ -19,14 +19,14 @@ AppBackground::Colors AppBackground::colors(bool isDark)
 }
 
 AppBackground::AppBackground(QWidget* parent)
-    : QWidget(parent), m_grain(new GrainOverlay(colors(isDarkAppearance()).grainOpacity, this))
+    : QWidget(parent), m_grain(new GrainOverlay(colors(Look::isDarkAppearance()).grainOpacity, this))
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void AppBackground::paintEvent(QPaintEvent*)
 {
-    const Colors c = colors(isDarkAppearance());
+    const Colors c = colors(Look::isDarkAppearance());
     QPainter painter(this);
     const QRectF area = rect();
 
@@ -58,7 +58,7 @@ void AppBackground::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ApplicationPaletteChange) {
-        m_grain->setOpacity(colors(isDarkAppearance()).grainOpacity);
+        m_grain->setOpacity(colors(Look::isDarkAppearance()).grainOpacity);
         update();
     }
 }

@@ -1,6 +1,6 @@
 #include "RewriteBar.h"
 
-#include "map/Appearance.h"
+#include "look/Look.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -146,7 +146,7 @@ void RewriteBar::showLines()
 void RewriteBar::paintEvent(QPaintEvent*)
 {
     // A warm band, darker than the page, with a rule between it and the map.
-    const bool isDark = isDarkPalette(palette());
+    const bool isDark = Look::isDarkPalette(palette());
     QPainter painter(this);
     painter.fillRect(rect(), isDark ? QColor::fromRgbF(0.30f, 0.24f, 0.15f) : QColor::fromRgbF(0.99f, 0.93f, 0.78f));
     QColor rule = palette().color(QPalette::WindowText);

@@ -4,7 +4,7 @@
 #include "documents/RecentSermonsStore.h"
 #include "Symbols.h"
 
-#include "map/Appearance.h"
+#include "look/Look.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -190,7 +190,7 @@ void WelcomeView::rebuildRecentRows()
         delete item;
     }
     const auto& entries = m_recents->entries();
-    const QColor ink = inkColor(isDarkPalette(palette()));
+    const QColor ink = Look::ink(Look::isDarkPalette(palette()));
     int index = 0;
     for (const RecentSermonsStore::Entry& entry : entries) {
         auto* row = new RecentRow(entry.title, entry.occasionLine.value_or(QString()), m_recentScroll->widget());
@@ -222,7 +222,7 @@ void WelcomeView::changeEvent(QEvent* event)
 
 void WelcomeView::restyle()
 {
-    const QColor ink = inkColor(isDarkPalette(palette()));
+    const QColor ink = Look::ink(Look::isDarkPalette(palette()));
     QColor faded = ink;
     faded.setAlphaF(0.6f);
     auto tint = [](QLabel* label, const QColor& color) {

@@ -142,6 +142,7 @@ TEST_F(DeliveryControlsTest, PillsOnlyWhileTheTimerRuns)
 TEST_F(DeliveryControlsTest, RemainingColourThresholds)
 {
     using namespace DeliveryAppearance;
+    using namespace Look;
     struct Row {
         double seconds;
         TimerState state;
