@@ -28,7 +28,6 @@ DeliveryCanvas::DeliveryCanvas(SermonDocument* document, DeliveryTimer* timer, D
     , m_document(document)
     , m_timer(timer)
     , m_state(state)
-    , m_stateGuard(state)
 {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -60,25 +59,14 @@ DeliveryCanvas::DeliveryCanvas(SermonDocument* document, DeliveryTimer* timer, D
         connect(m_document, &SermonDocument::undoRedoGenerationChanged, this, &DeliveryCanvas::rebuildLayout);
     }
 
-    m_state->stopScrollAnimation = [this] { cancelScrollAnimation(); };
-    QPointer<DeliveryCanvas> self(this);
-    m_state->requestCanvasFocus = [self] {
-        QTimer::singleShot(0, self, [self] {
-            if (self)
-                self->setFocus(Qt::OtherFocusReason);
-        });
-    };
+    connect(m_state, &DeliveryCanvasState::scrollAnimationStopRequested, this, &DeliveryCanvas::cancelScrollAnimation);
+    // A turn later, once whatever asked has given the keyboard up.
+    connect(m_state, &DeliveryCanvasState::canvasFocusRequested, this,
+            [this] { QTimer::singleShot(0, this, [this] { setFocus(Qt::OtherFocusReason); }); });
     rebuildLayout();
 }
 
-DeliveryCanvas::~DeliveryCanvas()
-{
-    // The state may go first when both belong to the same view.
-    if (m_stateGuard) {
-        m_state->stopScrollAnimation = nullptr;
-        m_state->requestCanvasFocus = nullptr;
-    }
-}
+DeliveryCanvas::~DeliveryCanvas() = default;
 
 bool DeliveryCanvas::setSettings(const DeliveryPageSettings& settings)
 {
@@ -216,8 +204,7 @@ bool DeliveryCanvas::handleKey(int key)
 
 void DeliveryCanvas::seek(double fraction)
 {
-    if (m_state->stopScrollAnimation)
-        m_state->stopScrollAnimation();
+    m_state->stopScrollAnimation();
     if (m_state->stopScrollDeceleration)
         m_state->stopScrollDeceleration();
     m_state->setFollowRunner(false);
@@ -358,8 +345,7 @@ void DeliveryCanvas::showEvent(QShowEvent* event)
     QWidget::showEvent(event);
     if (m_timer->state() == TimerState::running)
         startFrames();
-    if (m_state->requestCanvasFocus)
-        m_state->requestCanvasFocus();
+    m_state->requestCanvasFocus();
 }
 
 void DeliveryCanvas::hideEvent(QHideEvent* event)

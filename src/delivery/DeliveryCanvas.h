@@ -79,7 +79,6 @@ private:
     SermonDocument* m_document;
     DeliveryTimer* m_timer;
     DeliveryCanvasState* m_state;
-    QPointer<DeliveryCanvasState> m_stateGuard;
     DeliveryPageSettings m_settings;
     int m_layoutMinutes = 0;
 

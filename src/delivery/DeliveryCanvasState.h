@@ -41,9 +41,9 @@ public:
 
     // No part installs this one; callers test for absence.
     Callback stopScrollDeceleration;
-    // Installed by the canvas.
-    Callback stopScrollAnimation;
-    Callback requestCanvasFocus;
+    // Asks whichever canvas shows the page; a canvas that has gone hears nothing.
+    void stopScrollAnimation() { emit scrollAnimationStopRequested(); }
+    void requestCanvasFocus() { emit canvasFocusRequested(); }
 
     // How far the page can scroll: a page longer than the window until its last lines reach
     // the window's top; a page that fits not at all.
@@ -59,6 +59,8 @@ signals:
     void layoutChanged();
     void followRunnerChanged(bool follow);
     void pendingScrollTargetChanged();
+    void scrollAnimationStopRequested();
+    void canvasFocusRequested();
 
 private:
     double m_scrollY = 0;

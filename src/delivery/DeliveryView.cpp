@@ -123,10 +123,8 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     connect(m_topBar->ruler(), &DeliveryTimelineRuler::frameTicked, m_runnerStrip, &DeliveryRunnerStrip::moveDot);
     connect(m_navOverlay, &DeliveryNavOverlay::navigateRequested, m_canvasState, &DeliveryCanvasState::navigate);
     connect(m_counterBlock, &DeliveryCounterBlock::durationChanged, this, &DeliveryView::onDurationChanged);
-    connect(m_counterBlock, &DeliveryCounterBlock::editingEnded, this, [this] {
-        if (m_canvasState->requestCanvasFocus)
-            m_canvasState->requestCanvasFocus();
-    });
+    connect(m_counterBlock, &DeliveryCounterBlock::editingEnded, m_canvasState,
+            &DeliveryCanvasState::requestCanvasFocus);
     connect(m_counterBlock, &DeliveryCounterBlock::sizeChanged, this, &DeliveryView::placeOverlays);
     connect(m_navOverlay, &DeliveryNavOverlay::sizeChanged, this, &DeliveryView::placeOverlays);
     connect(m_canvas, &DeliveryCanvas::pageGeometryChanged, this, &DeliveryView::placeOverlays);
@@ -159,10 +157,6 @@ DeliveryView::~DeliveryView()
     // Leaving the view ends a running delivery, and with it the full screen it asked for.
     if (m_madeFullscreen)
         exitFullscreen();
-    // Widgets first: they hold the timer and the page state.
-    delete m_runnerStrip;
-    delete m_canvas;
-    delete m_topBar;
 }
 
 int DeliveryView::effectiveMinutes() const

@@ -13,6 +13,7 @@
 #include "map/MindMapCanvas.h"
 
 #include <QSettings>
+#include <QPointer>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -168,20 +169,30 @@ void ContentView::openFileSettings()
         onOpenFileSettings();
 }
 
-WindowCommands ContentView::commands() const
+WindowCommands ContentView::commands()
 {
     WindowCommands commands;
-    auto* self = const_cast<ContentView*>(this);
-    commands.switchMode = SwitchModeAction{[self](AppMode mode) { self->setMode(mode); }};
-    commands.fileSettings = FileSettingsAction{[self] { self->openFileSettings(); }};
+    // A record may be called after the window has gone: then it does nothing.
+    const QPointer<ContentView> self(this);
+    commands.switchMode = SwitchModeAction{[self](AppMode mode) {
+        if (self)
+            self->setMode(mode);
+    }};
+    commands.fileSettings = FileSettingsAction{[self] {
+        if (self)
+            self->openFileSettings();
+    }};
     // The map's own records, while it (or columns) shows. Focus mode isn't built yet, so its
     // record stays absent and its item off.
     if (m_mode == AppMode::delivery)
         return commands;
     if (m_zoomFunctions)
         commands.zoom = m_zoomFunctions;
-    MindMapCanvas* canvas = m_canvas;
-    commands.find = FindAction{[canvas] { canvas->openSearch(); }};
-    commands.nodeActions = canvas->nodeActions();
+    const QPointer<MindMapCanvas> canvas(m_canvas);
+    commands.find = FindAction{[canvas] {
+        if (canvas)
+            canvas->openSearch();
+    }};
+    commands.nodeActions = m_canvas->nodeActions();
     return commands;
 }

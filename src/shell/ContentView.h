@@ -33,7 +33,7 @@ public:
     QWidget* currentView() const;
 
     // The records for the menu bar, as things stand now.
-    WindowCommands commands() const;
+    WindowCommands commands();
 
     // Shows the file settings sheet (set by the window, which owns the sheet's parent).
     std::function<void()> onOpenFileSettings;
