@@ -673,7 +673,7 @@ Result compare(const QByteArray& original, const QByteArray& rewritten)
     flush(head + middleA.size());
     // Front matter keys are compared out of their order; the list goes by the file's.
     std::stable_sort(result.changes.begin(), result.changes.end(),
-                     [](const LineChange& a, const LineChange& b) { return a.line < b.line; });
+                     [](const LineChange& x, const LineChange& y) { return x.line < y.line; });
     return result;
 }
 

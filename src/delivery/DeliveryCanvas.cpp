@@ -48,7 +48,7 @@ DeliveryCanvas::DeliveryCanvas(SermonDocument* document, DeliveryTimer* timer, D
     connect(m_state, &DeliveryCanvasState::viewportHeightChanged, this, &DeliveryCanvas::invalidateText);
     connect(m_state, &DeliveryCanvasState::pendingScrollTargetChanged, this, &DeliveryCanvas::onPendingScrollTarget);
     connect(m_timer, &DeliveryTimer::stateChanged, this,
-            [this](TimerState state, TimerState) { onTimerStateChanged(state); });
+            [this](TimerState now, TimerState) { onTimerStateChanged(now); });
     connect(m_timer, &DeliveryTimer::firstStartedAtChanged, this, &DeliveryCanvas::invalidateText);
     connect(m_timer, &DeliveryTimer::targetSecondsChanged, this, [this] {
         if (std::max(int(m_timer->targetSeconds()) / 60, 1) != m_layoutMinutes)

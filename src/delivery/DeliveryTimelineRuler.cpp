@@ -56,10 +56,10 @@ DeliveryTimelineRuler::DeliveryTimelineRuler(DeliveryTimer* timer, DeliveryCanva
     m_displayLinkTimer->setTimerType(Qt::PreciseTimer);
     m_displayLinkTimer->setInterval(16);
     connect(m_displayLinkTimer, &QTimer::timeout, this, &DeliveryTimelineRuler::frameTick);
-    connect(m_timer, &DeliveryTimer::stateChanged, this, [this](TimerState state, TimerState) {
-        if (state == TimerState::running && isVisible())
+    connect(m_timer, &DeliveryTimer::stateChanged, this, [this](TimerState now, TimerState) {
+        if (now == TimerState::running && isVisible())
             m_displayLinkTimer->start();
-        else if (state != TimerState::running)
+        else if (now != TimerState::running)
             m_displayLinkTimer->stop();
         updateMoving(true);
     });

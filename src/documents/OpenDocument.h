@@ -128,13 +128,13 @@ private:
     bool m_isRewriteHeld = false;
     QString m_lastError;
     QTimer* m_autosaveTimer;
-    std::function<qint64()> m_clock;
     qint64 m_pendingSince = 0;
     QByteArray m_diskBytes;
     QDateTime m_diskModified;
     qint64 m_diskSize = -1;
     QFileSystemWatcher* m_watcher;
     QTimer* m_diskSettle;
+    std::function<qint64()> m_clock;
     bool m_isFileGone = false;
     bool m_isReadOnly = false;
     QString m_recoveryPath;

@@ -163,10 +163,12 @@ TEST_F(DeliveryLayoutTest, MinuteMarksAreInterleavedByPosition)
         ++m;
         EXPECT_EQ(item.text, QStringLiteral("%1 min").arg(m));
         EXPECT_DOUBLE_EQ(item.y, yForFraction(layout, m / 30.0));
-        if (i > 0 && layout.items[i - 1].kind != Kind::timeMarker)
+        if (i > 0 && layout.items[i - 1].kind != Kind::timeMarker) {
             EXPECT_LE(layout.items[i - 1].top(), item.y);
-        if (i + 1 < layout.items.size() && layout.items[i + 1].kind != Kind::timeMarker)
+        }
+        if (i + 1 < layout.items.size() && layout.items[i + 1].kind != Kind::timeMarker) {
             EXPECT_GT(layout.items[i + 1].top(), item.y);
+        }
     }
     EXPECT_EQ(m, 29);
 }

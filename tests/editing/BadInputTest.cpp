@@ -79,7 +79,7 @@ TEST_P(BadInput, LinesGoneFromTheTreeChangeNothing)
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, BadInput, ::testing::ValuesIn(operations()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 // Where the title is refused, it is refused without a trace.
 class TitleRefused : public BadInput {};
@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Operations, TitleRefused, ::testing::ValuesIn([] {
             if (std::string(op.name) == name)
                 refused.push_back(op);
     return refused;
-}()), [](const auto& info) { return std::string(info.param.name); });
+}()), [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(Editing, StartingASessionOnALineOutsideTheTreeDoesNothing)
 {

@@ -105,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, ParsePasted, ::testing::Values(
     PasteCase{"NoFrontMatter", "---\nx: 1\n---", "P(---, x: 1, ---)"},
     PasteCase{"CrLf", "- a\r\n- b\r\n", "P(a, b)"},
     PasteCase{"Abbreviation", "See e.g. this", "P(See e.g., this)"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& test) { return std::string(test.param.name); });
 
 TEST(SplitPlainText, CutsOneLineAtSentenceEndsOnly)
 {
@@ -156,8 +156,9 @@ TEST_F(Clipboard, PasteOfJunkMakesLinesAndNeverFails)
     const SermonNodePtr host = node("host");
     EXPECT_GE(host->children().size(), 2u);
     for (const auto& n : root()->flattened())
-        if (n != root() && n != host)
+        if (n != root() && n != host) {
             EXPECT_GE(n->depth(), 2) << "every pasted line sits below the host";
+        }
 }
 
 } // namespace

@@ -126,10 +126,12 @@ TEST_F(Commands, EditMenuDisablesEditForAMultipleSelection)
     for (const MenuItem& item : editMenu(state())) {
         if (item.isSeparator())
             continue;
-        if (item.command == C::edit || item.command == C::newLineUnder)
+        if (item.command == C::edit || item.command == C::newLineUnder) {
             EXPECT_FALSE(item.enabled);
-        if (item.command == C::join || item.command == C::deleteSelection)
+        }
+        if (item.command == C::join || item.command == C::deleteSelection) {
             EXPECT_TRUE(item.enabled);
+        }
     }
 }
 
@@ -249,7 +251,7 @@ INSTANTIATE_TEST_SUITE_P(Keys, CanvasKey, ::testing::Values(
     KeyCase{"ReturnAddsBelow", Qt::Key_Return, {}, "a1", "T(a(a1, a2), b+(b1), >q, c)", "a1"},
     KeyCase{"KeypadEnterToo", Qt::Key_Enter, Qt::KeypadModifier, "a1", "T(a(a1, a2), b+(b1), >q, c)", "a1"},
     KeyCase{"SpaceEdits", Qt::Key_Space, {}, "c", "T(a(a1, a2), b+(b1), >q, c)", "c"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(Commands, UnboundKeysArePassedOn)
 {
@@ -308,8 +310,9 @@ TEST(CanvasKeyTable, EachKeyMeansWhatTheTableSays)
         const auto binding = resolveCanvasKey(row.key, row.mods, true);
         ASSERT_TRUE(binding) << row.name;
         EXPECT_EQ(binding->action, row.action) << row.name;
-        if (row.action == A::command)
+        if (row.action == A::command) {
             EXPECT_EQ(binding->command, row.command) << row.name;
+        }
     }
     EXPECT_EQ(resolveCanvasKey(Qt::Key_Exclam, ctrl | shift, true)->marker, QStringLiteral("\U0001F534"));
 }

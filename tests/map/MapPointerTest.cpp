@@ -189,8 +189,9 @@ TEST_F(MapPointerTest, OnlyALassoEndsAnOpenEditWhenItStarts)
         }
         QTest::mouseRelease(&canvas, Qt::LeftButton, c.mods, (from + by).toPoint());
         EXPECT_EQ(controller().editingNodeID().has_value(), c.keepsEditing) << c.what;
-        if (c.keepsEditing)
+        if (c.keepsEditing) {
             EXPECT_EQ(controller().editingText(), QStringLiteral("Two, edited")) << c.what;
+        }
     }
     // A plain click still ends the edit, keeping the text.
     controller().startSession(id("Three"), false);

@@ -127,8 +127,9 @@ TEST_F(AbruptEndingTest, ASignalSoonAfterAnEditKeepsItOnDisk)
     };
     for (const Case& c : cases) {
         const QString file = c.untitled ? QString() : dir.filePath(QStringLiteral("sermon.md"));
-        if (!c.untitled)
+        if (!c.untitled) {
             ASSERT_TRUE(writeFile(file, "# Before\n\nA line.\n"));
+        }
         QDir(recoveryRoot()).removeRecursively();
         // The autosave would come long after: only the signal's handling can keep the edit.
         startChild(file, 600000);

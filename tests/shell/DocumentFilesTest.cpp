@@ -144,8 +144,9 @@ TEST_F(DocumentFilesTest, TheChoiceForAFileSavingWouldRewriteIsCarriedOut)
         const QString backup = path + QLatin1Char('~');
         const QString newPath = dir.filePath(QStringLiteral("%1 new.md").arg(c.name));
         ASSERT_TRUE(writeFile(path, foreignFile));
-        if (c.choice == Choice::rewriteBesideAnotherBackup)
+        if (c.choice == Choice::rewriteBesideAnotherBackup) {
             ASSERT_TRUE(writeFile(backup, "an editor's older copy\n"));
+        }
         DocumentWindow* window = manager->open(path);
         OpenDocument* open = window->openDocument();
         renameRoot(open, QStringLiteral("Chosen"));
@@ -536,8 +537,9 @@ TEST_F(DocumentFilesTest, AFileDeletedOrMovedWhileOpenIsNeverWrittenBackUnasked)
         EXPECT_FALSE(QFile::exists(samplePath)) << c.name;
         // Only unsaved changes are asked about.
         EXPECT_EQ(prompts.questions.size(), c.edited ? 1 : 0) << c.name;
-        if (c.moved)
+        if (c.moved) {
             EXPECT_EQ(readAll(movedPath), QByteArray("# Sample\n\nFirst line.\n")) << c.name;
+        }
     }
 
     // Saving there again is the user's choice, and the file is watched again after it.
@@ -628,8 +630,9 @@ TEST_F(DocumentFilesTest, UnsavedChangesAreNeverWrittenSilentlyOverAnotherProgra
 
         renameRoot(open, QStringLiteral("Mine"));
         writeElsewhere(samplePath, "# Theirs\n\nFirst line, and theirs.\n");
-        if (c.throughSave)
+        if (c.throughSave) {
             EXPECT_EQ(window->save(), true) << c.name;
+        }
         EXPECT_TRUE(QTest::qWaitFor([&] { return prompts.diskQuestions.size() == 1; }, 3000)) << c.name;
         QCoreApplication::processEvents();
         EXPECT_TRUE(readAll(samplePath).startsWith(c.fileHas)) << c.name;
