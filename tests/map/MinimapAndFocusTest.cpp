@@ -1,12 +1,18 @@
 #include "map/MapTestSupport.h"
 
+#include "map/FocusOverlayView.h"
+#include "map/FocusWindow.h"
 #include "map/MindMapCanvas.h"
 #include "map/MinimapOverlay.h"
+#include "map/NodeEditorOverlay.h"
 
 #include "core/SermonDocument.h"
+#include "core/UndoManager.h"
 #include "editing/DocumentController.h"
 
 #include <QMouseEvent>
+#include <QPlainTextEdit>
+#include <QScreen>
 #include <QSemaphore>
 #include <QTest>
 #include <QThreadPool>
@@ -299,6 +305,97 @@ TEST(MinimapCache, ANewerRequestCancelsAWaitingRenderAndDropsAStaleImage)
     // The key on show is not rendered again.
     cache.requestRender(key(4), input(4));
     EXPECT_FALSE(cache.isInFlight());
+}
+
+// A document map in one window and the focus map over the screen, sharing one undo history.
+class FocusModeTest : public ::testing::Test, private WithApplication {
+protected:
+    void SetUp() override
+    {
+        canvas.setUndoManager(&undo);
+        canvas.resize(800, 600);
+        canvas.show();
+        canvas.activateWindow();
+        focus = focusWindow.enter(&document, canvas.screen(), [this] { ++exits; }, [this](FocusContentView& view) {
+            view.canvas()->setUndoManager(&undo);
+            view.overlay()->fade().setClock([this] { return now; });
+        });
+        ASSERT_NE(focus, nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(focus));
+    }
+
+    double now = 0;
+    SermonDocument document{sermon()};
+    UndoManager undo;
+    MindMapCanvas canvas{&document};
+    FocusWindow focusWindow;
+    FocusContentView* focus = nullptr;
+    int exits = 0;
+};
+
+TEST_F(FocusModeTest, ShowsTheSameTreeAloneOnTheWholeScreenWithTheKeyboard)
+{
+    EXPECT_EQ(focus->geometry(), canvas.screen()->geometry());
+    EXPECT_TRUE(focus->windowFlags() & Qt::FramelessWindowHint);
+    EXPECT_EQ(focus->canvas()->layoutState().cachedLayouts, canvas.layoutState().cachedLayouts);
+    EXPECT_NE(focus->canvas()->controller(), canvas.controller());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == focus->canvas(); }, 2000));
+    EXPECT_EQ(focus->overlay()->text(), QStringLiteral("137 words \u00b7 2 min"));
+
+    // Its own selection; its edits are steps of the one history.
+    DocumentController& c = *focus->canvas()->controller();
+    c.setSelectedNodeID(document.root()->children().at(0)->children().at(0)->id());
+    EXPECT_NE(canvas.controller()->selectedNodeID(), c.selectedNodeID());
+    QTest::keyClick(focus->canvas(), Qt::Key_Delete);
+    EXPECT_EQ(document.root()->children().at(0)->children().size(), 1u);
+    EXPECT_EQ(focus->overlay()->text(), QStringLiteral("132 words \u00b7 2 min"));
+    EXPECT_TRUE(undo.canUndo());
+    undo.undo();
+    EXPECT_FALSE(undo.canUndo());
+    EXPECT_EQ(document.root()->children().at(0)->children().size(), 2u);
+
+    focusWindow.leave();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(focusWindow.window(), nullptr);
+    for (QWidget* w : QApplication::topLevelWidgets())
+        EXPECT_EQ(qobject_cast<FocusContentView*>(w), nullptr);
+}
+
+TEST_F(FocusModeTest, EscapeLeavesButFirstCancelsAnOpenEditorAndTheFocusKeyLeavesToo)
+{
+    MindMapCanvas* map = focus->canvas();
+    map->setFocus();
+    map->controller()->setSelectedNodeID(document.root()->children().at(0)->id());
+    QTest::keyClick(map, Qt::Key_Return); // a new line in its editor
+    ASSERT_TRUE(map->editorOverlay()->isOpen());
+    QTest::keyClick(map->editorOverlay()->field(), Qt::Key_Escape);
+    EXPECT_FALSE(map->editorOverlay()->isOpen());
+    EXPECT_EQ(exits, 0);
+    QTest::keyClick(map, Qt::Key_Escape);
+    EXPECT_EQ(exits, 1);
+    QTest::keySequence(focus, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F));
+    EXPECT_EQ(exits, 2);
+}
+
+TEST_F(FocusModeTest, TheStatisticsLineHidesAfterThreeStillSecondsAndComesBackOnAMove)
+{
+    IdleFade& fade = focus->overlay()->fade();
+    EXPECT_TRUE(fade.isVisible());
+    now = 2.9;
+    fade.check();
+    EXPECT_TRUE(fade.isVisible());
+    // A move restarts the time, one turn later.
+    QTest::mouseMove(focus->canvas(), QPoint(300, 300));
+    QCoreApplication::processEvents();
+    now = 5.8;
+    fade.check();
+    EXPECT_TRUE(fade.isVisible());
+    now = 5.9;
+    fade.check();
+    EXPECT_FALSE(fade.isVisible());
+    QTest::mouseMove(focus->canvas(), QPoint(320, 310));
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(fade.isVisible());
 }
 
 } // namespace
