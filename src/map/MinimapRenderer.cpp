@@ -6,6 +6,8 @@
 #include "core/SermonNode.h"
 
 #include <QFontMetricsF>
+#include <QGlyphRun>
+#include <QRawFont>
 #include <QHash>
 #include <QPainter>
 #include <QPainterPath>
@@ -177,13 +179,22 @@ std::optional<QImage> render(const Input& input, const std::function<bool()>& is
             std::vector<QLineF> lines;
             if (!collectLines(input, cancelled, lines))
                 return std::nullopt;
-            painter.setPen(QPen(withAlpha(ink, 0.3), 0.5));
-            painter.drawLines(lines.data(), int(lines.size()));
-            lines.clear();
+            // Lines go down a batch at a time too, with a poll between batches.
+            auto drawLines = [&](const QColor& colour) {
+                painter.setPen(QPen(colour, 0.5));
+                for (size_t at = 0; at < lines.size(); at += 256) {
+                    painter.drawLines(lines.data() + at, int(std::min<size_t>(256, lines.size() - at)));
+                    if (cancelled())
+                        return false;
+                }
+                lines.clear();
+                return true;
+            };
+            if (!drawLines(withAlpha(ink, 0.3)))
+                return std::nullopt;
             collectBrackets(input, lines);
-            painter.setPen(QPen(withAlpha(ink, 0.25), 0.5));
-            painter.drawLines(lines.data(), int(lines.size()));
-            lines.clear();
+            if (!drawLines(withAlpha(ink, 0.25)))
+                return std::nullopt;
 
             std::unordered_map<NodeID, const QString*> texts;
             texts.reserve(input.root.nodes.size());
@@ -199,7 +210,18 @@ std::optional<QImage> render(const Input& input, const std::function<bool()>& is
                 ascents[size_t(depth)] = QFontMetricsF(fonts[size_t(depth)]).ascent();
             }
 
+            // Boxes are filled and stroked a batch at a time: one path per batch keeps the calls
+            // few, and the batch bounds how long a cancelled render runs on.
             std::array<QPainterPath, 4> boxes;
+            std::array<int, 4> batched{};
+            constexpr int batchSize = 64;
+            auto flushBoxes = [&](int depth) {
+                const double a = boxOpacity(depth);
+                painter.fillPath(boxes[size_t(depth)], withAlpha(ink, a * 0.1));
+                painter.strokePath(boxes[size_t(depth)], QPen(withAlpha(ink, a), depth == 0 ? 2.0 : 1.0));
+                boxes[size_t(depth)].clear();
+                batched[size_t(depth)] = 0;
+            };
             struct Label {
                 QPointF baseline;
                 int depthClass;
@@ -212,10 +234,14 @@ std::optional<QImage> render(const Input& input, const std::function<bool()>& is
             for (const auto& [id, l] : input.layouts) {
                 if (++counted % 64 == 0 && cancelled())
                     return std::nullopt;
-                if (l.isLeaf)
+                if (l.isLeaf) {
                     lines.emplace_back(QPointF(l.origin.x(), l.maxY() - 2), QPointF(l.maxX(), l.maxY() - 2));
-                else
-                    boxes[size_t(std::clamp(l.depth, 0, 3))].addRoundedRect(l.frame(), 6, 6);
+                } else {
+                    const int depth = std::clamp(l.depth, 0, 3);
+                    boxes[size_t(depth)].addRoundedRect(l.frame(), 6, 6);
+                    if (++batched[size_t(depth)] == batchSize)
+                        flushBoxes(depth);
+                }
                 const auto text = texts.find(id);
                 if (text == texts.end() || text->second->isEmpty())
                     continue;
@@ -224,31 +250,60 @@ std::optional<QImage> render(const Input& input, const std::function<bool()>& is
                 labels.push_back({at + QPointF(0, ascents[size_t(depthClass)] * 0.35), depthClass,
                                   (l.size.width() - 8) * s, text->second});
             }
-            painter.setPen(QPen(withAlpha(ink, 0.3), 0.5));
-            painter.drawLines(lines.data(), int(lines.size()));
-            for (int depth = 0; depth < 4; ++depth) {
-                const double a = boxOpacity(depth);
-                painter.fillPath(boxes[size_t(depth)], withAlpha(ink, a * 0.1));
-                painter.strokePath(boxes[size_t(depth)], QPen(withAlpha(ink, a), depth == 0 ? 2.0 : 1.0));
-            }
+            if (!drawLines(withAlpha(ink, 0.3)))
+                return std::nullopt;
+            for (int depth = 0; depth < 4; ++depth)
+                flushBoxes(depth);
+            if (cancelled())
+                return std::nullopt;
 
-            // Text at the image's own pixels, so glyphs are drawn at their small size directly.
+            // Text at the image's own pixels, from the fonts' glyph tables: at two or three pixels
+            // high no shaping shows, and skipping it keeps a large tree well inside the budget.
             painter.setTransform(QTransform());
             painter.setPen(withAlpha(ink, 0.85));
             int drawn = 0;
             for (int depthClass = 0; depthClass < 3; ++depthClass) {
-                painter.setFont(fonts[size_t(depthClass)]);
-                const QFontMetricsF metrics(fonts[size_t(depthClass)]);
+                const QRawFont raw = QRawFont::fromFont(fonts[size_t(depthClass)]);
+                if (!raw.isValid())
+                    continue;
+                const QList<quint32> ellipsis = raw.glyphIndexesForString(QString(QChar(0x2026)));
+                const double ellipsisWidth = ellipsis.isEmpty() ? 0 : raw.advancesForGlyphIndexes(ellipsis).value(0).x();
+                QList<quint32> glyphs;
+                QList<QPointF> positions;
                 for (const Label& label : labels) {
                     if (label.depthClass != depthClass)
                         continue;
                     if (++drawn % 64 == 0 && cancelled())
                         return std::nullopt;
+                    QString text = *label.text;
+                    if (text.contains(QChar(0x2028)) || text.contains(QLatin1Char('\n')))
+                        text.replace(QChar(0x2028), QLatin1Char(' ')).replace(QLatin1Char('\n'), QLatin1Char(' '));
+                    const QList<quint32> line = raw.glyphIndexesForString(text);
+                    const QList<QPointF> advances = raw.advancesForGlyphIndexes(line);
+                    double total = 0;
+                    for (const QPointF& a : advances)
+                        total += a.x();
                     // One line of the whole text, cut short with an ellipsis where the frame ends.
-                    QString line = *label.text;
-                    line.replace(QChar(0x2028), QLatin1Char(' ')).replace(QLatin1Char('\n'), QLatin1Char(' '));
-                    painter.drawText(label.baseline, metrics.elidedText(line, Qt::ElideRight, std::max(label.maxWidth, 0.0)));
+                    const bool cut = total > label.maxWidth;
+                    const double room = cut ? label.maxWidth - ellipsisWidth : total;
+                    double x = label.baseline.x();
+                    for (qsizetype i = 0; i < line.size(); ++i) {
+                        if (x + advances[i].x() - label.baseline.x() > room + 1e-9)
+                            break;
+                        glyphs.append(line[i]);
+                        positions.append(QPointF(x, label.baseline.y()));
+                        x += advances[i].x();
+                    }
+                    if (cut && !ellipsis.isEmpty() && label.maxWidth >= ellipsisWidth) {
+                        glyphs.append(ellipsis.front());
+                        positions.append(QPointF(x, label.baseline.y()));
+                    }
                 }
+                QGlyphRun run;
+                run.setRawFont(raw);
+                run.setGlyphIndexes(glyphs);
+                run.setPositions(positions);
+                painter.drawGlyphRun(QPointF(), run);
             }
             painter.end();
             if (cancelled())
