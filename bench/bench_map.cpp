@@ -4,6 +4,8 @@
 #include "map/MapDrawing.h"
 #include "map/MapLayoutState.h"
 #include "map/MapPalette.h"
+#include "map/MinimapOverlay.h"
+#include "map/MinimapRenderer.h"
 #include "map/TextBitmapCache.h"
 
 #include <QGuiApplication>
@@ -11,6 +13,10 @@
 #include <QPainter>
 
 #include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
 
 namespace {
 
@@ -109,5 +115,110 @@ void BM_RecomputeLayoutAfterEdit(benchmark::State& state)
     state.counters["nodes"] = double(tables.cachedLayouts.size());
 }
 BENCHMARK(BM_RecomputeLayoutAfterEdit)->Arg(5000)->Unit(benchmark::kMillisecond);
+
+// The minimap's input as the main thread makes it on a change of the tree: the visible tree
+// copied into a snapshot, and the layouts beside it.
+MinimapRenderer::Input minimapInput(const MapLayoutState& tables, double devicePixelRatio = 1.0)
+{
+    const MinimapGeometry g = MinimapGeometry::forContent(tables.cachedContentBounds);
+    return {TreeSnapshot::copy(*tables.root), tables.cachedLayouts, tables.cachedContentBounds,
+            QSize(int(g.treeFrame.width() * devicePixelRatio), int(g.treeFrame.height() * devicePixelRatio)), false};
+}
+
+void minimapSizes(benchmark::internal::Benchmark* b)
+{
+    for (int lines : {300, 5000, 20000, 100000})
+        b->Arg(lines);
+}
+
+// Main thread, on each change of the tree: the key's walk over the visible tree.
+void BM_MinimapKey(benchmark::State& state)
+{
+    MapFixture map(int(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(MinimapRenderer::cacheKey(*map.tables.root, map.tables.cachedLayouts,
+                                                           map.tables.cachedContentBounds, QSize(164, 100), false));
+    state.counters["nodes"] = double(map.tables.cachedLayouts.size());
+}
+BENCHMARK(BM_MinimapKey)->Apply(minimapSizes)->Unit(benchmark::kMillisecond);
+
+// Main thread, when the key changed: the snapshot and the input handed to the render.
+void BM_MinimapSnapshotCopy(benchmark::State& state)
+{
+    MapFixture map(int(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(minimapInput(map.tables));
+    state.counters["nodes"] = double(map.tables.cachedLayouts.size());
+}
+BENCHMARK(BM_MinimapSnapshotCopy)->Apply(minimapSizes)->Unit(benchmark::kMillisecond);
+
+// Off the main thread: the image at its largest, 164 points square, at one and at two device
+// pixels a point. (A long sermon's own frame is far narrower than it is tall.)
+void BM_MinimapRender(benchmark::State& state)
+{
+    MapFixture map(int(state.range(0)));
+    MinimapRenderer::Input input = minimapInput(map.tables);
+    input.pixelSize = QSize(164, 164) * int(state.range(1));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(MinimapRenderer::render(input));
+    state.counters["nodes"] = double(map.tables.cachedLayouts.size());
+}
+BENCHMARK(BM_MinimapRender)
+    ->ArgsProduct({{300, 5000, 20000, 100000}, {1}})
+    ->Args({5000, 2})
+    ->Unit(benchmark::kMillisecond);
+
+// A pan frame with the minimap showing: the map, then the minimap's finished image and the live
+// viewport rectangle in the corner. Nothing is rendered for the minimap here.
+void BM_PanFrameWithMinimap(benchmark::State& state)
+{
+    MapFixture map(int(state.range(0)));
+    const MinimapGeometry g = MinimapGeometry::forContent(map.tables.cachedContentBounds);
+    const QImage minimap = *MinimapRenderer::render(minimapInput(map.tables));
+    const QPointF corner(viewSize.width() - MinimapGeometry::margin - g.size.width(),
+                         viewSize.height() - MinimapGeometry::margin - g.size.height());
+    const QPointF start = map.state.panOffset;
+    int frame = 0;
+    auto draw = [&] {
+        map.state.panOffset = start + QPointF(0, -7.0 * (frame++ % 60));
+        map.draw();
+        QPainter painter(&map.image);
+        painter.translate(corner);
+        MinimapDrawing::draw(painter, g, &minimap, g.viewportRect(QSizeF(viewSize), map.state.panOffset, map.state.scale),
+                             map.palette);
+    };
+    for (int i = 0; i < 60; ++i)
+        draw();
+    for (auto _ : state)
+        draw();
+}
+BENCHMARK(BM_PanFrameWithMinimap)->Arg(300)->Arg(5000)->Arg(20000)->Unit(benchmark::kMillisecond);
+
+// How long a render of 50,000 lines runs on after its cancel: the main thread never waits for it,
+// and the pool thread is free again this soon.
+void BM_MinimapCancelLatency(benchmark::State& state)
+{
+    MapFixture map(int(state.range(0)));
+    MinimapRenderer::Input input = minimapInput(map.tables);
+    input.pixelSize = QSize(164, 164);
+    for (auto _ : state) {
+        std::atomic<bool> started{false}, cancelled{false};
+        std::thread render([&] {
+            MinimapRenderer::render(input, [&] {
+                started = true;
+                return cancelled.load();
+            });
+            started = true;
+        });
+        while (!started)
+            std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5)); // well into the render
+        const auto t0 = std::chrono::steady_clock::now();
+        cancelled = true;
+        render.join();
+        state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
+    }
+}
+BENCHMARK(BM_MinimapCancelLatency)->Arg(50000)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "MapContextMenu.h"
 #include "MapDrawing.h"
 #include "MapPalette.h"
+#include "MinimapOverlay.h"
 #include "NodeEditorOverlay.h"
 #include "SearchBarOverlay.h"
 
@@ -83,6 +84,11 @@ MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
     m_controller->setPasteboard(m_ownPasteboard.get());
     m_editor = new NodeEditorOverlay(this);
     m_searchBar = new SearchBarOverlay(this);
+    // Last of the layers: the minimap stands over the editor and the search bar.
+    m_minimap = new MinimapOverlay(this);
+    m_minimap->setLayoutState(&m_layout);
+    m_minimap->onNavigate = [this](QPointF p) { centerOn(p); };
+    m_viewport.onShowMinimap = [this] { m_minimap->showMinimap(); };
     connectController();
     contextMenuPresenter = [](QMenu& menu, QPoint at) { menu.exec(at); };
     recomputeLayout();
@@ -97,6 +103,7 @@ MindMapCanvas::~MindMapCanvas()
     m_controller->onRequestCanvasFocus = nullptr;
     delete m_editor;
     delete m_searchBar;
+    delete m_minimap;
 }
 
 void MindMapCanvas::connectController()
@@ -324,6 +331,8 @@ void MindMapCanvas::recomputeLayout()
     m_layout.recomputeLayout(m_document->root());
     m_viewport.setContentBounds(m_layout.cachedContentBounds);
     syncEditor();
+    if (m_minimap)
+        m_minimap->treeChanged();
     update();
 }
 
@@ -388,6 +397,10 @@ void MindMapCanvas::placeOverlays()
         const int w = std::max(0, std::min(width() - 2 * searchBarMargin, searchBarWidth));
         const int h = m_searchBar->sizeHint().height();
         m_searchBar->setGeometry((width() - w) / 2, searchBarMargin, w, h);
+    }
+    if (m_minimap) {
+        m_minimap->place(size());
+        m_minimap->setView(m_viewport.viewportSize(), m_viewport.panOffset(), m_viewport.scale());
     }
 }
 

@@ -20,6 +20,7 @@
 
 class DocumentController;
 class MemoryPasteboard;
+class MinimapOverlay;
 class NodeEditorOverlay;
 class Pasteboard;
 class QMenu;
@@ -53,6 +54,7 @@ public:
     MapPointerInteraction& pointer() { return m_pointer; }
     NodeEditorOverlay* editorOverlay() const { return m_editor; }
     SearchBarOverlay* searchBar() const { return m_searchBar; }
+    MinimapOverlay* minimap() const { return m_minimap; }
 
     // Changes what is drawn besides the tree, and repaints. Selection, search, editing, gesture
     // and animation fields are refilled from their owners before each pass.
@@ -137,6 +139,7 @@ private:
     MapPointerInteraction m_pointer;
     NodeEditorOverlay* m_editor;
     SearchBarOverlay* m_searchBar;
+    MinimapOverlay* m_minimap = nullptr;
     std::function<int()> m_readingPace;
     bool m_hasAppeared = false;
 

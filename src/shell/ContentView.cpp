@@ -10,8 +10,11 @@
 #include "delivery/DeliveryPreferences.h"
 #include "delivery/DeliveryView.h"
 #include "editing/DocumentController.h"
+#include "map/FocusOverlayView.h"
+#include "map/FocusWindow.h"
 #include "map/MindMapCanvas.h"
 
+#include <QPointer>
 #include <QSettings>
 #include <QPointer>
 #include <QStackedWidget>
@@ -81,12 +84,15 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     connect(sermon, &SermonDocument::rootChanged, this, &ContentView::refreshStatus);
     connect(sermon, &SermonDocument::undoRedoGenerationChanged, this, &ContentView::refreshStatus);
     connect(document->undoManager(), &UndoManager::stateChanged, this, &ContentView::refreshStatus);
+    m_focusWindow = new FocusWindow(this);
     m_canvas->setFocus();
 }
 
 ContentView::~ContentView()
 {
-    // The canvas, a child, outlives this object's members.
+    // The canvases, children, outlive this object's members: the focus map goes at once.
+    delete m_focusWindow;
+    m_focusWindow = nullptr;
     m_canvas->setPasteboard(nullptr);
 }
 
@@ -129,6 +135,8 @@ bool ContentView::setMode(AppMode mode)
 {
     if (mode == m_mode)
         return false;
+    if (mode != AppMode::tree && m_isFocusMode)
+        leaveFocusMode();
     // The page shows the tree: a line still in the editor goes into it first.
     commitPendingEdit();
     const AppMode previous = m_mode;
@@ -182,8 +190,12 @@ WindowCommands ContentView::commands()
         if (self)
             self->openFileSettings();
     }};
-    // The map's own records, while it (or columns) shows. Focus mode isn't built yet, so its
-    // record stays absent and its item off.
+    if (m_mode == AppMode::tree)
+        commands.focusMode = FocusModeAction{[self] {
+            if (self)
+                self->toggleFocusMode();
+        }};
+    // The map's own records, while it (or columns) shows.
     if (m_mode == AppMode::delivery)
         return commands;
     if (m_zoomFunctions)
@@ -195,4 +207,77 @@ WindowCommands ContentView::commands()
     }};
     commands.nodeActions = m_canvas->nodeActions();
     return commands;
+}
+
+FocusContentView* ContentView::focusView() const
+{
+    return m_focusWindow ? m_focusWindow->window() : nullptr;
+}
+
+void ContentView::toggleFocusMode()
+{
+    if (m_mode != AppMode::tree)
+        return;
+    if (m_isFocusMode)
+        leaveFocusMode();
+    else
+        enterFocusMode();
+}
+
+void ContentView::enterFocusMode()
+{
+    // Both maps show the line being typed here.
+    commitPendingEdit();
+    m_isFocusMode = true;
+    QPointer<ContentView> self(this);
+    auto onExit = [self] {
+        if (self)
+            self->leaveFocusMode();
+    };
+    m_focusWindow->enter(m_document->document(), window()->screen(), onExit, [this](FocusContentView& focus) {
+        MindMapCanvas* canvas = focus.canvas();
+        // Its edits are this window's undo steps, and mark and save the document as ours do.
+        canvas->setUndoManager(m_document->undoManager());
+        canvas->setPasteboard(&m_pasteboard);
+        if (Preferences* preferences = m_preferences) {
+            canvas->setReadingPaceSource([preferences] { return preferences->readingPaceWPM(); });
+            focus.overlay()->setReadingPaceSource([preferences] { return preferences->readingPaceWPM(); });
+        }
+        DocumentController* controller = canvas->controller();
+        connect(controller, &DocumentController::edited, m_document, &OpenDocument::noteChange);
+        connect(controller, &DocumentController::edited, this, [this] {
+            m_canvas->onTreeMutated();
+            refreshStatus();
+        });
+        // One zoom for both maps.
+        canvas->viewport().setScale(scale());
+        connect(&canvas->viewport(), &MapViewport::scaleChanged, this,
+                [this](double s) { m_canvas->viewport().setScale(s); });
+        connect(&m_canvas->viewport(), &MapViewport::scaleChanged, canvas,
+                [canvas](double s) { canvas->viewport().setScale(s); });
+    });
+    emit commandsChanged();
+}
+
+void ContentView::leaveFocusMode()
+{
+    if (!m_isFocusMode)
+        return;
+    m_isFocusMode = false;
+    if (FocusContentView* focus = focusView())
+        focus->canvas()->commitEditing();
+    m_focusWindow->leave();
+    // This map reads again what was changed there; a selected line that went is let go.
+    m_canvas->onTreeMutated();
+    DocumentController* controller = m_canvas->controller();
+    const SermonNodePtr root = m_document->document()->root();
+    if (const auto id = controller->selectedNodeID(); id && !root->find(*id))
+        controller->setSelectedNodeID(root->id());
+    refreshStatus();
+    if (QWidget* w = window()) {
+        w->raise();
+        w->activateWindow();
+    }
+    m_canvas->setFocus(Qt::ActiveWindowFocusReason);
+    emit commandsChanged();
 }

@@ -10,6 +10,8 @@
 #include <optional>
 
 class DeliveryView;
+class FocusContentView;
+class FocusWindow;
 class MindMapCanvas;
 class OpenDocument;
 class Preferences;
@@ -49,6 +51,12 @@ public:
     // After a change to the tree that no document signal carries (a title set in place).
     void treeMutated();
 
+    // Focus mode: a second map of the document alone, full screen on this window's screen.
+    // Offered only in the map; leaving gives the keyboard back to this window.
+    bool isFocusMode() const { return m_isFocusMode; }
+    void toggleFocusMode();
+    FocusContentView* focusView() const;
+
 signals:
     void modeChanged(AppMode mode);
     // Something the menu bar shows may have changed: mode, zoom, selection.
@@ -57,6 +65,8 @@ signals:
 private:
     void refreshStatus();
     DeliveryView* makeDeliveryView();
+    void enterFocusMode();
+    void leaveFocusMode();
 
     OpenDocument* m_document;
     Preferences* m_preferences;
@@ -68,4 +78,6 @@ private:
     StatusBarView* m_statusBar;
     ClipboardPasteboard m_pasteboard;
     DeliveryView* m_deliveryView = nullptr;
+    FocusWindow* m_focusWindow = nullptr;
+    bool m_isFocusMode = false;
 };

@@ -10,6 +10,7 @@
 #include "core/UndoManager.h"
 #include "delivery/DeliveryView.h"
 #include "editing/DocumentController.h"
+#include "map/FocusWindow.h"
 #include "map/MindMapCanvas.h"
 #include "map/NodeEditorOverlay.h"
 
@@ -17,6 +18,7 @@
 #include <QClipboard>
 #include <QFile>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QSpinBox>
 #include <QTest>
 
@@ -75,7 +77,7 @@ TEST_F(MenuRulesTest, NodeItemsFollowTheSelectionAndThePasteboardItemsNeverGoOff
         {"line", "Delete", true},        {"line", "Edit", true},          {"line", "Join", false},
         {"line", "Promote", true},       {"line", "Fold", false},         {"second", "Demote", true},
         {"part", "Fold", true},          {"part", "Promote", false},      {"none", "Copy Branch", false},
-        {"none", "Find...", true},       {"none", "Focus Mode", false},   {"none", "Zoom In", true},
+        {"none", "Find...", true},       {"none", "Focus Mode", true},   {"none", "Zoom In", true},
     };
     for (const Case& c : cases) {
         const std::string selection = c.selection;
@@ -100,7 +102,7 @@ TEST_F(MenuRulesTest, DeliveryModeTakesTheMapRecordsAwayAndLeavingItEndsTheView)
     item(QStringLiteral("Delivery"))->trigger();
     ASSERT_EQ(content->mode(), AppMode::delivery);
     ASSERT_NE(content->deliveryView(), nullptr);
-    for (const char* off : {"Find...", "Zoom In", "Zoom Out", "Actual Size", "Delete", "Demote"})
+    for (const char* off : {"Find...", "Zoom In", "Zoom Out", "Actual Size", "Delete", "Demote", "Focus Mode"})
         EXPECT_FALSE(enabled(QString::fromLatin1(off))) << off;
     for (const char* on : {"Mind Map", "Delivery", "File Settings\u2026", "Copy"})
         EXPECT_TRUE(enabled(QString::fromUtf8(on))) << on;
@@ -231,6 +233,56 @@ TEST_F(MenuRulesTest, ALineStillInTheEditorIsInTheFileAfterSaveDeliveryAndClose)
     typeInto(line(0, 3), QStringLiteral("Kept on close"));
     window->close();
     EXPECT_TRUE(fileText().contains(QStringLiteral("Kept on close"))) << fileText().toStdString();
+}
+
+TEST_F(MenuRulesTest, FocusModeEditsAreTheWindowsStepsAndLeavingGivesTheKeyboardBack)
+{
+    ContentView* content = window->contentView();
+    OpenDocument* open = window->openDocument();
+    item(QStringLiteral("Focus Mode"))->trigger();
+    ASSERT_TRUE(content->isFocusMode());
+    FocusContentView* focus = content->focusView();
+    ASSERT_NE(focus, nullptr);
+    EXPECT_EQ(focus->geometry(), window->screen()->geometry());
+    MindMapCanvas* map = focus->canvas();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == map; }, 2000));
+
+    // One zoom for both maps.
+    QTest::keySequence(focus, QKeySequence(Qt::CTRL | Qt::Key_Equal));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->canvas()->viewport().scale() == 1.2; }, 2000));
+
+    // An edit there is one step of this window's history, and this map shows it.
+    map->controller()->setSelectedNodeID(line(0, 0)->id());
+    QTest::keyClick(map, Qt::Key_Delete);
+    EXPECT_TRUE(open->isModified());
+    EXPECT_EQ(window->canvas()->layoutState().cachedLayouts.size(), 3u);
+    item(QStringLiteral("Undo"))->trigger();
+    EXPECT_EQ(window->canvas()->layoutState().cachedLayouts.size(), 4u);
+    EXPECT_FALSE(open->isModified());
+
+    QTest::keySequence(focus, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F));
+    EXPECT_FALSE(content->isFocusMode());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == window->canvas(); }, 2000));
+
+    // Leaving the map, or closing the window, ends it and leaves no window behind.
+    auto focusWindows = [] {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        int count = 0;
+        for (QWidget* w : QApplication::topLevelWidgets())
+            count += qobject_cast<FocusContentView*>(w) != nullptr;
+        return count;
+    };
+    EXPECT_EQ(focusWindows(), 0);
+    item(QStringLiteral("Focus Mode"))->trigger();
+    item(QStringLiteral("Delivery"))->trigger();
+    EXPECT_FALSE(content->isFocusMode());
+    EXPECT_EQ(focusWindows(), 0);
+    item(QStringLiteral("Mind Map"))->trigger();
+    item(QStringLiteral("Focus Mode"))->trigger();
+    ASSERT_EQ(focusWindows(), 1);
+    delete window;
+    window = nullptr;
+    EXPECT_EQ(focusWindows(), 0);
 }
 
 TEST_F(MenuRulesTest, ThePasteboardItemsServeASpinBoxToo)
