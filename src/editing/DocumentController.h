@@ -102,6 +102,11 @@ public:
     void toggleQuote();
     void setMarker(const QString& marker);
     void removeMarker();
+    // Drops dragged lines under `parentID` at `index`: one undo step, taken before knowing
+    // whether the move applies. One branch moves from the grabbed line by `moveNode`, the index
+    // not corrected for its own removal; several move together, the index counted without
+    // them. Several stay selected as a multiple selection; after one, none is left.
+    void dropNodes(const NodeID& grabbed, const QSet<NodeID>& moving, const NodeID& parentID, int index);
 
     // ---- Text edit session -------------------------------------------------------------------
     std::optional<NodeID> editingNodeID() const { return m_editingNodeID; }

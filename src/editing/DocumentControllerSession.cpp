@@ -184,7 +184,7 @@ void DocumentController::editorOptionReturn(int position)
         if (tail.isEmpty())
             return;
         second = SermonNode::make(tail, node->depth());
-        parent->children().insert(parent->children().begin() + index, second);
+        parent->insertChildKeepingDepths(index, second);
     } else {
         second = root()->insertSiblingAfter(node->id(), tail);
         if (!second)
