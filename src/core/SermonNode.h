@@ -34,7 +34,6 @@ public:
     bool isCollapsed() const { return m_isCollapsed; }
     bool isQuote() const { return m_isQuote; }
     const std::vector<SermonNodePtr>& children() const { return m_children; }
-    std::vector<SermonNodePtr>& children() { return m_children; }
     bool hasChildren() const { return !m_children.empty(); }
 
     // Setters compare first and report whether anything changed.
