@@ -118,10 +118,10 @@ public:
     void startSession(const NodeID& id, bool isNew);
     // Ends the session; true when the line was emptied and so removed.
     bool commit(bool keepText);
-    // The editor's keys.
+    // The editor's keys; each commits the session first.
     void editorReturn();
-    void editorCommandReturn();
-    void editorOptionReturn(int position); // cursor in UTF-16 units of the editor's text
+    void editorInsertLineAbove();           // Ctrl+Return: a new line before this one
+    void editorSplitAtCursor(int position); // Alt+Return; cursor in UTF-16 units of the editor's text
     void editorTab();
     void editorShiftTab();
     void editorEscape();

@@ -107,7 +107,7 @@ void DocumentController::editorReturn()
     }
 }
 
-void DocumentController::editorCommandReturn()
+void DocumentController::editorInsertLineAbove()
 {
     SermonNodePtr node = findNode(m_editingNodeID);
     if (!node)
@@ -158,7 +158,7 @@ void DocumentController::editorEscape()
     requestCanvasFocus();
 }
 
-void DocumentController::editorOptionReturn(int position)
+void DocumentController::editorSplitAtCursor(int position)
 {
     SermonNodePtr node = findNode(m_editingNodeID);
     if (!node)
