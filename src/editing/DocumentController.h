@@ -35,7 +35,7 @@ struct SearchHighlight {
 
 // The one object through which a view changes a document. It holds what the file doesn't:
 // the selection, the text edit session and the search state, and it carries out every edit,
-// so that the map, the columns and the menus all share the same rules. Each view owns one.
+// so that every view and the menus share the same rules. Each view owns one.
 //
 // Every operation that does not apply does nothing, says nothing, and leaves no undo step
 // unless noted otherwise.
