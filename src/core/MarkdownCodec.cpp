@@ -14,7 +14,6 @@ namespace {
 
 const QString kNewline = QStringLiteral("\n");
 const QString kFence = QStringLiteral("---");
-constexpr int kDeepestHeading = 5;
 
 } // namespace
 
@@ -147,8 +146,7 @@ public:
             return;
         }
         m_list.clear();
-        SermonNode& parent = headingTop();
-        parent.children().push_back(SermonNode::make(t, parent.depth() + 1));
+        headingTop().appendChild(SermonNode::make(t));
     }
 
     SermonNodePtr finish()
@@ -166,10 +164,9 @@ private:
     {
         if (m_quote.isEmpty())
             return;
-        SermonNode& parent = headingTop();
-        auto node = SermonNode::make(m_quote.join(kNewline), parent.depth() + 1);
+        auto node = SermonNode::make(m_quote.join(kNewline));
         node->setQuote(true);
-        parent.children().push_back(node);
+        headingTop().appendChild(node);
         m_quote.clear();
     }
 
@@ -193,9 +190,9 @@ private:
             if (!m_list.empty())
                 parent = m_list.back().first.get();
         }
-        auto node = SermonNode::make(item.text, parent->depth() + 1);
+        auto node = SermonNode::make(item.text);
         node->setQuote(quote);
-        parent->children().push_back(node);
+        parent->appendChild(node);
         m_list.emplace_back(node, item.columns);
     }
 
@@ -211,8 +208,9 @@ private:
         // count of open headings is no measure of the level.
         while (m_headings.size() > 1 && m_headings.back()->depth() >= heading.depth)
             m_headings.pop_back();
+        // A heading keeps the file's level, even where the file skips levels.
         auto node = SermonNode::make(heading.text, heading.depth);
-        headingTop().children().push_back(node);
+        headingTop().insertChildKeepingDepths(int(headingTop().children().size()), node);
         m_headings.push_back(node);
     }
 
@@ -279,7 +277,7 @@ bool needsListForm(const SermonNode& node, bool atOwnDepths)
 {
     const SermonNode* previousBranch = nullptr;
     for (const auto& child : node.children()) {
-        if (child->hasChildren() && child->depth() > kDeepestHeading)
+        if (child->hasChildren() && child->depth() > deepestHeadingDepth)
             return true;
         if (!child->hasChildren() && previousBranch)
             return true;
@@ -297,7 +295,8 @@ void pushSeparator(QStringList& lines)
         lines.append(QString());
 }
 
-void writeList(const SermonNode& node, int columns, QStringList& lines)
+// Writes the children of `node` as a list, or with `asItem` the node itself as its one item.
+void writeList(const SermonNode& node, int columns, QStringList& lines, bool asItem = false)
 {
     // Iterative: list form can nest as deep as the file goes.
     struct Frame {
@@ -305,7 +304,28 @@ void writeList(const SermonNode& node, int columns, QStringList& lines)
         size_t next;
         int columns;
     };
-    std::vector<Frame> stack{{&node, 0, columns}};
+    std::vector<Frame> stack;
+    auto writeItem = [&](const SermonNode& item, int itemColumns) {
+        const QString pad(itemColumns, QLatin1Char(' '));
+        const QString pad2(itemColumns + 2, QLatin1Char(' '));
+        if (item.hasChildren()) {
+            lines.append(pad + QLatin1String("- ") + item.text());
+            if (item.isCollapsed())
+                lines.append(pad2 + collapseMarker);
+            stack.push_back({&item, 0, itemColumns + 2});
+            return;
+        }
+        const QStringList pieces = item.text().split(kNewline);
+        const QString bullet = item.isQuote() ? QStringLiteral("- > ") : QStringLiteral("- ");
+        const QString continuation = item.isQuote() ? pad2 + QLatin1String("> ") : pad2;
+        lines.append(pad + bullet + pieces.first());
+        for (qsizetype i = 1; i < pieces.size(); ++i)
+            lines.append(continuation + pieces[i]);
+    };
+    if (asItem)
+        writeItem(node, columns);
+    else
+        stack.push_back({&node, 0, columns});
     while (!stack.empty()) {
         Frame& frame = stack.back();
         if (frame.next >= frame.node->children().size()) {
@@ -313,21 +333,7 @@ void writeList(const SermonNode& node, int columns, QStringList& lines)
             continue;
         }
         const SermonNode& child = *frame.node->children()[frame.next++];
-        const QString pad(frame.columns, QLatin1Char(' '));
-        const QString pad2(frame.columns + 2, QLatin1Char(' '));
-        if (child.hasChildren()) {
-            lines.append(pad + QLatin1String("- ") + child.text());
-            if (child.isCollapsed())
-                lines.append(pad2 + collapseMarker);
-            stack.push_back({&child, 0, frame.columns + 2});
-            continue;
-        }
-        const QStringList pieces = child.text().split(kNewline);
-        const QString bullet = child.isQuote() ? QStringLiteral("- > ") : QStringLiteral("- ");
-        const QString continuation = child.isQuote() ? pad2 + QLatin1String("> ") : pad2;
-        lines.append(pad + bullet + pieces.first());
-        for (qsizetype i = 1; i < pieces.size(); ++i)
-            lines.append(continuation + pieces[i]);
+        writeItem(child, frame.columns);
     }
 }
 
@@ -380,13 +386,9 @@ void writeHeading(const SermonNode& node, int level, bool isFirst, bool relative
 
 void branchLines(const SermonNode& node, int depth, QStringList& lines, bool isFirst)
 {
-    if (depth > kDeepestHeading) {
-        // Too deep for a heading: the branch goes out as a list under a stand-in parent.
-        auto holder = SermonNode::make(node.text(), node.depth());
-        holder->children().push_back(std::const_pointer_cast<SermonNode>(node.shared_from_this()));
-        QStringList list;
-        writeList(*holder, 0, list);
-        lines.append(list);
+    if (depth > deepestHeadingDepth) {
+        // Too deep for a heading: the branch goes out as a list of one item.
+        writeList(node, 0, lines, true);
         return;
     }
     writeHeading(node, depth, isFirst, true, lines);
@@ -404,7 +406,7 @@ QString serialize(const SermonMetadata& metadata, const SermonNode& root)
         lines.append(kFence);
         lines.append(QString());
     }
-    if (root.depth() > kDeepestHeading)
+    if (root.depth() > deepestHeadingDepth)
         lines.append(root.text());
     else
         writeHeading(root, root.depth(), true, false, lines);

@@ -15,6 +15,8 @@ Q_DECLARE_LOGGING_CATEGORY(lcMarkdownCodec)
 namespace MarkdownCodec {
 
 inline const QString collapseMarker = QStringLiteral("[//]: # (collapsed)");
+// The deepest level a heading can give a line ('######'); deeper branches are written as lists.
+inline constexpr int deepestHeadingDepth = 5;
 
 struct SplitResult {
     SermonMetadata metadata;

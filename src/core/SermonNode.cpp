@@ -1,5 +1,7 @@
 #include "SermonNode.h"
 
+#include "MarkdownCodec.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -63,13 +65,14 @@ bool SermonNode::setQuote(bool quote)
 }
 
 namespace {
-// Pre-order walk, receiver first, children in order. `visit` returns true to stop.
-template <typename Visit>
-void walkPreOrder(const SermonNode* start, Visit visit)
+// Pre-order walk, receiver first, children in order. `visit` returns true to stop. `Node` is
+// SermonNode or const SermonNode, so that each lookup hands out what its receiver allows.
+template <typename Node, typename Visit>
+void walkPreOrder(Node* start, Visit visit)
 {
-    std::vector<const SermonNode*> stack{start};
+    std::vector<Node*> stack{start};
     while (!stack.empty()) {
-        const SermonNode* node = stack.back();
+        Node* node = stack.back();
         stack.pop_back();
         if (visit(node))
             return;
@@ -78,27 +81,28 @@ void walkPreOrder(const SermonNode* start, Visit visit)
             stack.push_back(it->get());
     }
 }
-} // namespace
 
-SermonNodePtr SermonNode::find(const NodeID& id) const
+template <typename Node>
+auto findIn(Node* start, const NodeID& id)
 {
-    SermonNodePtr hit;
-    walkPreOrder(this, [&](const SermonNode* node) {
-        if (node->m_id != id)
+    decltype(start->shared_from_this()) hit;
+    walkPreOrder(start, [&](Node* node) {
+        if (node->id() != id)
             return false;
-        hit = std::const_pointer_cast<SermonNode>(node->shared_from_this());
+        hit = node->shared_from_this();
         return true;
     });
     return hit;
 }
 
-SermonNodePtr SermonNode::parent(const NodeID& id) const
+template <typename Node>
+auto parentIn(Node* start, const NodeID& id)
 {
-    SermonNodePtr hit;
-    walkPreOrder(this, [&](const SermonNode* node) {
-        for (const auto& child : node->m_children) {
-            if (child->m_id == id) {
-                hit = std::const_pointer_cast<SermonNode>(node->shared_from_this());
+    decltype(start->shared_from_this()) hit;
+    walkPreOrder(start, [&](Node* node) {
+        for (const auto& child : node->children()) {
+            if (child->id() == id) {
+                hit = node->shared_from_this();
                 return true;
             }
         }
@@ -107,14 +111,46 @@ SermonNodePtr SermonNode::parent(const NodeID& id) const
     return hit;
 }
 
-std::vector<SermonNodePtr> SermonNode::flattened() const
+template <typename Node>
+auto flatten(Node* start)
 {
-    std::vector<SermonNodePtr> out;
-    walkPreOrder(this, [&](const SermonNode* node) {
-        out.push_back(std::const_pointer_cast<SermonNode>(node->shared_from_this()));
+    std::vector<decltype(start->shared_from_this())> out;
+    walkPreOrder(start, [&](Node* node) {
+        out.push_back(node->shared_from_this());
         return false;
     });
     return out;
+}
+} // namespace
+
+SermonNodePtr SermonNode::find(const NodeID& id)
+{
+    return findIn(this, id);
+}
+
+ConstSermonNodePtr SermonNode::find(const NodeID& id) const
+{
+    return findIn(this, id);
+}
+
+SermonNodePtr SermonNode::parent(const NodeID& id)
+{
+    return parentIn(this, id);
+}
+
+ConstSermonNodePtr SermonNode::parent(const NodeID& id) const
+{
+    return parentIn(this, id);
+}
+
+std::vector<SermonNodePtr> SermonNode::flattened()
+{
+    return flatten(this);
+}
+
+std::vector<ConstSermonNodePtr> SermonNode::flattened() const
+{
+    return flatten(this);
 }
 
 SermonNodePtr SermonNode::deepCopy(bool freshIDs) const
@@ -177,8 +213,7 @@ SermonNodePtr SermonNode::insertSibling(const NodeID& sibling, const QString& te
     if (!owner)
         return {};
     auto node = make(text, owner->m_depth + 1);
-    const int at = owner->indexOfChild(sibling);
-    owner->m_children.insert(owner->m_children.begin() + at + offset, node);
+    owner->insertChild(owner->indexOfChild(sibling) + offset, node);
     return node;
 }
 
@@ -197,7 +232,7 @@ SermonNodePtr SermonNode::addChild(const QString& text)
     auto node = make(text, m_depth + 1);
     if (m_isQuote)
         return node;
-    m_children.push_back(node);
+    appendChild(node);
     setCollapsed(false);
     return node;
 }
@@ -215,12 +250,53 @@ bool SermonNode::moveNode(const NodeID& id, const NodeID& newParentID, int index
     SermonNodePtr oldParent = parent(id);
     if (!oldParent)
         return false;
-    auto& from = oldParent->m_children;
-    from.erase(from.begin() + oldParent->indexOfChild(id));
-    const auto position = std::clamp<qsizetype>(index, 0, qsizetype(target->m_children.size()));
-    target->m_children.insert(target->m_children.begin() + position, node);
-    node->setDepthRecursive(target->m_depth + 1);
+    oldParent->removeChild(oldParent->indexOfChild(id));
+    target->insertChild(index, node);
     return true;
+}
+
+void SermonNode::insertChild(int index, SermonNodePtr node)
+{
+    node->setDepthRecursive(m_depth + 1);
+    insertChildKeepingDepths(index, std::move(node));
+}
+
+void SermonNode::insertChildKeepingDepths(int index, SermonNodePtr node)
+{
+    Q_ASSERT(node && node.get() != this);
+    index = std::clamp(index, 0, int(m_children.size()));
+    m_children.insert(m_children.begin() + index, std::move(node));
+}
+
+SermonNodePtr SermonNode::removeChild(int index)
+{
+    if (index < 0 || index >= int(m_children.size()))
+        return {};
+    SermonNodePtr child = std::move(m_children[size_t(index)]);
+    m_children.erase(m_children.begin() + index);
+    return child;
+}
+
+void SermonNode::moveChild(int from, int to)
+{
+    if (SermonNodePtr child = removeChild(from))
+        insertChildKeepingDepths(to, std::move(child));
+}
+
+bool SermonNode::depthsAreConsistent() const
+{
+    bool consistent = true;
+    walkPreOrder(this, [&](const SermonNode* node) {
+        for (const auto& child : node->m_children) {
+            const int step = child->m_depth - node->m_depth;
+            if (step < 1 || (step > 1 && child->m_depth > MarkdownCodec::deepestHeadingDepth)) {
+                consistent = false;
+                return true;
+            }
+        }
+        return false;
+    });
+    return consistent;
 }
 
 bool SermonNode::hasOnlyLeafChildren() const
@@ -231,21 +307,21 @@ bool SermonNode::hasOnlyLeafChildren() const
                         [](const SermonNodePtr& c) { return c->hasChildren(); });
 }
 
-std::unordered_map<NodeID, SermonNodePtr> SermonNode::nodeIndex() const
+std::unordered_map<NodeID, SermonNodePtr> SermonNode::nodeIndex()
 {
     std::unordered_map<NodeID, SermonNodePtr> index;
-    walkPreOrder(this, [&](const SermonNode* node) {
-        index.emplace(node->m_id, std::const_pointer_cast<SermonNode>(node->shared_from_this()));
+    walkPreOrder(this, [&](SermonNode* node) {
+        index.emplace(node->m_id, node->shared_from_this());
         return false;
     });
     return index;
 }
 
-std::unordered_map<NodeID, SermonNodePtr> SermonNode::parentIndex() const
+std::unordered_map<NodeID, SermonNodePtr> SermonNode::parentIndex()
 {
     std::unordered_map<NodeID, SermonNodePtr> index;
-    walkPreOrder(this, [&](const SermonNode* node) {
-        auto self = std::const_pointer_cast<SermonNode>(node->shared_from_this());
+    walkPreOrder(this, [&](SermonNode* node) {
+        SermonNodePtr self = node->shared_from_this();
         for (const auto& child : node->m_children)
             index.emplace(child->m_id, self);
         return false;

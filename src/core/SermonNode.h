@@ -10,9 +10,14 @@
 
 class SermonNode;
 using SermonNodePtr = std::shared_ptr<SermonNode>;
+using ConstSermonNodePtr = std::shared_ptr<const SermonNode>;
 
 // One line of the sermon tree. Parents own their children; undo snapshots own copies.
 // Every walk here is iterative: a file can nest lists thousands of levels deep.
+//
+// Children change only through the operations below, each of which keeps depths right, so
+// that every view edits the tree by the same rules. A const node never hands itself out as
+// mutable; its children it hands out as they are shared, so constness stops at the receiver.
 class SermonNode : public std::enable_shared_from_this<SermonNode> {
 public:
     SermonNode(QString text, int depth);
@@ -29,7 +34,6 @@ public:
     bool isCollapsed() const { return m_isCollapsed; }
     bool isQuote() const { return m_isQuote; }
     const std::vector<SermonNodePtr>& children() const { return m_children; }
-    std::vector<SermonNodePtr>& children() { return m_children; }
     bool hasChildren() const { return !m_children.empty(); }
 
     // Setters compare first and report whether anything changed.
@@ -38,9 +42,12 @@ public:
     bool setCollapsed(bool collapsed);
     bool setQuote(bool quote);
 
-    SermonNodePtr find(const NodeID& id) const;
-    SermonNodePtr parent(const NodeID& id) const;
-    std::vector<SermonNodePtr> flattened() const;
+    SermonNodePtr find(const NodeID& id);
+    ConstSermonNodePtr find(const NodeID& id) const;
+    SermonNodePtr parent(const NodeID& id);
+    ConstSermonNodePtr parent(const NodeID& id) const;
+    std::vector<SermonNodePtr> flattened();
+    std::vector<ConstSermonNodePtr> flattened() const;
     SermonNodePtr deepCopy(bool freshIDs) const;
 
     void setDepthRecursive(int depth);
@@ -53,9 +60,26 @@ public:
     SermonNodePtr addChild(const QString& text);
     bool moveNode(const NodeID& id, const NodeID& newParentID, int index);
 
+    // The node's own children. `node` must be in no parent; an index is clamped to the ends.
+    // These two attach `node` and renumber its subtree one level below this node.
+    void insertChild(int index, SermonNodePtr node);
+    void appendChild(SermonNodePtr node) { insertChild(int(m_children.size()), std::move(node)); }
+    // Attaches `node` at `index` with the levels it has: for the reader, whose headings keep
+    // the levels the file gives them, and for a copy or a piece of a line put beside it.
+    void insertChildKeepingDepths(int index, SermonNodePtr node);
+    // Detaches the child at `index` and hands it back, its subtree untouched; null if none.
+    SermonNodePtr removeChild(int index);
+    // Moves the child at `from` to `to`, counted in the list without it. Depths stay.
+    void moveChild(int from, int to);
+
+    // True when every node below this one is deeper than its parent, and one level deeper
+    // unless it stands at a heading's level: the reader keeps a file's skipped heading levels.
+    // Every edit renumbers what it moves, so edits keep this true.
+    bool depthsAreConsistent() const;
+
     bool hasOnlyLeafChildren() const;
-    std::unordered_map<NodeID, SermonNodePtr> nodeIndex() const;
-    std::unordered_map<NodeID, SermonNodePtr> parentIndex() const;
+    std::unordered_map<NodeID, SermonNodePtr> nodeIndex();
+    std::unordered_map<NodeID, SermonNodePtr> parentIndex();
 
     // Position of a child with the given id, or -1.
     int indexOfChild(const NodeID& id) const;

@@ -26,7 +26,7 @@ int estimatedMinutes(int words, int wpm);
 
 // "1234 words · 11 min @120wpm", or "0 words".
 QString statusText(const SermonNode& root, int wpm);
-// The same without the pace, as the focus overlay shows it.
+// The same without the pace: "1234 words · 11 min".
 QString statusTextWithoutPace(const SermonNode& root, int wpm);
 
 } // namespace WordCount

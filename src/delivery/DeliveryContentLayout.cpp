@@ -127,7 +127,7 @@ DeliveryContentLayout DeliveryContentLayout::compute(const SermonNode& root, int
                                                      double baseFontSize, double lineSpacing)
 {
     DeliveryContentLayout layout;
-    const std::vector<SermonNodePtr> nodes = root.flattened();
+    const std::vector<ConstSermonNodePtr> nodes = root.flattened();
     layout.wordFractions = WordCount::nodeWordFractions(root);
     if (nodes.empty())
         return layout;
@@ -141,7 +141,7 @@ DeliveryContentLayout DeliveryContentLayout::compute(const SermonNode& root, int
     layout.items.reserve(nodes.size() + 8);
     double y = topMargin;
     const double half = (lineSpacing - 1) * baseFontSize * 0.5;
-    for (const SermonNodePtr& node : nodes) {
+    for (const ConstSermonNodePtr& node : nodes) {
         const int depth = node->depth();
         const bool hasChildren = node->hasChildren();
         double indent = hasChildren ? headingIndent(depth) : leafIndent(depth);

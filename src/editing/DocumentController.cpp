@@ -37,6 +37,8 @@ void DocumentController::captureUndo()
 
 void DocumentController::treeMutated(bool byEdit)
 {
+    // Every command ends here: a debug build checks that it left no depth out of step.
+    Q_ASSERT_X(root()->depthsAreConsistent(), "DocumentController", "an edit left a depth out of step");
     if (onTreeMutated)
         onTreeMutated();
     if (byEdit)

@@ -35,7 +35,7 @@ struct SearchHighlight {
 
 // The one object through which a view changes a document. It holds what the file doesn't:
 // the selection, the text edit session and the search state, and it carries out every edit,
-// so that the map, the columns and the menus all share the same rules. Each view owns one.
+// so that every view and the menus share the same rules. Each view owns one.
 //
 // Every operation that does not apply does nothing, says nothing, and leaves no undo step
 // unless noted otherwise.
@@ -102,6 +102,11 @@ public:
     void toggleQuote();
     void setMarker(const QString& marker);
     void removeMarker();
+    // Drops dragged lines under `parentID` at `index`: one undo step, taken before knowing
+    // whether the move applies. One branch moves from the grabbed line by `moveNode`, the index
+    // not corrected for its own removal; several move together, the index counted without
+    // them. Several stay selected as a multiple selection; after one, none is left.
+    void dropNodes(const NodeID& grabbed, const QSet<NodeID>& moving, const NodeID& parentID, int index);
 
     // ---- Text edit session -------------------------------------------------------------------
     std::optional<NodeID> editingNodeID() const { return m_editingNodeID; }
@@ -113,10 +118,10 @@ public:
     void startSession(const NodeID& id, bool isNew);
     // Ends the session; true when the line was emptied and so removed.
     bool commit(bool keepText);
-    // The editor's keys.
+    // The editor's keys; each commits the session first.
     void editorReturn();
-    void editorCommandReturn();
-    void editorOptionReturn(int position); // cursor in UTF-16 units of the editor's text
+    void editorInsertLineAbove();           // Ctrl+Return: a new line before this one
+    void editorSplitAtCursor(int position); // Alt+Return; cursor in UTF-16 units of the editor's text
     void editorTab();
     void editorShiftTab();
     void editorEscape();

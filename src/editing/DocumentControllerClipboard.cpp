@@ -48,7 +48,7 @@ void DocumentController::paste()
     captureUndo();
     // Pasted lines always become children of the selected line, never its siblings.
     for (const auto& node : nodes)
-        primary->children().push_back(node);
+        primary->appendChild(node);
     primary->setCollapsed(false);
     treeMutated();
     setSelectedNodeID(nodes.front()->id());

@@ -8,25 +8,6 @@
 
 #include <algorithm>
 
-namespace {
-void insertAt(SermonNode& parent, int index, SermonNodePtr node)
-{
-    auto& kids = parent.children();
-    index = std::clamp(index, 0, int(kids.size()));
-    kids.insert(kids.begin() + index, std::move(node));
-}
-
-void removeChildren(SermonNode& parent, const std::vector<SermonNodePtr>& nodes)
-{
-    auto& kids = parent.children();
-    kids.erase(std::remove_if(kids.begin(), kids.end(),
-                              [&](const SermonNodePtr& kid) {
-                                  return std::find(nodes.begin(), nodes.end(), kid) != nodes.end();
-                              }),
-               kids.end());
-}
-} // namespace
-
 void DocumentController::deleteSelection()
 {
     const QSet<NodeID> ids = effectiveSelection();
@@ -89,8 +70,9 @@ void DocumentController::duplicate()
         const auto p = parents.find((*it)->id());
         if (p == parents.end())
             continue;
+        // The copy stands beside its original at the original's levels.
         SermonNodePtr copy = (*it)->deepCopy(true);
-        insertAt(*p->second, p->second->indexOfChild((*it)->id()) + 1, copy);
+        p->second->insertChildKeepingDepths(p->second->indexOfChild((*it)->id()) + 1, copy);
         copies.insert(copies.begin(), copy->id());
     }
     treeMutated();
@@ -103,10 +85,7 @@ void DocumentController::moveDown()
     if (!block || block->last + 1 >= int(block->parent->children().size()))
         return;
     captureUndo();
-    auto& kids = block->parent->children();
-    SermonNodePtr sibling = kids[block->last + 1];
-    kids.erase(kids.begin() + block->last + 1);
-    kids.insert(kids.begin() + block->first, sibling);
+    block->parent->moveChild(block->last + 1, block->first);
     treeMutated();
 }
 
@@ -116,21 +95,17 @@ void DocumentController::moveUp()
     if (!block || block->first == 0)
         return;
     captureUndo();
-    auto& kids = block->parent->children();
-    SermonNodePtr sibling = kids[block->first - 1];
-    kids.erase(kids.begin() + block->first - 1);
-    kids.insert(kids.begin() + block->last, sibling);
+    block->parent->moveChild(block->first - 1, block->last);
     treeMutated();
 }
 
 void DocumentController::moveBlock(const ContiguousSelection& block, const SermonNodePtr& newParent, int at)
 {
     captureUndo();
-    removeChildren(*block.parent, block.nodes);
-    for (size_t k = 0; k < block.nodes.size(); ++k) {
-        block.nodes[k]->setDepthRecursive(newParent->depth() + 1);
-        insertAt(*newParent, at + int(k), block.nodes[k]);
-    }
+    for (const auto& node : block.nodes)
+        block.parent->removeChild(block.parent->indexOfChild(node->id()));
+    for (size_t k = 0; k < block.nodes.size(); ++k)
+        newParent->insertChild(at + int(k), block.nodes[k]);
     treeMutated();
     requestVisible(m_selectedNodeID);
 }
@@ -169,6 +144,39 @@ void DocumentController::demote()
         return;
 
     moveBlock(*block, newParent, at);
+}
+
+void DocumentController::dropNodes(const NodeID& grabbed, const QSet<NodeID>& moving, const NodeID& parentID,
+                                   int index)
+{
+    captureUndo();
+    const std::vector<SermonNodePtr> tops = topmostNodes(moving);
+    bool moved = false;
+    if (tops.size() == 1) {
+        moved = root()->moveNode(grabbed, parentID, index);
+    } else if (tops.size() > 1) {
+        SermonNodePtr target = root()->find(parentID);
+        const bool intoItself = std::any_of(tops.begin(), tops.end(),
+                                            [&](const SermonNodePtr& top) { return top->find(parentID) != nullptr; });
+        if (target && !intoItself) {
+            const auto parents = root()->parentIndex();
+            for (const auto& top : tops) {
+                const auto p = parents.find(top->id());
+                if (p != parents.end() && p->second == target && target->indexOfChild(top->id()) < index)
+                    --index;
+            }
+            for (const auto& top : tops)
+                if (const auto p = parents.find(top->id()); p != parents.end())
+                    p->second->removeChild(p->second->indexOfChild(top->id()));
+            index = std::clamp(index, 0, int(target->children().size()));
+            for (const auto& top : tops)
+                target->insertChild(index++, top);
+            moved = true;
+        }
+    }
+    if (moved)
+        treeMutated();
+    setSelectedNodeIDs(moving.size() < 2 ? QSet<NodeID>() : moving);
 }
 
 void DocumentController::fold()

@@ -107,7 +107,7 @@ void DocumentController::editorReturn()
     }
 }
 
-void DocumentController::editorCommandReturn()
+void DocumentController::editorInsertLineAbove()
 {
     SermonNodePtr node = findNode(m_editingNodeID);
     if (!node)
@@ -158,7 +158,7 @@ void DocumentController::editorEscape()
     requestCanvasFocus();
 }
 
-void DocumentController::editorOptionReturn(int position)
+void DocumentController::editorSplitAtCursor(int position)
 {
     SermonNodePtr node = findNode(m_editingNodeID);
     if (!node)
@@ -184,7 +184,7 @@ void DocumentController::editorOptionReturn(int position)
         if (tail.isEmpty())
             return;
         second = SermonNode::make(tail, node->depth());
-        parent->children().insert(parent->children().begin() + index, second);
+        parent->insertChildKeepingDepths(index, second);
     } else {
         second = root()->insertSiblingAfter(node->id(), tail);
         if (!second)

@@ -30,11 +30,12 @@ std::vector<NodeID> splitLeaves(const SermonNodePtr& root, const std::vector<Ser
         }
         SermonNode& parent = *p->second;
         const int i = parent.indexOfChild(node->id());
-        parent.children().erase(parent.children().begin() + i);
+        parent.removeChild(i);
         for (int k = 0; k < int(pieces.size()); ++k) {
+            // Each piece takes the line's place and its level.
             auto piece = SermonNode::make(pieces[k], node->depth());
             piece->setQuote(node->isQuote());
-            parent.children().insert(parent.children().begin() + i + k, piece);
+            parent.insertChildKeepingDepths(i + k, piece);
             made.push_back(piece->id());
         }
     }
@@ -86,7 +87,7 @@ std::optional<NodeID> DocumentController::join()
     bool captured = false;
     auto joinable = [&](const SermonNodePtr& n) { return ids.contains(n->id()) && !n->hasChildren(); };
     for (const auto& parent : parents) {
-        auto& kids = parent->children();
+        const auto& kids = parent->children();
         for (size_t i = 0; i < kids.size(); ++i) {
             if (!joinable(kids[i]))
                 continue;
@@ -109,7 +110,8 @@ std::optional<NodeID> DocumentController::join()
             kids[i]->setQuote(allQuotes);
             if (!survivor)
                 survivor = kids[i]->id();
-            kids.erase(kids.begin() + i + 1, kids.begin() + end);
+            for (size_t k = end - 1; k > i; --k)
+                parent->removeChild(int(k));
         }
     }
     if (!survivor)

@@ -316,46 +316,11 @@ void MapPointerInteraction::end()
 
 void MapPointerInteraction::drop(const DropTarget& target)
 {
-    DocumentController& c = *m_canvas.controller();
-    SermonDocument* document = m_canvas.document();
-    if (!document || !m_dragNodeID)
+    if (!m_canvas.document() || !m_dragNodeID)
         return;
-    // The step is taken before knowing whether the move applies; a refused move leaves it.
-    document->captureUndo(c.selectedNodeID(), c.undoManager());
-    const SermonNodePtr root = document->root();
+    // The tree jumps to its new shape: the controller's relayout runs no transition.
     const QSet<NodeID> moving(m_dragNodeIDs.begin(), m_dragNodeIDs.end());
-    const std::vector<SermonNodePtr> tops = c.topmostNodes(moving);
-    if (tops.size() == 1) {
-        // Not corrected for the node's own removal: dropped below itself under the same parent,
-        // it lands one further down.
-        root->moveNode(*m_dragNodeID, target.parentID, target.index);
-    } else if (tops.size() > 1) {
-        int adjusted = target.index;
-        const auto parents = root->parentIndex();
-        for (const auto& node : tops) {
-            const auto p = parents.find(node->id());
-            if (p != parents.end() && p->second->id() == target.parentID && p->second->indexOfChild(node->id()) < adjusted)
-                --adjusted;
-        }
-        for (const auto& node : tops)
-            if (const auto p = parents.find(node->id()); p != parents.end())
-                p->second->removeNode(node->id());
-        if (SermonNodePtr parent = root->find(target.parentID)) {
-            auto& kids = parent->children();
-            adjusted = std::clamp(adjusted, 0, int(kids.size()));
-            for (const auto& node : tops) {
-                node->setDepthRecursive(parent->depth() + 1);
-                kids.insert(kids.begin() + adjusted++, node);
-            }
-        }
-    }
-    // The tree jumps to its new shape: no transition after a drop.
-    m_canvas.recomputeLayout();
-    if (m_dragNodeIDs.size() < 2) {
-        c.setSelectedNodeIDs({});
-    } else {
-        c.setSelectedNodeIDs(moving);
-    }
+    m_canvas.controller()->dropNodes(*m_dragNodeID, moving, target.parentID, target.index);
 }
 
 void MapPointerInteraction::cancel()

@@ -127,8 +127,8 @@ void MindMapCanvas::connectController()
     m_editor->onTab = [this, c] { runEditorKey([c] { c->editorTab(); }); };
     m_editor->onShiftTab = [this, c] { runEditorKey([c] { c->editorShiftTab(); }); };
     m_editor->onEnter = [this, c] { runEditorKey([c] { c->editorReturn(); }); };
-    m_editor->onCommandEnter = [this, c] { runEditorKey([c] { c->editorCommandReturn(); }); };
-    m_editor->onOptionEnter = [this, c](int position) { runEditorKey([c, position] { c->editorOptionReturn(position); }); };
+    m_editor->onCommandEnter = [this, c] { runEditorKey([c] { c->editorInsertLineAbove(); }); };
+    m_editor->onOptionEnter = [this, c](int position) { runEditorKey([c, position] { c->editorSplitAtCursor(position); }); };
     m_editor->onCancel = [this, c] { runEditorKey([c] { c->editorEscape(); }); };
 
     m_searchBar->onQueryChanged = [this, c](const QString& query) {

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-// What a document window shows. Columns is complete but no control offers it.
+// What a document window shows. No control offers columns.
 enum class AppMode { tree, columns, delivery };
 
 namespace AppModes {

@@ -134,12 +134,63 @@ TEST(SermonNode, DepthRenumberingClosesGaps)
 {
     auto heading = SermonNode::make(QStringLiteral("h"), 1);
     auto skipped = SermonNode::make(QStringLiteral("deep"), 4);
-    skipped->children().push_back(SermonNode::make(QStringLiteral("deeper"), 7));
-    heading->children().push_back(skipped);
+    skipped->insertChildKeepingDepths(0, SermonNode::make(QStringLiteral("deeper"), 7));
+    heading->insertChildKeepingDepths(0, skipped);
     heading->setDepthRecursive(2);
     EXPECT_EQ(outline(*heading), "2 h | 3 deep | 4 deeper");
     heading->setChildrenDepth(1);
     EXPECT_EQ(outline(*heading), "2 h | 1 deep | 2 deeper");
+}
+
+TEST(SermonNode, AttachingRenumbersUnlessToldToKeepLevels)
+{
+    Tree t;
+    auto branch = SermonNode::make(QStringLiteral("n"), 7);
+    branch->insertChildKeepingDepths(0, SermonNode::make(QStringLiteral("n1"), 9));
+    t.a->insertChild(99, branch);
+    t.a->insertChild(-5, SermonNode::make(QStringLiteral("first"), 0));
+    EXPECT_EQ(outline(*t.a), "1 a | 2 first | 2 a1 | 2 a2 | 2 n | 3 n1");
+    t.c->insertChildKeepingDepths(1, SermonNode::make(QStringLiteral("kept"), 4));
+    EXPECT_EQ(outline(*t.c), "1 c | 2 c1 | 4 kept");
+}
+
+TEST(SermonNode, RemovingAndReorderingChildrenLeavesDepths)
+{
+    Tree t;
+    EXPECT_EQ(t.root->removeChild(3), nullptr);
+    EXPECT_EQ(t.root->removeChild(-1), nullptr);
+    EXPECT_EQ(t.root->removeChild(0), t.a);
+    EXPECT_EQ(outline(*t.a), "1 a | 2 a1 | 2 a2"); // handed back whole
+    EXPECT_EQ(outline(*t.root), "0 R | 1 b | 1 c | 2 c1");
+    // The target counts the list without the moved child.
+    t.root->moveChild(0, 1);
+    EXPECT_EQ(outline(*t.root), "0 R | 1 c | 2 c1 | 1 b");
+    t.root->moveChild(1, 0);
+    EXPECT_EQ(outline(*t.root), "0 R | 1 b | 1 c | 2 c1");
+}
+
+TEST(SermonNode, DepthsAreConsistentAllowsOnlyAHeadingsSkippedLevels)
+{
+    struct Case {
+        int heading; // under the root at depth 0
+        int child;   // under the heading
+        bool consistent;
+    } cases[] = {
+        {1, 2, true},
+        {3, 4, true},  // a file's heading may skip levels
+        {5, 6, true},  // down to the deepest heading level
+        {6, 7, false}, // but no heading stands that deep
+        {1, 7, false},
+        {1, 1, false}, // never level with its parent
+        {2, 1, false}, // nor above it
+    };
+    for (const Case& c : cases) {
+        auto root = SermonNode::make(QStringLiteral("R"), 0);
+        auto heading = SermonNode::make(QStringLiteral("h"), c.heading);
+        heading->insertChildKeepingDepths(0, SermonNode::make(QStringLiteral("x"), c.child));
+        root->insertChildKeepingDepths(0, heading);
+        EXPECT_EQ(root->depthsAreConsistent(), c.consistent) << c.heading << " " << c.child;
+    }
 }
 
 TEST(SermonNode, SiblingInsertionAndRemoval)

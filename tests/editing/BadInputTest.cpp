@@ -28,8 +28,8 @@ const std::vector<Operation>& operations()
         {"split", &D::split}, {"splitSentences", &D::splitSentences}, {"join", [](D& c) { c.join(); }},
         {"copy", &D::copy}, {"copyBranch", &D::copyBranch}, {"cut", &D::cut}, {"paste", &D::paste},
         {"beginEditing", &D::beginEditing}, {"commit", [](D& c) { c.commit(true); }},
-        {"return", &D::editorReturn}, {"commandReturn", &D::editorCommandReturn},
-        {"optionReturn", [](D& c) { c.editorOptionReturn(1); }}, {"tab", &D::editorTab},
+        {"return", &D::editorReturn}, {"insertLineAbove", &D::editorInsertLineAbove},
+        {"splitAtCursor", [](D& c) { c.editorSplitAtCursor(1); }}, {"tab", &D::editorTab},
         {"shiftTab", &D::editorShiftTab}, {"escape", &D::editorEscape},
         {"up", [](D& c) { c.moveSelection(false); }}, {"extendDown", [](D& c) { c.extendSelection(true); }},
         {"left", &D::selectParent}, {"right", &D::selectFirstChild}, {"stepMatch", [](D& c) { c.stepMatch(true); }},
@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Operations, TitleRefused, ::testing::ValuesIn([] {
     std::vector<Operation> refused;
     for (const Operation& op : operations())
         for (const char* name : {"delete", "duplicate", "moveUp", "moveDown", "promote", "demote", "newLineBelow",
-                                 "newLineAbove", "split", "cut", "optionReturn", "commandReturn", "return"})
+                                 "newLineAbove", "split", "cut", "splitAtCursor", "insertLineAbove", "return"})
             if (std::string(op.name) == name)
                 refused.push_back(op);
     return refused;

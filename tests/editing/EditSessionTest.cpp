@@ -149,12 +149,12 @@ TEST_F(Session, EmptyingTheTitleRemovesNothing)
     EXPECT_EQ(steps(), 0);
 }
 
-TEST_F(Session, CommandReturnOpensALineBefore)
+TEST_F(Session, CtrlReturnOpensALineBefore)
 {
     load("T\n  a\n  b");
     select("b");
     controller->beginEditing();
-    controller->editorCommandReturn();
+    controller->editorInsertLineAbove();
     EXPECT_EQ(tree(), "T(a, , b)");
     EXPECT_TRUE(controller->editingIsNew());
     EXPECT_EQ(controller->editingNodeID(), root()->children()[1]->id());
@@ -187,7 +187,7 @@ TEST_F(Session, TabOnAQuoteLeavesASessionOutsideTheTree)
     EXPECT_EQ(tree(), "T(>q)");
 }
 
-// ---- Option-Return: split at the cursor -----------------------------------------------------
+// ---- Alt+Return: split at the cursor --------------------------------------------------------
 
 struct CursorSplit {
     const char* text;
@@ -196,15 +196,15 @@ struct CursorSplit {
     bool sessionIsNew;
 };
 
-class OptionReturn : public Editing, public ::testing::WithParamInterface<CursorSplit> {};
+class AltReturn : public Editing, public ::testing::WithParamInterface<CursorSplit> {};
 
-TEST_P(OptionReturn, SplitsAtTheCursorInOneStep)
+TEST_P(AltReturn, SplitsAtTheCursorInOneStep)
 {
     load("T\n  before\n  x\n  after");
     select("x");
     controller->beginEditing();
     type(*controller, QString::fromUtf8(GetParam().text));
-    controller->editorOptionReturn(GetParam().position);
+    controller->editorSplitAtCursor(GetParam().position);
     EXPECT_EQ(tree(), GetParam().after);
     EXPECT_EQ(steps(), 1);
     ASSERT_TRUE(controller->editingNodeID());
@@ -212,7 +212,7 @@ TEST_P(OptionReturn, SplitsAtTheCursorInOneStep)
     EXPECT_EQ(controller->selectedNodeID(), controller->editingNodeID());
 }
 
-INSTANTIATE_TEST_SUITE_P(Cursor, OptionReturn, ::testing::Values(
+INSTANTIATE_TEST_SUITE_P(Cursor, AltReturn, ::testing::Values(
     CursorSplit{"one two", 3, "T(before, one, two, after)", false},
     CursorSplit{"one two", 7, "T(before, one two, , after)", true},     // at the end
     CursorSplit{"one two", 99, "T(before, one two, , after)", true},    // clamped
@@ -223,22 +223,22 @@ INSTANTIATE_TEST_SUITE_P(Cursor, OptionReturn, ::testing::Values(
     // Emoji are two units each.
     CursorSplit{"\U0001F534 red", 2, "T(before, \U0001F534, red, after)", false}));
 
-TEST_F(Session, OptionReturnInAQuoteGivesTwoQuotes)
+TEST_F(Session, AltReturnInAQuoteGivesTwoQuotes)
 {
     load("T\n  > to be or not");
     select("to be or not");
     controller->beginEditing();
-    controller->editorOptionReturn(5);
+    controller->editorSplitAtCursor(5);
     EXPECT_EQ(tree(), "T(>to be, >or not)");
 }
 
-TEST_F(Session, OptionReturnOnEmptyTextRemovesTheLine)
+TEST_F(Session, AltReturnOnEmptyTextRemovesTheLine)
 {
     load("T\n  a\n  b");
     select("b");
     controller->beginEditing();
     type(*controller, "");
-    controller->editorOptionReturn(0);
+    controller->editorSplitAtCursor(0);
     EXPECT_EQ(tree(), "T(a)");
     EXPECT_EQ(selected(), "a");
     EXPECT_FALSE(controller->editingNodeID());

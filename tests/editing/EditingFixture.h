@@ -41,14 +41,14 @@ inline SermonNodePtr buildTree(const QString& outline)
         node->setCollapsed(folded);
         path.resize(depth);
         if (depth > 0)
-            path.back()->children().push_back(node);
+            path.back()->appendChild(node);
         path.push_back(node);
     }
     return path.front();
 }
 
 // The tree as one line: children in parentheses, ">" before a quote, "+" after a folded line,
-// soft line breaks as "/". Depths are checked against the parent's as well.
+// soft line breaks as "/". Depths are checked by the controller after each of its edits.
 inline QString shape(const SermonNode& node)
 {
     QString text = node.text();
@@ -58,12 +58,8 @@ inline QString shape(const SermonNode& node)
     if (!node.hasChildren())
         return out;
     QStringList kids;
-    for (const auto& child : node.children()) {
-        QString piece = shape(*child);
-        if (child->depth() != node.depth() + 1)
-            piece += QStringLiteral("@%1").arg(child->depth());
-        kids.append(piece);
-    }
+    for (const auto& child : node.children())
+        kids.append(shape(*child));
     return out + QLatin1Char('(') + kids.join(QStringLiteral(", ")) + QLatin1Char(')');
 }
 

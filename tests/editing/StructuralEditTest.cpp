@@ -171,6 +171,48 @@ INSTANTIATE_TEST_SUITE_P(Cases, DemoteRefusal, ::testing::Values(
     RefusedDemote{"T\n  > q\n  a", {"a"}},              // previous is a quote
     RefusedDemote{"T\n  a", {"T"}}));                   // the title
 
+// ---- dropping dragged lines ------------------------------------------------------------------
+
+struct DropCase {
+    const char* outline;
+    QStringList moving; // the grabbed line first
+    const char* parent;
+    int index;
+    const char* after;
+};
+
+class Drop : public Editing, public ::testing::WithParamInterface<DropCase> {};
+
+TEST_P(Drop, MovesInOneStepAndKeepsSeveralSelected)
+{
+    const DropCase& c = GetParam();
+    load(c.outline);
+    const QString before = tree();
+    QSet<NodeID> moving;
+    for (const QString& text : c.moving)
+        moving.insert(id(text));
+    controller->dropNodes(id(c.moving.first()), moving, id(c.parent), c.index);
+    EXPECT_EQ(tree(), c.after);
+    EXPECT_EQ(steps(), 1) << "taken before knowing whether the move applies";
+    EXPECT_EQ(controller->selectedNodeIDs(), moving.size() > 1 ? moving : QSet<NodeID>());
+    for (const auto& n : root()->flattened())
+        if (n != root())
+            EXPECT_EQ(n->depth(), root()->parent(n->id())->depth() + 1) << n->text().toStdString();
+    undoManager.undo();
+    EXPECT_EQ(tree(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drops, Drop, ::testing::Values(
+    // One line: the index isn't corrected for its own removal, so it lands one further down.
+    DropCase{"T\n  a\n  b\n  c", {"a"}, "T", 2, "T(b, c, a)"},
+    // Several: the index counts the list without them.
+    DropCase{"T\n  a\n  b\n  c\n  d", {"b", "a"}, "T", 3, "T(c, a, b, d)"},
+    // They arrive in tree order, renumbered below their new parent.
+    DropCase{"T\n  a\n    a1\n  b\n    b1", {"b", "a1"}, "a", 0, "T(a(a1, b(b1)))"},
+    // Nothing moves into a branch that moves.
+    DropCase{"T\n  a\n    a1\n  b", {"a", "b"}, "a1", 0, "T(a(a1), b)"},
+    DropCase{"T\n  a\n    a1\n  b", {"a"}, "a1", 0, "T(a(a1), b)"}));
+
 // ---- fold and unfold ------------------------------------------------------------------------
 
 TEST_F(Edits, FoldTakesOneStepForAllBranchesAndIgnoresLeaves)

@@ -106,7 +106,7 @@ TEST_F(MapEditingTest, ShiftReturnAddsASecondLineAndTheFieldGrows)
     EXPECT_GT(canvas.layoutState().layout(id)->size.width(), before);
 }
 
-TEST_F(MapEditingTest, CommandReturnOnTheTitleOnlyCommits)
+TEST_F(MapEditingTest, CtrlReturnOnTheTitleOnlyCommits)
 {
     key(Qt::Key_Space);
     ASSERT_EQ(controller().editingNodeID(), root()->id());
@@ -117,7 +117,7 @@ TEST_F(MapEditingTest, CommandReturnOnTheTitleOnlyCommits)
     EXPECT_FALSE(editor().isOpen());
 }
 
-TEST_F(MapEditingTest, OptionReturnSplitsAtTheCursorOrTheSelectionsStart)
+TEST_F(MapEditingTest, AltReturnSplitsAtTheCursorOrTheSelectionsStart)
 {
     struct Case {
         const char* what;

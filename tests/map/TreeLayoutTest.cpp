@@ -151,7 +151,7 @@ TEST_F(TreeLayoutTest, QuoteWithAChildIsNoQuoteOnTheMap)
     quote->setQuote(true);
     EXPECT_TRUE(TreeLayout::layout(*root).at(quote->id()).isQuote);
 
-    quote->children().push_back(SermonNode::make(QStringLiteral("Why"), 2));
+    quote->appendChild(SermonNode::make(QStringLiteral("Why")));
     const NodeLayouts layouts = TreeLayout::layout(*root);
     EXPECT_FALSE(layouts.at(quote->id()).isQuote);
     EXPECT_TRUE(quote->isQuote());
