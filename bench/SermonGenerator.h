@@ -10,12 +10,12 @@
 // of a few to twenty words, some quotes, a few collapsed branches. Deterministic for a seed.
 inline SermonNodePtr generateSermon(int lines, unsigned seed = 7)
 {
-    static const QStringList words = QStringLiteral(
-        "grace mercy hope the a of and to in that he she we they is was were will shall not "
-        "Lord God Christ love faith peace joy world life light darkness word spirit heart "
-        "come go see hear know believe remember forgive follow stay promise never always "
-        "today tomorrow yesterday morning evening porch road river mountain bread water")
-                                         .split(QLatin1Char(' '));
+    static const QStringList words =
+        QStringLiteral("grace mercy hope the a of and to in that he she we they is was were will shall not "
+                       "Lord God Christ love faith peace joy world life light darkness word spirit heart "
+                       "come go see hear know believe remember forgive follow stay promise never always "
+                       "today tomorrow yesterday morning evening porch road river mountain bread water")
+            .split(QLatin1Char(' '));
     std::mt19937 random(seed);
     auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(random); };
     auto sentence = [&](int lo, int hi) {

@@ -83,7 +83,11 @@ struct DeliveryFixture {
         // Counts the ruler's paints, so that a frame shown to paint nothing would be seen.
         struct PaintCounter : QObject {
             int* count;
-            explicit PaintCounter(int* c, QObject* parent) : QObject(parent), count(c) {}
+            explicit PaintCounter(int* c, QObject* parent)
+                : QObject(parent)
+                , count(c)
+            {
+            }
             bool eventFilter(QObject*, QEvent* event) override
             {
                 *count += event->type() == QEvent::Paint;

@@ -184,8 +184,8 @@ void BM_PanFrameWithMinimap(benchmark::State& state)
         map.draw();
         QPainter painter(&map.image);
         painter.translate(corner);
-        MinimapDrawing::draw(painter, g, &minimap, g.viewportRect(QSizeF(viewSize), map.state.panOffset, map.state.scale),
-                             map.palette);
+        MinimapDrawing::draw(painter, g, &minimap,
+                             g.viewportRect(QSizeF(viewSize), map.state.panOffset, map.state.scale), map.palette);
     };
     for (int i = 0; i < 60; ++i)
         draw();

@@ -35,19 +35,19 @@ bool hasImplicitNonStringType(const QString& text)
 {
     // The resolver's implicit typing table, in the order it is tried.
     static const QRegularExpression rules[] = {
-        QRegularExpression(QStringLiteral(
-            "^(?:yes|Yes|YES|no|No|NO|true|True|TRUE|false|False|FALSE|on|On|ON|off|Off|OFF)$")),
-        QRegularExpression(QStringLiteral(
-            "^(?:[-+]?0b[0-1_]+|[-+]?0o?[0-7_]+|[-+]?(?:0|[1-9][0-9_]*)|[-+]?0x[0-9a-fA-F_]+"
-            "|[-+]?[1-9][0-9_]*(?::[0-5]?[0-9])+)$")),
+        QRegularExpression(
+            QStringLiteral("^(?:yes|Yes|YES|no|No|NO|true|True|TRUE|false|False|FALSE|on|On|ON|off|Off|OFF)$")),
+        QRegularExpression(
+            QStringLiteral("^(?:[-+]?0b[0-1_]+|[-+]?0o?[0-7_]+|[-+]?(?:0|[1-9][0-9_]*)|[-+]?0x[0-9a-fA-F_]+"
+                           "|[-+]?[1-9][0-9_]*(?::[0-5]?[0-9])+)$")),
         QRegularExpression(QStringLiteral(
             "^(?:[-+]?(?:[0-9][0-9_]*)(?:\\.[0-9_]*)?(?:[eE][-+]?[0-9]+)?|\\.[0-9_]+(?:[eE][-+][0-9]+)?"
             "|[-+]?[0-9][0-9_]*(?::[0-5]?[0-9])+\\.[0-9_]*|[-+]?\\.(?:inf|Inf|INF)|\\.(?:nan|NaN|NAN))$")),
         QRegularExpression(QStringLiteral("^(?:~|null|Null|NULL|)$")),
-        QRegularExpression(QStringLiteral(
-            "^(?:[0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9]|[0-9][0-9][0-9][0-9]-[0-9][0-9]?-[0-9][0-9]?"
-            "(?:[Tt]|[ \\t]+)[0-9][0-9]?:[0-9][0-9]:[0-9][0-9](?:\\.[0-9]*)?"
-            "(?:[ \\t]*(?:Z|[-+][0-9][0-9]?(?::[0-9][0-9])?))?)$")),
+        QRegularExpression(
+            QStringLiteral("^(?:[0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9]|[0-9][0-9][0-9][0-9]-[0-9][0-9]?-[0-9][0-9]?"
+                           "(?:[Tt]|[ \\t]+)[0-9][0-9]?:[0-9][0-9]:[0-9][0-9](?:\\.[0-9]*)?"
+                           "(?:[ \\t]*(?:Z|[-+][0-9][0-9]?(?::[0-9][0-9])?))?)$")),
     };
     if (text == QLatin1String("<<") || text == QLatin1String("="))
         return true;
@@ -98,8 +98,8 @@ struct Emitter {
     {
         yaml_event_t event;
         if (!yaml_scalar_event_initialize(&event, nullptr, nullptr,
-                                          reinterpret_cast<const yaml_char_t*>(utf8.constData()),
-                                          int(utf8.size()), 1, 1, style)) {
+                                          reinterpret_cast<const yaml_char_t*>(utf8.constData()), int(utf8.size()), 1,
+                                          1, style)) {
             ok = false;
             return;
         }
@@ -109,8 +109,7 @@ struct Emitter {
     // Strings whose plain form would read as another type are single-quoted.
     void string(const QString& text)
     {
-        scalar(text.toUtf8(), hasImplicitNonStringType(text) ? YAML_SINGLE_QUOTED_SCALAR_STYLE
-                                                             : YAML_ANY_SCALAR_STYLE);
+        scalar(text.toUtf8(), hasImplicitNonStringType(text) ? YAML_SINGLE_QUOTED_SCALAR_STYLE : YAML_ANY_SCALAR_STYLE);
     }
 
     void key(const char* name) { scalar(QByteArray(name), YAML_PLAIN_SCALAR_STYLE); }
@@ -145,8 +144,7 @@ struct Emitter {
 
 std::optional<QString> encodeFrontMatter(const SermonMetadata& metadata)
 {
-    if (metadata.occasions.isEmpty() && metadata.scripture.isEmpty() && metadata.series.isEmpty()
-        && !metadata.duration)
+    if (metadata.occasions.isEmpty() && metadata.scripture.isEmpty() && metadata.series.isEmpty() && !metadata.duration)
         return std::nullopt;
 
     Emitter e;
@@ -233,7 +231,7 @@ std::string_view scalarBytes(const yaml_node_t* node)
 bool isMergeKey(const yaml_node_t* key)
 {
     return key && key->type == YAML_SCALAR_NODE && key->data.scalar.style == YAML_PLAIN_SCALAR_STYLE
-           && scalarBytes(key) == "<<";
+        && scalarBytes(key) == "<<";
 }
 
 // Resolving merges revisits shared nodes: ten anchors that each merge the one before fifty
@@ -260,7 +258,9 @@ private:
 // merged mappings in order. Merges nest only so deep, which keeps alias loops finite.
 class Mapping {
 public:
-    Mapping(yaml_document_t* doc, const yaml_node_t* node, WorkBudget& budget) : m_doc(doc), m_budget(budget)
+    Mapping(yaml_document_t* doc, const yaml_node_t* node, WorkBudget& budget)
+        : m_doc(doc)
+        , m_budget(budget)
     {
         collect(node, 0);
     }
@@ -370,8 +370,7 @@ int flowNesting(const QString& yaml)
     auto startsScalar = [&] {
         if (previous == QLatin1Char('[') || previous == QLatin1Char('{') || previous == QLatin1Char(','))
             return true;
-        return previous.isSpace()
-               && (lastOnLine.isNull() || QStringView(u":-?,[{").contains(lastOnLine));
+        return previous.isSpace() && (lastOnLine.isNull() || QStringView(u":-?,[{").contains(lastOnLine));
     };
     for (qsizetype i = 0; i < yaml.size(); ++i) {
         const QChar c = yaml[i];
@@ -491,7 +490,8 @@ FrontMatterResult decodeFrontMatter(const QString& yaml)
                 metadata.occasions.append(*occasion);
     }
     if (budget.isExhausted())
-        return {std::nullopt, QStringLiteral("The front matter holds too much, or merges and repeats itself too much, to be read")};
+        return {std::nullopt,
+                QStringLiteral("The front matter holds too much, or merges and repeats itself too much, to be read")};
     metadata.scripture = stringField(fields.value("scripture"));
     metadata.series = stringField(fields.value("series"));
     metadata.duration = integerField(fields.value("duration"));

@@ -7,7 +7,7 @@
 // The YAML block at the head of a sermon file.
 struct FrontMatterResult {
     std::optional<SermonMetadata> metadata; // absent on failure
-    QString error;                          // why, when it failed
+    QString error; // why, when it failed
 };
 
 // Absent when there is nothing to write (or, never expected, the emitter fails).
@@ -15,7 +15,7 @@ std::optional<QString> encodeFrontMatter(const SermonMetadata& metadata);
 FrontMatterResult decodeFrontMatter(const QString& yaml);
 
 namespace YAMLDate {
-QString format(const QDate& date);              // yyyy-MM-dd
+QString format(const QDate& date); // yyyy-MM-dd
 std::optional<QDate> parse(const QString& text); // yyyy-MM-dd, month and day of one or two digits
 } // namespace YAMLDate
 

@@ -114,7 +114,11 @@ namespace {
 
 class BodyReader {
 public:
-    BodyReader() : m_root(SermonNode::make(QStringLiteral("Untitled"), 0)) { m_headings.push_back(m_root); }
+    BodyReader()
+        : m_root(SermonNode::make(QStringLiteral("Untitled"), 0))
+    {
+        m_headings.push_back(m_root);
+    }
 
     void read(const QString& line)
     {

@@ -31,7 +31,7 @@ SermonNodePtr parseBody(const QStringList& lines);
 void branchLines(const SermonNode& node, int depth, QStringList& lines, bool isFirst);
 
 // Helpers shared with the rest of the core: the format's notion of blanks.
-bool isBlank(QChar c);          // Unicode space separators and tab, never line breaks
+bool isBlank(QChar c); // Unicode space separators and tab, never line breaks
 QString trimmed(const QString& s);
 int indentation(const QString& line); // space 1 column, tab 4
 

@@ -8,7 +8,10 @@
 // The identity of a line within one open document. Random, never written to a file.
 using NodeID = QUuid;
 
-inline NodeID makeNodeID() { return QUuid::createUuid(); }
+inline NodeID makeNodeID()
+{
+    return QUuid::createUuid();
+}
 
 template <>
 struct std::hash<QUuid> {

@@ -34,6 +34,9 @@ decltype(auto) signpostInterval(const char* name, Message&& message, Work&& work
     return work();
 }
 
-inline QString noMessage() { return {}; }
+inline QString noMessage()
+{
+    return {};
+}
 
 } // namespace performanceLog

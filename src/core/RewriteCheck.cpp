@@ -37,28 +37,41 @@ enum class Reading : char16_t {
 QString readingName(Reading reading)
 {
     switch (reading) {
-    case Reading::frontMatter: return QStringLiteral("front matter");
-    case Reading::paragraph: return QStringLiteral("plain text");
-    case Reading::heading: return QStringLiteral("a heading");
-    case Reading::underline: return QStringLiteral("a heading\u2019s underline");
-    case Reading::bullet: return QStringLiteral("a list item");
-    case Reading::ordered: return QStringLiteral("a numbered item");
-    case Reading::inList: return QStringLiteral("part of a list item");
-    case Reading::quote: return QStringLiteral("a quote");
-    case Reading::fence: return QStringLiteral("a code fence");
-    case Reading::code: return QStringLiteral("code");
-    case Reading::html: return QStringLiteral("HTML");
-    case Reading::tableRow: return QStringLiteral("a table row");
-    case Reading::rule: return QStringLiteral("a horizontal rule");
+    case Reading::frontMatter:
+        return QStringLiteral("front matter");
+    case Reading::paragraph:
+        return QStringLiteral("plain text");
+    case Reading::heading:
+        return QStringLiteral("a heading");
+    case Reading::underline:
+        return QStringLiteral("a heading\u2019s underline");
+    case Reading::bullet:
+        return QStringLiteral("a list item");
+    case Reading::ordered:
+        return QStringLiteral("a numbered item");
+    case Reading::inList:
+        return QStringLiteral("part of a list item");
+    case Reading::quote:
+        return QStringLiteral("a quote");
+    case Reading::fence:
+        return QStringLiteral("a code fence");
+    case Reading::code:
+        return QStringLiteral("code");
+    case Reading::html:
+        return QStringLiteral("HTML");
+    case Reading::tableRow:
+        return QStringLiteral("a table row");
+    case Reading::rule:
+        return QStringLiteral("a horizontal rule");
     }
     return {};
 }
 
 struct Line {
-    int number;      // 1-based in its text
+    int number; // 1-based in its text
     Reading reading;
-    QString words;   // normalised for comparison
-    QString shown;   // the line as written, without trailing blanks
+    QString words; // normalised for comparison
+    QString shown; // the line as written, without trailing blanks
 };
 
 QString withoutTrailingBlanks(const QString& s)
@@ -194,16 +207,16 @@ enum class HtmlStart { none, comment, block, inline_ };
 HtmlStart htmlStart(const QString& t)
 {
     static const QStringList blockTags = {
-        QStringLiteral("address"), QStringLiteral("article"), QStringLiteral("aside"), QStringLiteral("blockquote"),
-        QStringLiteral("body"), QStringLiteral("center"), QStringLiteral("details"), QStringLiteral("dialog"),
-        QStringLiteral("div"), QStringLiteral("dl"), QStringLiteral("fieldset"), QStringLiteral("figure"),
-        QStringLiteral("footer"), QStringLiteral("form"), QStringLiteral("h1"), QStringLiteral("h2"),
-        QStringLiteral("h3"), QStringLiteral("h4"), QStringLiteral("h5"), QStringLiteral("h6"),
-        QStringLiteral("header"), QStringLiteral("hr"), QStringLiteral("html"), QStringLiteral("li"),
-        QStringLiteral("main"), QStringLiteral("nav"), QStringLiteral("ol"), QStringLiteral("p"),
-        QStringLiteral("pre"), QStringLiteral("script"), QStringLiteral("section"), QStringLiteral("style"),
-        QStringLiteral("summary"), QStringLiteral("table"), QStringLiteral("tbody"), QStringLiteral("td"),
-        QStringLiteral("th"), QStringLiteral("thead"), QStringLiteral("tr"), QStringLiteral("ul")};
+        QStringLiteral("address"), QStringLiteral("article"), QStringLiteral("aside"),    QStringLiteral("blockquote"),
+        QStringLiteral("body"),    QStringLiteral("center"),  QStringLiteral("details"),  QStringLiteral("dialog"),
+        QStringLiteral("div"),     QStringLiteral("dl"),      QStringLiteral("fieldset"), QStringLiteral("figure"),
+        QStringLiteral("footer"),  QStringLiteral("form"),    QStringLiteral("h1"),       QStringLiteral("h2"),
+        QStringLiteral("h3"),      QStringLiteral("h4"),      QStringLiteral("h5"),       QStringLiteral("h6"),
+        QStringLiteral("header"),  QStringLiteral("hr"),      QStringLiteral("html"),     QStringLiteral("li"),
+        QStringLiteral("main"),    QStringLiteral("nav"),     QStringLiteral("ol"),       QStringLiteral("p"),
+        QStringLiteral("pre"),     QStringLiteral("script"),  QStringLiteral("section"),  QStringLiteral("style"),
+        QStringLiteral("summary"), QStringLiteral("table"),   QStringLiteral("tbody"),    QStringLiteral("td"),
+        QStringLiteral("th"),      QStringLiteral("thead"),   QStringLiteral("tr"),       QStringLiteral("ul")};
     if (!t.startsWith(QLatin1Char('<')) || t.size() < 2)
         return HtmlStart::none;
     if (t.startsWith(QLatin1String("<!--")))
@@ -264,7 +277,10 @@ std::optional<ListMarker> orderedItem(const QString& t, int column)
 
 class BodyReader {
 public:
-    explicit BodyReader(QList<Line>& out) : m_out(out) {}
+    explicit BodyReader(QList<Line>& out)
+        : m_out(out)
+    {
+    }
 
     void read(const QString& raw, int number)
     {
@@ -371,7 +387,8 @@ private:
                 add(number, Reading::quote, quoted, line);
             return true;
         }
-        if (const HtmlStart html = htmlStart(t); html != HtmlStart::none && (!m_paragraph || html != HtmlStart::inline_)) {
+        if (const HtmlStart html = htmlStart(t);
+            html != HtmlStart::none && (!m_paragraph || html != HtmlStart::inline_)) {
             closeBlock(inside);
             if (html != HtmlStart::comment || !t.contains(QLatin1String("-->")))
                 m_html = html;
@@ -452,7 +469,8 @@ QList<Line> readLines(const QByteArray& bytes)
         const QString shown = withoutTrailingBlanks(lines[i]);
         if (trimmed(shown).isEmpty())
             continue;
-        const bool startsKey = !isBlank(shown[0]) && !shown.startsWith(QLatin1String("- ")) && shown != QLatin1String("-");
+        const bool startsKey =
+            !isBlank(shown[0]) && !shown.startsWith(QLatin1String("- ")) && shown != QLatin1String("-");
         if (startsKey || keys.empty())
             keys.emplace_back();
         keys.back().append(Line{int(i + 1), Reading::frontMatter, frontMatterWords(shown), shown});
@@ -493,7 +511,7 @@ bool shortestEdit(const std::vector<int>& a, const std::vector<int>& b, int limi
     for (int d = 0; d <= most; ++d) {
         for (int k = -d; k <= d; k += 2) {
             int x = (k == -d || (k != d && v[offset + k - 1] < v[offset + k + 1])) ? v[offset + k + 1]
-                                                                                  : v[offset + k - 1] + 1;
+                                                                                   : v[offset + k - 1] + 1;
             int y = x - k;
             while (x < n && y < m && a[x] == b[y]) {
                 ++x;
@@ -573,8 +591,8 @@ std::vector<std::pair<size_t, size_t>> sameWords(const std::vector<const Line*>&
     for (size_t x = n; x-- > 0;)
         for (size_t y = m; y-- > 0;)
             at(x, y) = wordsA[qsizetype(x)] == wordsB[qsizetype(y)] && !wordsA[qsizetype(x)].isEmpty()
-                           ? at(x + 1, y + 1) + 1
-                           : std::max(at(x + 1, y), at(x, y + 1));
+                ? at(x + 1, y + 1) + 1
+                : std::max(at(x + 1, y), at(x, y + 1));
     for (size_t x = 0, y = 0; x < n && y < m;) {
         if (wordsA[qsizetype(x)] == wordsB[qsizetype(y)] && !wordsA[qsizetype(x)].isEmpty()) {
             pairs.emplace_back(x++, y++);
@@ -625,8 +643,7 @@ Result compare(const QByteArray& original, const QByteArray& rewritten)
 
     // Where an added line would stand: before the next line of the original, or after the last.
     auto lineBefore = [&](size_t index) {
-        return index < size_t(before.size()) ? before[index].number
-                                             : (before.isEmpty() ? 1 : before.last().number + 1);
+        return index < size_t(before.size()) ? before[index].number : (before.isEmpty() ? 1 : before.last().number + 1);
     };
     const std::vector<int> middleA(a.begin() + head, a.end() - tail);
     const std::vector<int> middleB(b.begin() + head, b.end() - tail);

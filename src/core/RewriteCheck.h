@@ -22,7 +22,7 @@ struct LineChange {
     Kind kind = Kind::changed;
     // 1-based line of the original; an added line would stand just before this one.
     int line = 0;
-    QString original;  // empty for an added line
+    QString original; // empty for an added line
     QString rewritten; // empty for a line that vanishes
     // Set when a line keeps its words but would read as other Markdown ("a table row").
     QString readsAs;

@@ -39,7 +39,9 @@ std::optional<SermonContents> readSermon(const QByteArray& bytes, SermonReadErro
 }
 
 SermonDocument::SermonDocument(SermonNodePtr root, SermonMetadata metadata, QObject* parent)
-    : QObject(parent), m_metadata(std::move(metadata)), m_root(std::move(root))
+    : QObject(parent)
+    , m_metadata(std::move(metadata))
+    , m_root(std::move(root))
 {
 }
 

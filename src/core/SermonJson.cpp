@@ -11,11 +11,21 @@ void appendString(QByteArray& out, const QString& text)
     out += '"';
     for (char c : text.toUtf8()) {
         switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
         default:
             if (uchar(c) < 0x20)
                 out += "\\u00" + QByteArray::number(uchar(c), 16).rightJustified(2, '0');
@@ -26,7 +36,10 @@ void appendString(QByteArray& out, const QString& text)
     out += '"';
 }
 
-const char* boolean(bool value) { return value ? "true" : "false"; }
+const char* boolean(bool value)
+{
+    return value ? "true" : "false";
+}
 
 void appendNodeHead(QByteArray& out, const SermonNode& node)
 {

@@ -6,10 +6,16 @@
 #include <utility>
 
 SermonNode::SermonNode(QString text, int depth)
-    : SermonNode(makeNodeID(), std::move(text), depth) {}
+    : SermonNode(makeNodeID(), std::move(text), depth)
+{
+}
 
 SermonNode::SermonNode(const NodeID& id, QString text, int depth)
-    : m_id(id), m_text(std::move(text)), m_depth(depth) {}
+    : m_id(id)
+    , m_text(std::move(text))
+    , m_depth(depth)
+{
+}
 
 SermonNode::~SermonNode()
 {
@@ -201,8 +207,7 @@ bool SermonNode::removeNode(const NodeID& id)
     if (!owner)
         return false;
     auto& kids = owner->m_children;
-    kids.erase(std::remove_if(kids.begin(), kids.end(),
-                              [&](const SermonNodePtr& c) { return c->m_id == id; }),
+    kids.erase(std::remove_if(kids.begin(), kids.end(), [&](const SermonNodePtr& c) { return c->m_id == id; }),
                kids.end());
     return true;
 }
@@ -303,8 +308,7 @@ bool SermonNode::hasOnlyLeafChildren() const
 {
     if (m_children.empty())
         return false;
-    return std::none_of(m_children.begin(), m_children.end(),
-                        [](const SermonNodePtr& c) { return c->hasChildren(); });
+    return std::none_of(m_children.begin(), m_children.end(), [](const SermonNodePtr& c) { return c->hasChildren(); });
 }
 
 std::unordered_map<NodeID, SermonNodePtr> SermonNode::nodeIndex()

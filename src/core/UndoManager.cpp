@@ -2,7 +2,10 @@
 
 #include <utility>
 
-UndoManager::UndoManager(QObject* parent) : QObject(parent) {}
+UndoManager::UndoManager(QObject* parent)
+    : QObject(parent)
+{
+}
 
 void UndoManager::registerUndo(Handler handler)
 {

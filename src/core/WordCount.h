@@ -15,8 +15,8 @@ struct NodeWordFraction {
 
 namespace WordCount {
 
-int wordCount(const QString& text);     // pieces between Unicode whitespace
-int wordCount(const SermonNode& node);  // the node and all its descendants, collapsed or not
+int wordCount(const QString& text); // pieces between Unicode whitespace
+int wordCount(const SermonNode& node); // the node and all its descendants, collapsed or not
 
 // Leaf time shares in reading order, smoothed over neighbours; empty when nothing is spoken.
 std::vector<NodeWordFraction> nodeWordFractions(const SermonNode& root);

@@ -278,9 +278,7 @@ void DeliveryCanvas::paintEvent(QPaintEvent*)
         pass.hasStarted = m_timer->firstStartedAt().has_value();
         performanceLog::signpostInterval(
             "DeliveryPageDraw",
-            [&] {
-                return QStringLiteral("scrollY=%1 size=%2x%3").arg(int(pass.scrollY)).arg(width()).arg(height());
-            },
+            [&] { return QStringLiteral("scrollY=%1 size=%2x%3").arg(int(pass.scrollY)).arg(width()).arg(height()); },
             [&] { DeliveryPageDrawing::drawTextLayer(text, pass); });
         m_textDirty = false;
         ++m_textRenders;

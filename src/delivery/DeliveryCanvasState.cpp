@@ -78,7 +78,8 @@ std::pair<std::optional<NavTarget>, std::optional<NavTarget>> DeliveryCanvasStat
         const auto it = m_layout->headingYPositions.find(id);
         return it == m_layout->headingYPositions.end() ? 0.0 : it->second;
     };
-    const auto below = std::partition_point(order.begin(), order.end(), [&](const NodeID& id) { return yOf(id) <= edge; });
+    const auto below =
+        std::partition_point(order.begin(), order.end(), [&](const NodeID& id) { return yOf(id) <= edge; });
     for (auto it = below; it != order.end(); ++it) {
         const NodeID& id = *it;
         const auto depthIt = m_layout->headingDepths.find(id);

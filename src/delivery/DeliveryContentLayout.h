@@ -17,13 +17,13 @@ struct DeliveryItem {
     enum class Kind { heading, headingDivider, leaf, timeMarker };
 
     Kind kind = Kind::leaf;
-    NodeID id;            // heading, leaf
-    int depth = 0;        // heading, leaf
-    QString text;         // heading, leaf (stored text), timeMarker
-    QRectF frame;         // heading, leaf
+    NodeID id; // heading, leaf
+    int depth = 0; // heading, leaf
+    QString text; // heading, leaf (stored text), timeMarker
+    QRectF frame; // heading, leaf
     bool isQuote = false; // leaf
-    double y = 0;         // headingDivider: its y; timeMarker: its baseline
-    double width = 0;     // headingDivider
+    double y = 0; // headingDivider: its y; timeMarker: its baseline
+    double width = 0; // headingDivider
 
     // Where the item begins on the page; the order of the interleaving of minute marks.
     double top() const;
@@ -36,7 +36,7 @@ struct DeliveryItem {
 struct DeliveryContentLayout {
     std::vector<DeliveryItem> items;
     double totalHeight = 80;
-    std::unordered_map<NodeID, double> nodeYPositions;    // leaves: middle of the frame
+    std::unordered_map<NodeID, double> nodeYPositions; // leaves: middle of the frame
     std::unordered_map<NodeID, double> headingYPositions; // headings of depth 1 to 3
     std::unordered_map<NodeID, int> headingDepths;
     std::unordered_map<NodeID, QString> headingTexts;
@@ -53,8 +53,8 @@ struct DeliveryContentLayout {
     static constexpr double runnerX = 129;
     static constexpr double topMargin = 40;
 
-    static DeliveryContentLayout compute(const SermonNode& root, int minutes, double textWidth,
-                                         double baseFontSize, double lineSpacing);
+    static DeliveryContentLayout compute(const SermonNode& root, int minutes, double textWidth, double baseFontSize,
+                                         double lineSpacing);
 
     static double headingIndent(int depth);
     static double leafIndent(int depth);

@@ -395,7 +395,8 @@ void DeliveryCounterBlock::updateRows()
 
 bool DeliveryCounterBlock::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_remaining && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease)) {
+    if (watched == m_remaining
+        && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease)) {
         // A tap is a left click let go over the time, as with a button.
         const auto* mouse = static_cast<QMouseEvent*>(event);
         if (mouse->button() != Qt::LeftButton)

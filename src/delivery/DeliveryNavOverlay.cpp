@@ -5,12 +5,12 @@
 #include "DeliveryText.h"
 
 #include <QAbstractButton>
-#include <algorithm>
-#include <cmath>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
 #include <QTextDocument>
+#include <algorithm>
+#include <cmath>
 
 using namespace DeliveryAppearance;
 using namespace Look;

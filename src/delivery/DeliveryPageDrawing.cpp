@@ -134,9 +134,9 @@ void drawTextLayer(QPainter& painter, const TextPass& pass)
             const double wrap = pass.textWidth - DeliveryContentLayout::leafIndent(item.depth);
             if (item.isQuote) {
                 QPainterPath bar;
-                bar.addRoundedRect(QRectF(item.frame.left() - 10, item.frame.top() - leafAscent - 2, 3,
-                                          item.frame.height() + 2),
-                                   1.5, 1.5);
+                bar.addRoundedRect(
+                    QRectF(item.frame.left() - 10, item.frame.top() - leafAscent - 2, 3, item.frame.height() + 2), 1.5,
+                    1.5);
                 painter.fillPath(bar, withAlpha(orange(), 0.35));
             }
             const QFont& font = item.isQuote ? italicFont : leafFont;

@@ -14,8 +14,8 @@ namespace DeliveryPageDrawing {
 
 struct TextPass {
     const DeliveryContentLayout* layout = nullptr;
-    QSizeF size;          // of the view
-    double left = 0;      // page offset from the view's left edge
+    QSizeF size; // of the view
+    double left = 0; // page offset from the view's left edge
     double scrollY = 0;
     double viewportHeight = 0;
     double textWidth = 700;

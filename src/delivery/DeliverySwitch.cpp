@@ -16,7 +16,7 @@ DeliverySwitch::DeliverySwitch(QWidget* parent)
 void DeliverySwitch::paintEvent(QPaintEvent*)
 {
     using namespace DeliveryAppearance;
-using namespace Look;
+    using namespace Look;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing, true);
     const QRectF track = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);

@@ -79,8 +79,8 @@ QSizeF measure(const QString& text, const QFont& font, double width)
     return {std::ceil(size.width()), std::ceil(size.height())};
 }
 
-void draw(QPainter& painter, const QString& text, const QFont& font, const QColor& color,
-          const QPointF& topLeft, double width)
+void draw(QPainter& painter, const QString& text, const QFont& font, const QColor& color, const QPointF& topLeft,
+          double width)
 {
     QTextLayout layout(layoutText(text), font);
     layOut(layout, width, [](const QTextLine&) {});

@@ -26,7 +26,7 @@ QString layoutText(const QString& text);
 QSizeF measure(const QString& text, const QFont& font, double width);
 
 // Draws word-wrapped text with the top of its first line at `topLeft`.
-void draw(QPainter& painter, const QString& text, const QFont& font, const QColor& color,
-          const QPointF& topLeft, double width);
+void draw(QPainter& painter, const QString& text, const QFont& font, const QColor& color, const QPointF& topLeft,
+          double width);
 
 } // namespace DeliveryText

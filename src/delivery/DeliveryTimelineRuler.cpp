@@ -25,10 +25,10 @@ namespace {
 // The stops whose x (`fraction` * `w`) lies in [from, to], as an index range; stops are sorted.
 std::pair<size_t, size_t> stopsWithin(const std::vector<HeadingStop>& stops, double w, double from, double to)
 {
-    const auto first = std::partition_point(stops.begin(), stops.end(),
-                                            [&](const HeadingStop& s) { return s.fraction * w < from; });
-    const auto last = std::partition_point(first, stops.end(),
-                                           [&](const HeadingStop& s) { return s.fraction * w <= to; });
+    const auto first =
+        std::partition_point(stops.begin(), stops.end(), [&](const HeadingStop& s) { return s.fraction * w < from; });
+    const auto last =
+        std::partition_point(first, stops.end(), [&](const HeadingStop& s) { return s.fraction * w <= to; });
     return {size_t(first - stops.begin()), size_t(last - stops.begin())};
 }
 
@@ -200,7 +200,8 @@ std::vector<HeadingStop> DeliveryTimelineRuler::headingStops(const DeliveryConte
     for (const NodeID& id : layout->headingOrder) {
         const auto depthIt = layout->headingDepths.find(id);
         const auto yIt = layout->headingYPositions.find(id);
-        if (depthIt == layout->headingDepths.end() || depthIt->second != depth || yIt == layout->headingYPositions.end())
+        if (depthIt == layout->headingDepths.end() || depthIt->second != depth
+            || yIt == layout->headingYPositions.end())
             continue;
         const auto textIt = layout->headingTexts.find(id);
         stops.push_back(
@@ -268,7 +269,8 @@ QString DeliveryTimelineRuler::shortenedLabel(const QString& text, const QFontMe
         QString candidate = text.left(keep);
         while (!candidate.isEmpty() && (candidate.back() == QLatin1Char(' ') || candidate.back() == QLatin1Char('\t')))
             candidate.chop(1);
-        while (!candidate.isEmpty() && (candidate.front() == QLatin1Char(' ') || candidate.front() == QLatin1Char('\t')))
+        while (!candidate.isEmpty()
+               && (candidate.front() == QLatin1Char(' ') || candidate.front() == QLatin1Char('\t')))
             candidate.remove(0, 1);
         candidate += ellipsis;
         if (metrics.horizontalAdvance(candidate) <= room)
@@ -302,7 +304,10 @@ void DeliveryTimelineRuler::paintEvent(QPaintEvent* event)
     performanceLog::signpostInterval(
         "DeliveryRulerDraw",
         [&] {
-            return QStringLiteral("sections=%1 dirty=%2x%3").arg(sections.size()).arg(dirty.width()).arg(dirty.height());
+            return QStringLiteral("sections=%1 dirty=%2x%3")
+                .arg(sections.size())
+                .arg(dirty.width())
+                .arg(dirty.height());
         },
         [&] {
             QPainter painter(this);

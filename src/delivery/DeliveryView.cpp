@@ -7,9 +7,9 @@
 #include "DeliveryPreferences.h"
 #include "DeliveryRunnerPlayButton.h"
 #include "DeliveryRunnerStopButton.h"
+#include "DeliveryRunnerStrip.h"
 #include "DeliverySwitch.h"
 #include "DeliveryText.h"
-#include "DeliveryRunnerStrip.h"
 #include "DeliveryTimelineRuler.h"
 #include "DeliveryTopBar.h"
 #include "FollowRunnerButton.h"
@@ -141,8 +141,7 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
             m_timer->setTargetMinutes(effectiveMinutes());
         applyPreferences();
     });
-    connect(m_preferences, &DeliveryPreferences::fullscreenChanged, this,
-            &DeliveryView::onFullscreenPreferenceChanged);
+    connect(m_preferences, &DeliveryPreferences::fullscreenChanged, this, &DeliveryView::onFullscreenPreferenceChanged);
 
     // The estimate above used the default pace; the stored one decides.
     if (!m_document->metadata().duration)
@@ -272,7 +271,8 @@ void DeliveryView::placeOverlays()
     const int x = int(std::round(left));
     m_counterBlock->adjustSize();
     m_counterBlock->move(x + 8, 12);
-    m_playButton->move(x + 129 - DeliveryRunnerPlayButton::symbolSize / 2, 26 - DeliveryRunnerPlayButton::symbolSize / 2);
+    m_playButton->move(x + 129 - DeliveryRunnerPlayButton::symbolSize / 2,
+                       26 - DeliveryRunnerPlayButton::symbolSize / 2);
     m_stopButton->move(x + 129 - DeliveryRunnerStopButton::symbolSize / 2,
                        26 + 38 - DeliveryRunnerStopButton::symbolSize / 2);
     m_followButton->move(x + 129 - FollowRunnerButton::diameter / 2,

@@ -27,7 +27,8 @@ FollowRunnerButton::FollowRunnerButton(DeliveryCanvasState* state, QWidget* pare
 
 void FollowRunnerButton::refresh()
 {
-    const QString tip = m_state->followRunner() ? QStringLiteral("Stop following runner") : QStringLiteral("Follow runner");
+    const QString tip =
+        m_state->followRunner() ? QStringLiteral("Stop following runner") : QStringLiteral("Follow runner");
     setToolTip(tip);
     setAccessibleName(tip);
     update();

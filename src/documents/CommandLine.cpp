@@ -41,7 +41,8 @@ int finish(QTextStream& out, QTextStream& err)
 {
     out.flush();
     auto* file = qobject_cast<QFileDevice*>(out.device());
-    const bool written = out.status() == QTextStream::Ok && (!file || (file->flush() && file->error() == QFileDevice::NoError));
+    const bool written =
+        out.status() == QTextStream::Ok && (!file || (file->flush() && file->error() == QFileDevice::NoError));
     if (written)
         return exitOK;
     err << "orantium: the output could not be written" << Qt::endl;
@@ -131,15 +132,14 @@ int statsCommand(const QStringList& args, QTextStream& out, QTextStream& err)
 
 QString usage()
 {
-    return QStringLiteral(
-        "Usage:\n"
-        "  orantium [FILE.md ...]                    open sermons in windows\n"
-        "  orantium export --to json|markdown FILE   print the sermon as JSON or as saved Markdown\n"
-        "  orantium export --to markdown --check FILE\n"
-        "                                            exit 3 and print the first line saving would\n"
-        "                                            change, if any\n"
-        "  orantium stats FILE [--wpm N]             print its word count and spoken minutes\n"
-        "  orantium --help | --version\n");
+    return QStringLiteral("Usage:\n"
+                          "  orantium [FILE.md ...]                    open sermons in windows\n"
+                          "  orantium export --to json|markdown FILE   print the sermon as JSON or as saved Markdown\n"
+                          "  orantium export --to markdown --check FILE\n"
+                          "                                            exit 3 and print the first line saving would\n"
+                          "                                            change, if any\n"
+                          "  orantium stats FILE [--wpm N]             print its word count and spoken minutes\n"
+                          "  orantium --help | --version\n");
 }
 
 bool handles(const QStringList& arguments)
@@ -148,7 +148,7 @@ bool handles(const QStringList& arguments)
         return false;
     const QString& first = arguments[1];
     return first == QLatin1String("export") || first == QLatin1String("stats") || first == QLatin1String("--help")
-           || first == QLatin1String("-h") || first == QLatin1String("--version");
+        || first == QLatin1String("-h") || first == QLatin1String("--version");
 }
 
 int run(const QStringList& arguments, QTextStream& out, QTextStream& err)

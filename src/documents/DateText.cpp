@@ -28,7 +28,8 @@ QString longDate(QDate date, const QLocale& locale)
 {
     if (!date.isValid())
         return {};
-    std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateInstance(icu::DateFormat::kLong, icuLocale(locale)));
+    std::unique_ptr<icu::DateFormat> format(
+        icu::DateFormat::createDateInstance(icu::DateFormat::kLong, icuLocale(locale)));
     if (!format)
         return locale.toString(date, QLocale::ShortFormat);
     // Noon in UTC, formatted in UTC: the day can't slip across a zone.
@@ -83,8 +84,8 @@ QString relative(const QDateTime& moment, const QDateTime& now, const QLocale& l
     }
 
     UErrorCode status = U_ZERO_ERROR;
-    icu::RelativeDateTimeFormatter formatter(icuLocale(locale), nullptr, UDAT_STYLE_LONG,
-                                             UDISPCTX_CAPITALIZATION_NONE, status);
+    icu::RelativeDateTimeFormatter formatter(icuLocale(locale), nullptr, UDAT_STYLE_LONG, UDISPCTX_CAPITALIZATION_NONE,
+                                             status);
     icu::UnicodeString out;
     if (U_SUCCESS(status))
         formatter.formatNumeric(ahead ? double(amount) : -double(amount), unit, out, status);

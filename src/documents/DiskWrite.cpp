@@ -73,8 +73,8 @@ void syncFolder(const QByteArray& folder)
 int replaceByRename(const QByteArray& target, const QByteArray& bytes, mode_t mode, bool* madeNoFile)
 {
     const QByteArray folder = QFile::encodeName(QFileInfo(QFile::decodeName(target)).absolutePath());
-    QByteArray temporary = folder + "/." + QFile::encodeName(QFileInfo(QFile::decodeName(target)).fileName())
-                           + ".XXXXXX";
+    QByteArray temporary =
+        folder + "/." + QFile::encodeName(QFileInfo(QFile::decodeName(target)).fileName()) + ".XXXXXX";
     const int fd = makeTemporary(temporary.data(), O_CLOEXEC);
     if (fd < 0) {
         *madeNoFile = true;

@@ -7,9 +7,9 @@
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QElapsedTimer>
 #include <QFileSystemWatcher>
 #include <QTimer>
 
@@ -27,17 +27,22 @@ std::optional<QByteArray> readBytes(const QString& path)
 
 OpenDocument::OpenDocument(std::unique_ptr<SermonDocument> document, const QString& filePath,
                            const QString& displayName, QObject* parent)
-    : QObject(parent), m_document(std::move(document)), m_undoManager(std::make_unique<UndoManager>()),
-      m_filePath(filePath.isEmpty() ? QString() : QFileInfo(filePath).absoluteFilePath()),
-      m_untitledName(displayName), m_autosaveTimer(new QTimer(this)), m_watcher(new QFileSystemWatcher(this)),
-      m_diskSettle(new QTimer(this)), m_clock([] {
-          static QElapsedTimer monotonic = [] {
-              QElapsedTimer started;
-              started.start();
-              return started;
-          }();
-          return monotonic.elapsed();
-      })
+    : QObject(parent)
+    , m_document(std::move(document))
+    , m_undoManager(std::make_unique<UndoManager>())
+    , m_filePath(filePath.isEmpty() ? QString() : QFileInfo(filePath).absoluteFilePath())
+    , m_untitledName(displayName)
+    , m_autosaveTimer(new QTimer(this))
+    , m_watcher(new QFileSystemWatcher(this))
+    , m_diskSettle(new QTimer(this))
+    , m_clock([] {
+        static QElapsedTimer monotonic = [] {
+            QElapsedTimer started;
+            started.start();
+            return started;
+        }();
+        return monotonic.elapsed();
+    })
 {
     m_undoManager->setLevelsOfUndo(SermonDocument::undoLimit);
     // Another program's save comes in several notices, and may be half written at the first.

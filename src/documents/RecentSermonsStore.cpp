@@ -14,7 +14,10 @@
 #include <algorithm>
 #include <cmath>
 
-RecentSermonsStore::RecentSermonsStore(QObject* parent) : QObject(parent) {}
+RecentSermonsStore::RecentSermonsStore(QObject* parent)
+    : QObject(parent)
+{
+}
 
 RecentSermonsStore::~RecentSermonsStore() = default;
 
@@ -76,8 +79,7 @@ QList<RecentSermonsStore::Entry> RecentSermonsStore::readEntries(const QStringLi
         if (!mtime.isValid())
             continue;
         const auto cached = cache.constFind(path);
-        if (cached != cache.constEnd() && cached->mtime.isValid()
-            && std::abs(cached->mtime.msecsTo(mtime)) < 1000) {
+        if (cached != cache.constEnd() && cached->mtime.isValid() && std::abs(cached->mtime.msecsTo(mtime)) < 1000) {
             result.append(*cached);
             continue;
         }

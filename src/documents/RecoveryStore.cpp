@@ -17,10 +17,11 @@ namespace {
 const QString lockSuffix = QStringLiteral(".lock");
 }
 
-RecoveryStore::RecoveryStore(const QString& root) : m_root(root)
+RecoveryStore::RecoveryStore(const QString& root)
+    : m_root(root)
 {
     const QString name = QString::number(QCoreApplication::applicationPid()) + QLatin1Char('-')
-                         + QUuid::createUuid().toString(QUuid::WithoutBraces).left(8);
+        + QUuid::createUuid().toString(QUuid::WithoutBraces).left(8);
     m_folder = QDir(root).filePath(name);
     QDir().mkpath(m_folder);
     m_lock = std::make_unique<QLockFile>(m_folder + lockSuffix);
@@ -61,7 +62,8 @@ QList<RecoveryStore::Copy> RecoveryStore::leftBehind() const
         lock.setStaleLockTime(0);
         if (!lock.tryLock(0))
             continue;
-        const QFileInfoList files = QDir(folder.absoluteFilePath()).entryInfoList({QStringLiteral("*.md")}, QDir::Files);
+        const QFileInfoList files =
+            QDir(folder.absoluteFilePath()).entryInfoList({QStringLiteral("*.md")}, QDir::Files);
         if (files.isEmpty()) {
             QDir(folder.absoluteFilePath()).removeRecursively();
             lock.unlock();

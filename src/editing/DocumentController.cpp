@@ -5,7 +5,9 @@
 #include <algorithm>
 
 DocumentController::DocumentController(SermonDocument* document, UndoManager* undoManager, QObject* parent)
-    : QObject(parent), m_document(document), m_undoManager(undoManager)
+    : QObject(parent)
+    , m_document(document)
+    , m_undoManager(undoManager)
 {
     connect(m_document, &SermonDocument::undoRedoGenerationChanged, this,
             &DocumentController::restoreSelectionAfterUndo);

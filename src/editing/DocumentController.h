@@ -21,8 +21,8 @@ class UndoManager;
 struct ContiguousSelection {
     SermonNodePtr parent;
     std::vector<SermonNodePtr> nodes; // tree order
-    int first = 0;                    // lowest index in parent's children holding one of them
-    int last = 0;                     // highest
+    int first = 0; // lowest index in parent's children holding one of them
+    int last = 0; // highest
 };
 
 // Where search marks a line: the occurrences of the query, in UTF-16 units of the node's text.
@@ -53,9 +53,9 @@ public:
     void setPasteboard(Pasteboard* pasteboard) { m_pasteboard = pasteboard; }
 
     // Set by the view when it first appears.
-    std::function<void()> onTreeMutated;                        // relayout
+    std::function<void()> onTreeMutated; // relayout
     std::function<void(const NodeID&)> onSelectionRequestVisible; // scroll into view
-    std::function<void()> onRequestCanvasFocus;                 // take the keyboard back
+    std::function<void()> onRequestCanvasFocus; // take the keyboard back
 
     // ---- Selection ---------------------------------------------------------------------------
     std::optional<NodeID> selectedNodeID() const { return m_selectedNodeID; }
@@ -71,7 +71,7 @@ public:
     void setNavigationDepth(int depth) { m_navigationDepth = depth; }
 
     QSet<NodeID> effectiveSelection() const;
-    std::vector<SermonNodePtr> selectedNodes() const;        // ids gone from the tree are skipped
+    std::vector<SermonNodePtr> selectedNodes() const; // ids gone from the tree are skipped
     std::vector<SermonNodePtr> selectedNodesInOrder() const; // tree order, descendants pruned
     std::vector<SermonNodePtr> topmostNodes(const QSet<NodeID>& ids) const;
     std::optional<ContiguousSelection> contiguousSelection() const;
@@ -120,7 +120,7 @@ public:
     bool commit(bool keepText);
     // The editor's keys; each commits the session first.
     void editorReturn();
-    void editorInsertLineAbove();           // Ctrl+Return: a new line before this one
+    void editorInsertLineAbove(); // Ctrl+Return: a new line before this one
     void editorSplitAtCursor(int position); // Alt+Return; cursor in UTF-16 units of the editor's text
     void editorTab();
     void editorShiftTab();

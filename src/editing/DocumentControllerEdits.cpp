@@ -41,7 +41,8 @@ void DocumentController::deleteSelection()
     // A choice inside a deleted branch would leave the selection on nothing: choose from the
     // last deleted branch itself instead.
     auto isDoomed = [&](const NodeID& id) {
-        return std::any_of(doomed.begin(), doomed.end(), [&](const SermonNodePtr& d) { return d->find(id) != nullptr; });
+        return std::any_of(doomed.begin(), doomed.end(),
+                           [&](const SermonNodePtr& d) { return d->find(id) != nullptr; });
     };
     if (next && isDoomed(*next))
         next = choiceAfter(doomed.back());
@@ -146,8 +147,7 @@ void DocumentController::demote()
     moveBlock(*block, newParent, at);
 }
 
-void DocumentController::dropNodes(const NodeID& grabbed, const QSet<NodeID>& moving, const NodeID& parentID,
-                                   int index)
+void DocumentController::dropNodes(const NodeID& grabbed, const QSet<NodeID>& moving, const NodeID& parentID, int index)
 {
     captureUndo();
     const std::vector<SermonNodePtr> tops = topmostNodes(moving);
@@ -217,8 +217,8 @@ void DocumentController::newSiblingLine(bool after)
     if (!p || p == root())
         return;
     captureUndo();
-    SermonNodePtr node = after ? root()->insertSiblingAfter(p->id(), QString())
-                               : root()->insertSiblingBefore(p->id(), QString());
+    SermonNodePtr node =
+        after ? root()->insertSiblingAfter(p->id(), QString()) : root()->insertSiblingBefore(p->id(), QString());
     if (node) {
         treeMutated();
         startNewLineSession(node);
@@ -266,8 +266,8 @@ void DocumentController::setMarker(const QString& marker)
     const std::vector<SermonNodePtr> nodes = selectedNodes();
     if (nodes.empty() || marker.isEmpty())
         return;
-    const bool allHaveIt = std::all_of(nodes.begin(), nodes.end(),
-                                       [&](const SermonNodePtr& n) { return n->text().startsWith(marker); });
+    const bool allHaveIt =
+        std::all_of(nodes.begin(), nodes.end(), [&](const SermonNodePtr& n) { return n->text().startsWith(marker); });
     captureUndo();
     for (const auto& node : nodes) {
         const QString stripped = Markers::stripMarker(node->text());

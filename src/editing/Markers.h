@@ -10,7 +10,7 @@ namespace Markers {
 
 struct Marker {
     QString symbol; // the emoji, also the menu title
-    int digit;      // held with Ctrl+Shift: 1 to 9
+    int digit; // held with Ctrl+Shift: 1 to 9
 };
 
 inline constexpr int removalDigit = 0;

@@ -30,8 +30,8 @@ NodeActionState NodeActionState::of(const DocumentController& controller)
     state.canToggleQuote = !nodes.empty() && std::all_of(nodes.begin(), nodes.end(), [](const SermonNodePtr& n) {
         return n->isQuote() || !n->hasChildren();
     });
-    state.isQuote = !nodes.empty()
-        && std::all_of(nodes.begin(), nodes.end(), [](const SermonNodePtr& n) { return n->isQuote(); });
+    state.isQuote =
+        !nodes.empty() && std::all_of(nodes.begin(), nodes.end(), [](const SermonNodePtr& n) { return n->isQuote(); });
     const auto block = controller.contiguousSelection();
     state.canPromote = block && block->parent != controller.document()->root();
     return state;
@@ -41,29 +41,75 @@ bool NodeActions::perform(NodeCommand command, const QString& marker) const
 {
     const std::function<void()>* action = nullptr;
     switch (command) {
-    case NodeCommand::cut: action = &cut; break;
-    case NodeCommand::copy: action = &copy; break;
-    case NodeCommand::copyBranch: action = &copyBranch; break;
-    case NodeCommand::paste: action = &paste; break;
-    case NodeCommand::duplicate: action = &duplicate; break;
-    case NodeCommand::deleteSelection: action = &deleteSelection; break;
-    case NodeCommand::toggleQuote: action = &toggleQuote; break;
-    case NodeCommand::fold: action = &fold; break;
-    case NodeCommand::unfold: action = &unfold; break;
-    case NodeCommand::moveUp: action = &moveUp; break;
-    case NodeCommand::moveDown: action = &moveDown; break;
-    case NodeCommand::promote: action = &promote; break;
-    case NodeCommand::demote: action = &demote; break;
-    case NodeCommand::split: action = &split; break;
-    case NodeCommand::splitSentences: action = &splitSentences; break;
-    case NodeCommand::join: action = &join; break;
-    case NodeCommand::edit: action = &edit; break;
-    case NodeCommand::newLineBelow: action = &newLineBelow; break;
-    case NodeCommand::newLineAbove: action = &newLineAbove; break;
-    case NodeCommand::newLineUnder: action = &newLineUnder; break;
-    case NodeCommand::selectAll: action = &selectAll; break;
-    case NodeCommand::deselectAll: action = &deselectAll; break;
-    case NodeCommand::removeMarker: action = &removeMarker; break;
+    case NodeCommand::cut:
+        action = &cut;
+        break;
+    case NodeCommand::copy:
+        action = &copy;
+        break;
+    case NodeCommand::copyBranch:
+        action = &copyBranch;
+        break;
+    case NodeCommand::paste:
+        action = &paste;
+        break;
+    case NodeCommand::duplicate:
+        action = &duplicate;
+        break;
+    case NodeCommand::deleteSelection:
+        action = &deleteSelection;
+        break;
+    case NodeCommand::toggleQuote:
+        action = &toggleQuote;
+        break;
+    case NodeCommand::fold:
+        action = &fold;
+        break;
+    case NodeCommand::unfold:
+        action = &unfold;
+        break;
+    case NodeCommand::moveUp:
+        action = &moveUp;
+        break;
+    case NodeCommand::moveDown:
+        action = &moveDown;
+        break;
+    case NodeCommand::promote:
+        action = &promote;
+        break;
+    case NodeCommand::demote:
+        action = &demote;
+        break;
+    case NodeCommand::split:
+        action = &split;
+        break;
+    case NodeCommand::splitSentences:
+        action = &splitSentences;
+        break;
+    case NodeCommand::join:
+        action = &join;
+        break;
+    case NodeCommand::edit:
+        action = &edit;
+        break;
+    case NodeCommand::newLineBelow:
+        action = &newLineBelow;
+        break;
+    case NodeCommand::newLineAbove:
+        action = &newLineAbove;
+        break;
+    case NodeCommand::newLineUnder:
+        action = &newLineUnder;
+        break;
+    case NodeCommand::selectAll:
+        action = &selectAll;
+        break;
+    case NodeCommand::deselectAll:
+        action = &deselectAll;
+        break;
+    case NodeCommand::removeMarker:
+        action = &removeMarker;
+        break;
     case NodeCommand::setMarker:
         if (!setMarker)
             return false;

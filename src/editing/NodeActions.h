@@ -9,9 +9,31 @@ class DocumentController;
 // Every command on the selected lines, whether it comes from a key, the Edit menu or the
 // context menu. `markSubmenu` stands for the "Mark" submenu itself, which has no action.
 enum class NodeCommand {
-    cut, copy, copyBranch, paste, duplicate, deleteSelection, toggleQuote, markSubmenu,
-    fold, unfold, moveUp, moveDown, promote, demote, split, splitSentences, join,
-    edit, newLineBelow, newLineAbove, newLineUnder, selectAll, deselectAll, setMarker, removeMarker,
+    cut,
+    copy,
+    copyBranch,
+    paste,
+    duplicate,
+    deleteSelection,
+    toggleQuote,
+    markSubmenu,
+    fold,
+    unfold,
+    moveUp,
+    moveDown,
+    promote,
+    demote,
+    split,
+    splitSentences,
+    join,
+    edit,
+    newLineBelow,
+    newLineAbove,
+    newLineUnder,
+    selectAll,
+    deselectAll,
+    setMarker,
+    removeMarker,
 };
 
 // What is allowed at this moment; computed afresh each time a menu is built.
@@ -36,9 +58,9 @@ struct NodeActionState {
 // one, wrapping each operation as it needs (the map adds its transition), and menus call it.
 struct NodeActions {
     NodeActionState state;
-    std::function<void()> cut, copy, copyBranch, paste, duplicate, deleteSelection, fold, unfold,
-        moveUp, moveDown, promote, demote, split, splitSentences, join, edit, newLineBelow,
-        newLineAbove, newLineUnder, toggleQuote, selectAll, deselectAll;
+    std::function<void()> cut, copy, copyBranch, paste, duplicate, deleteSelection, fold, unfold, moveUp, moveDown,
+        promote, demote, split, splitSentences, join, edit, newLineBelow, newLineAbove, newLineUnder, toggleQuote,
+        selectAll, deselectAll;
     std::function<void(const QString&)> setMarker;
     std::function<void()> removeMarker;
 

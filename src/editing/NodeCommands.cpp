@@ -22,20 +22,59 @@ constexpr Qt::KeyboardModifiers ctrlShift = Qt::ControlModifier | Qt::ShiftModif
 constexpr Qt::KeyboardModifiers chordModifiers =
     Qt::ControlModifier | Qt::ShiftModifier | Qt::AltModifier | Qt::MetaModifier;
 
-bool hasAnySelection(const NodeActionState& s) { return s.hasAnySelection; }
-bool hasSelection(const NodeActionState& s) { return s.hasSelection; }
-bool hasSingleSelection(const NodeActionState& s) { return s.hasSelection && !s.hasMultiSelection; }
-bool noMultiSelection(const NodeActionState& s) { return !s.hasMultiSelection; }
-bool hasMultiSelection(const NodeActionState& s) { return s.hasMultiSelection; }
-bool canToggleQuote(const NodeActionState& s) { return s.canToggleQuote; }
-bool canFold(const NodeActionState& s) { return s.canFold; }
-bool canUnfold(const NodeActionState& s) { return s.canUnfold; }
-bool canPromote(const NodeActionState& s) { return s.canPromote; }
-bool canSplit(const NodeActionState& s) { return s.canSplit; }
-bool canSplitSentences(const NodeActionState& s) { return s.canSplitSentences; }
+bool hasAnySelection(const NodeActionState& s)
+{
+    return s.hasAnySelection;
+}
+bool hasSelection(const NodeActionState& s)
+{
+    return s.hasSelection;
+}
+bool hasSingleSelection(const NodeActionState& s)
+{
+    return s.hasSelection && !s.hasMultiSelection;
+}
+bool noMultiSelection(const NodeActionState& s)
+{
+    return !s.hasMultiSelection;
+}
+bool hasMultiSelection(const NodeActionState& s)
+{
+    return s.hasMultiSelection;
+}
+bool canToggleQuote(const NodeActionState& s)
+{
+    return s.canToggleQuote;
+}
+bool canFold(const NodeActionState& s)
+{
+    return s.canFold;
+}
+bool canUnfold(const NodeActionState& s)
+{
+    return s.canUnfold;
+}
+bool canPromote(const NodeActionState& s)
+{
+    return s.canPromote;
+}
+bool canSplit(const NodeActionState& s)
+{
+    return s.canSplit;
+}
+bool canSplitSentences(const NodeActionState& s)
+{
+    return s.canSplitSentences;
+}
 // A quote takes no lines under it.
-bool canAddUnder(const NodeActionState& s) { return !s.hasMultiSelection && !s.isQuote; }
-bool canAddUnderOne(const NodeActionState& s) { return hasSingleSelection(s) && !s.isQuote; }
+bool canAddUnder(const NodeActionState& s)
+{
+    return !s.hasMultiSelection && !s.isQuote;
+}
+bool canAddUnderOne(const NodeActionState& s)
+{
+    return hasSingleSelection(s) && !s.isQuote;
+}
 
 using C = NodeCommand;
 
@@ -52,8 +91,12 @@ const std::vector<CommandInfo>& table()
         {C::deselectAll, QStringLiteral("Deselect All"), {}, {Qt::Key_A, ctrlShift}, nullptr, hasAnySelection},
         {C::duplicate, QStringLiteral("Duplicate"), {}, {Qt::Key_D, ctrl}, nullptr, hasSelection},
         {C::deleteSelection, QStringLiteral("Delete"), {}, {Qt::Key_Delete, none}, nullptr, hasSelection},
-        {C::toggleQuote, QStringLiteral("Mark as Quote"), QStringLiteral("Unmark as Quote"),
-         {Qt::Key_Apostrophe, ctrl}, canToggleQuote, canToggleQuote},
+        {C::toggleQuote,
+         QStringLiteral("Mark as Quote"),
+         QStringLiteral("Unmark as Quote"),
+         {Qt::Key_Apostrophe, ctrl},
+         canToggleQuote,
+         canToggleQuote},
         {C::markSubmenu, QStringLiteral("Mark"), {}, {}, nullptr, hasSelection},
         {C::fold, QStringLiteral("Fold"), {}, {Qt::Key_Left, ctrl}, canFold, canFold},
         {C::unfold, QStringLiteral("Unfold"), {}, {Qt::Key_Right, ctrl}, canUnfold, canUnfold},
@@ -62,7 +105,11 @@ const std::vector<CommandInfo>& table()
         {C::promote, QStringLiteral("Promote"), {}, {Qt::Key_Left, alt}, canPromote, canPromote},
         {C::demote, QStringLiteral("Demote"), {}, {Qt::Key_Right, alt}, nullptr, hasSelection},
         {C::split, QStringLiteral("Split"), {}, {Qt::Key_Return, ctrl}, canSplit, canSplit},
-        {C::splitSentences, QStringLiteral("Split Sentences"), {}, {Qt::Key_Semicolon, ctrl}, canSplitSentences,
+        {C::splitSentences,
+         QStringLiteral("Split Sentences"),
+         {},
+         {Qt::Key_Semicolon, ctrl},
+         canSplitSentences,
          canSplitSentences},
         {C::join, QStringLiteral("Join"), {}, {Qt::Key_J, ctrl}, hasMultiSelection, hasMultiSelection},
         {C::edit, QStringLiteral("Edit"), {}, {Qt::Key_Space, none}, noMultiSelection, hasSingleSelection},
@@ -121,18 +168,30 @@ std::vector<MenuItem> buildMenu(const std::vector<Group>& groups, const NodeActi
 QString keyName(Qt::Key key)
 {
     switch (key) {
-    case Qt::Key_Return: return QStringLiteral("Return");
-    case Qt::Key_Enter: return QStringLiteral("Enter");
-    case Qt::Key_Tab: return QStringLiteral("Tab");
-    case Qt::Key_Space: return QStringLiteral("Space");
-    case Qt::Key_Left: return QStringLiteral("Left");
-    case Qt::Key_Right: return QStringLiteral("Right");
-    case Qt::Key_Up: return QStringLiteral("Up");
-    case Qt::Key_Down: return QStringLiteral("Down");
-    case Qt::Key_Delete: return QStringLiteral("Del");
-    case Qt::Key_Backspace: return QStringLiteral("Backspace");
-    case Qt::Key_Escape: return QStringLiteral("Esc");
-    default: break;
+    case Qt::Key_Return:
+        return QStringLiteral("Return");
+    case Qt::Key_Enter:
+        return QStringLiteral("Enter");
+    case Qt::Key_Tab:
+        return QStringLiteral("Tab");
+    case Qt::Key_Space:
+        return QStringLiteral("Space");
+    case Qt::Key_Left:
+        return QStringLiteral("Left");
+    case Qt::Key_Right:
+        return QStringLiteral("Right");
+    case Qt::Key_Up:
+        return QStringLiteral("Up");
+    case Qt::Key_Down:
+        return QStringLiteral("Down");
+    case Qt::Key_Delete:
+        return QStringLiteral("Del");
+    case Qt::Key_Backspace:
+        return QStringLiteral("Backspace");
+    case Qt::Key_Escape:
+        return QStringLiteral("Esc");
+    default:
+        break;
     }
     // Printable keys carry their own (upper-case) character code.
     if (key >= Qt::Key_Space && key <= Qt::Key_AsciiTilde)
@@ -153,8 +212,8 @@ CanvasKeyBinding action(int key, Qt::KeyboardModifiers mods, CanvasKeyAction a)
 // Ctrl+Shift with a digit arrives as the shifted character on most layouts, as the digit on
 // some: both are taken. Index = digit.
 constexpr std::array<int, 10> shiftedDigits{
-    Qt::Key_ParenRight, Qt::Key_Exclam, Qt::Key_At, Qt::Key_NumberSign, Qt::Key_Dollar,
-    Qt::Key_Percent, Qt::Key_AsciiCircum, Qt::Key_Ampersand, Qt::Key_Asterisk, Qt::Key_ParenLeft,
+    Qt::Key_ParenRight, Qt::Key_Exclam,      Qt::Key_At,        Qt::Key_NumberSign, Qt::Key_Dollar,
+    Qt::Key_Percent,    Qt::Key_AsciiCircum, Qt::Key_Ampersand, Qt::Key_Asterisk,   Qt::Key_ParenLeft,
 };
 
 std::optional<int> markerDigit(int key)
@@ -274,15 +333,24 @@ std::optional<CanvasKeyBinding> resolveCanvasKey(int key, Qt::KeyboardModifiers 
         return command(key, mods, C::selectAll);
     if (onlyCtrl) {
         switch (key) {
-        case Qt::Key_X: return command(key, mods, C::cut);
-        case Qt::Key_C: return command(key, mods, C::copy);
-        case Qt::Key_V: return command(key, mods, C::paste);
-        case Qt::Key_D: return command(key, mods, C::duplicate);
-        case Qt::Key_Semicolon: return command(key, mods, C::splitSentences);
-        case Qt::Key_Z: return action(key, mods, A::undo);
-        case Qt::Key_J: return command(key, mods, C::join);
-        case Qt::Key_Apostrophe: return command(key, mods, C::toggleQuote);
-        default: break;
+        case Qt::Key_X:
+            return command(key, mods, C::cut);
+        case Qt::Key_C:
+            return command(key, mods, C::copy);
+        case Qt::Key_V:
+            return command(key, mods, C::paste);
+        case Qt::Key_D:
+            return command(key, mods, C::duplicate);
+        case Qt::Key_Semicolon:
+            return command(key, mods, C::splitSentences);
+        case Qt::Key_Z:
+            return action(key, mods, A::undo);
+        case Qt::Key_J:
+            return command(key, mods, C::join);
+        case Qt::Key_Apostrophe:
+            return command(key, mods, C::toggleQuote);
+        default:
+            break;
         }
     }
     if (onlyCtrlShift) {
@@ -343,14 +411,30 @@ bool run(const CanvasKeyBinding& binding, DocumentController& controller, const 
         return true;
     case A::clearSelection:
         return controller.deselectAll();
-    case A::selectUp: controller.moveSelection(false); return true;
-    case A::selectDown: controller.moveSelection(true); return true;
-    case A::extendUp: controller.extendSelection(false); return true;
-    case A::extendDown: controller.extendSelection(true); return true;
-    case A::selectParent: controller.selectParent(); return true;
-    case A::selectFirstChild: controller.selectFirstChild(); return true;
-    case A::extendLeft: controller.extendToParent(); return true;
-    case A::extendRight: controller.extendToFirstChild(); return true;
+    case A::selectUp:
+        controller.moveSelection(false);
+        return true;
+    case A::selectDown:
+        controller.moveSelection(true);
+        return true;
+    case A::extendUp:
+        controller.extendSelection(false);
+        return true;
+    case A::extendDown:
+        controller.extendSelection(true);
+        return true;
+    case A::selectParent:
+        controller.selectParent();
+        return true;
+    case A::selectFirstChild:
+        controller.selectFirstChild();
+        return true;
+    case A::extendLeft:
+        controller.extendToParent();
+        return true;
+    case A::extendRight:
+        controller.extendToFirstChild();
+        return true;
     }
     return false;
 }

@@ -39,9 +39,9 @@ struct CommandInfo {
     NodeCommand command;
     QString label;
     QString labelWhenQuote; // the toggle's other name; empty for all other commands
-    KeyChord key;           // shown beside the entry
-    StateTest shownWhen;    // in the context menu; null: always shown
-    StateTest enabledWhen;  // in the Edit menu; null: never disabled
+    KeyChord key; // shown beside the entry
+    StateTest shownWhen; // in the context menu; null: always shown
+    StateTest enabledWhen; // in the Edit menu; null: never disabled
 };
 
 // Unknown commands are a programming error: this asserts, then falls back to "edit".
@@ -71,7 +71,7 @@ std::vector<MenuItem> editMenu(const NodeActionState& state);
 struct MarkEntry {
     QString title;
     NodeCommand command; // setMarker or removeMarker
-    QString marker;      // for setMarker
+    QString marker; // for setMarker
     KeyChord key;
     bool separatorBefore = false;
 };
@@ -82,10 +82,17 @@ const std::vector<MarkEntry>& markEntries();
 
 enum class CanvasKeyAction {
     command, // the binding's NodeCommand through the published NodeActions
-    undo, redo,
+    undo,
+    redo,
     clearSelection, // Escape: passed on when nothing is selected
-    selectUp, selectDown, extendUp, extendDown,
-    selectParent, selectFirstChild, extendLeft, extendRight,
+    selectUp,
+    selectDown,
+    extendUp,
+    extendDown,
+    selectParent,
+    selectFirstChild,
+    extendLeft,
+    extendRight,
 };
 
 struct CanvasKeyBinding {

@@ -1,7 +1,7 @@
 #include "FocusOverlayView.h"
 
-#include "look/Look.h"
 #include "TreeLayout.h"
+#include "look/Look.h"
 
 #include "core/ReadingPace.h"
 #include "core/SermonDocument.h"
@@ -21,7 +21,9 @@ constexpr double verticalInset = 6;
 } // namespace
 
 FocusOverlayView::FocusOverlayView(SermonDocument* document, QWidget* parent)
-    : QWidget(parent), m_document(document), m_fade(idleSeconds, true, this)
+    : QWidget(parent)
+    , m_document(document)
+    , m_fade(idleSeconds, true, this)
 {
     setObjectName(QStringLiteral("focusStatistics"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -52,7 +54,8 @@ QFont FocusOverlayView::labelFont() const
 void FocusOverlayView::refresh()
 {
     const int wpm = m_readingPace ? m_readingPace() : ReadingPaces::defaultWPM;
-    const QString text = WordCount::statusTextWithoutPace(*m_document->root(), wpm > 0 ? wpm : ReadingPaces::defaultWPM);
+    const QString text =
+        WordCount::statusTextWithoutPace(*m_document->root(), wpm > 0 ? wpm : ReadingPaces::defaultWPM);
     if (text == m_text)
         return;
     m_text = text;
@@ -96,7 +99,8 @@ bool FocusOverlayView::eventFilter(QObject*, QEvent* event)
         && (static_cast<QMouseEvent*>(event)->button() & (Qt::LeftButton | Qt::RightButton));
     // Every event goes on untouched; the line only learns, one turn later, that the pointer lives.
     if (type == QEvent::MouseMove || isPress)
-        QMetaObject::invokeMethod(this, [this] { m_fade.poke(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { m_fade.poke(); }, Qt::QueuedConnection);
     return false;
 }
 
@@ -112,7 +116,8 @@ void FocusOverlayView::paintEvent(QPaintEvent*)
     const QRectF bounds = QRectF(rect());
     QPainterPath capsule;
     capsule.addRoundedRect(bounds, bounds.height() / 2, bounds.height() / 2);
-    painter.fillPath(capsule, dark ? QColor::fromRgbF(0.16f, 0.15f, 0.18f, 0.78f) : QColor::fromRgbF(0.98f, 0.97f, 0.95f, 0.78f));
+    painter.fillPath(
+        capsule, dark ? QColor::fromRgbF(0.16f, 0.15f, 0.18f, 0.78f) : QColor::fromRgbF(0.98f, 0.97f, 0.95f, 0.78f));
     QColor secondary = palette().color(QPalette::WindowText);
     secondary.setAlphaF(0.6f);
     painter.setPen(secondary);

@@ -13,8 +13,9 @@
 #include <QVBoxLayout>
 
 FocusContentView::FocusContentView(SermonDocument* document, QWidget* parent)
-    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
-      m_canvas(new MindMapCanvas(document, this)), m_overlay(new FocusOverlayView(document, this))
+    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
+    , m_canvas(new MindMapCanvas(document, this))
+    , m_overlay(new FocusOverlayView(document, this))
 {
     setObjectName(QStringLiteral("focusWindow"));
     setWindowTitle(QStringLiteral("Focus Mode"));
@@ -72,7 +73,10 @@ void FocusContentView::closeEvent(QCloseEvent* event)
     exit();
 }
 
-FocusWindow::FocusWindow(QObject* parent) : QObject(parent) {}
+FocusWindow::FocusWindow(QObject* parent)
+    : QObject(parent)
+{
+}
 
 FocusWindow::~FocusWindow()
 {

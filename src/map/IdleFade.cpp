@@ -16,8 +16,11 @@ double easeInOutCubic(double t)
 } // namespace
 
 IdleFade::IdleFade(double holdSeconds, bool initiallyVisible, QObject* parent)
-    : QObject(parent), m_hold(holdSeconds), m_isVisible(initiallyVisible), m_hideTimer(new QTimer(this)),
-      m_frameTimer(new QTimer(this))
+    : QObject(parent)
+    , m_hold(holdSeconds)
+    , m_isVisible(initiallyVisible)
+    , m_hideTimer(new QTimer(this))
+    , m_frameTimer(new QTimer(this))
 {
     auto monotonic = std::make_shared<QElapsedTimer>();
     monotonic->start();

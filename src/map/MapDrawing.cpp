@@ -16,8 +16,8 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <cmath>
+#include <functional>
 
 namespace MapDrawing {
 
@@ -43,8 +43,7 @@ struct Pass {
     const MapDrawState& state;
     const MapPalette& palette;
     TextBitmapCache& cache;
-    std::array<QFontMetricsF, 3> metrics{QFontMetricsF(TreeLayout::nodeFont(0)),
-                                         QFontMetricsF(TreeLayout::nodeFont(1)),
+    std::array<QFontMetricsF, 3> metrics{QFontMetricsF(TreeLayout::nodeFont(0)), QFontMetricsF(TreeLayout::nodeFont(1)),
                                          QFontMetricsF(TreeLayout::nodeFont(2))};
 
     const QFontMetricsF& metricsFor(int depth) const { return metrics[std::clamp(depth, 0, 2)]; }
@@ -304,15 +303,15 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
             const qsizetype localEnd = std::max(localStart, std::min(end - starts[size_t(index)], line.size()));
             const double prefixW = std::ceil(fm.horizontalAdvance(line.left(localStart)));
             const double matchW = std::ceil(fm.horizontalAdvance(line.mid(localStart, localEnd - localStart)));
-            painter.drawRoundedRect(QRectF(f.left() + 16 + prefixW - 1, f.top() + v + lineHeight * double(index),
-                                           matchW + 2, lineHeight),
-                                    2, 2);
+            painter.drawRoundedRect(
+                QRectF(f.left() + 16 + prefixW - 1, f.top() + v + lineHeight * double(index), matchW + 2, lineHeight),
+                2, 2);
         }
         painter.setBrush(Qt::NoBrush);
     }
 
-    const TextBitmapKey key{text, TreeLayout::nodeFontSize(layout.depth), double(TreeLayout::nodeFontWeight(layout.depth)),
-                            layout.isQuote};
+    const TextBitmapKey key{text, TreeLayout::nodeFontSize(layout.depth),
+                            double(TreeLayout::nodeFontWeight(layout.depth)), layout.isQuote};
     if (const auto b = pass.bitmap(key))
         pass.drawBitmap(*b, QPointF(f.left() + TreeLayout::horizontalPadding - 2, f.top() + v));
 }
@@ -330,7 +329,8 @@ int drawNodes(Pass& pass, const NodeLayouts& layouts, const QRectF& visible)
         const bool fading = state.fadeInNodeIDs.count(id) > 0;
         if (fading)
             painter.setOpacity(state.animationProgress);
-        const bool isSelected = (state.selectedNodeID && *state.selectedNodeID == id) || state.selectedNodeIDs.count(id) > 0;
+        const bool isSelected =
+            (state.selectedNodeID && *state.selectedNodeID == id) || state.selectedNodeIDs.count(id) > 0;
         std::optional<SearchHighlight> marks;
         if (state.isSearching) {
             const SermonNode* node = pass.tables.node(id);
@@ -439,7 +439,8 @@ std::optional<SearchHighlight> highlight(const MapDrawState& state, const NodeID
     SearchHighlight marks;
     marks.ranges = matchRanges(text, state.searchQuery);
     const int index = state.currentMatchIndex;
-    marks.isCurrentMatch = index >= 0 && index < int(state.searchMatches.size()) && state.searchMatches[size_t(index)] == id;
+    marks.isCurrentMatch =
+        index >= 0 && index < int(state.searchMatches.size()) && state.searchMatches[size_t(index)] == id;
     return marks;
 }
 

@@ -17,7 +17,7 @@ struct MapPalette;
 // What one pass did, for tracing and for tests.
 struct MapDrawStats {
     int connections = 0; // expanded parents whose connections were considered
-    int drawn = 0;       // live nodes drawn after culling
+    int drawn = 0; // live nodes drawn after culling
 };
 
 // The immediate-mode drawing of the whole map: a function of the layout tables, the draw state,
@@ -43,7 +43,7 @@ std::optional<SearchHighlight> highlight(const MapDrawState& state, const NodeID
 // "3 min" for a branch's words at a pace, rounded up; empty when there are no words.
 QString timeBadgeText(int words, int wordsPerMinute);
 
-MapDrawStats drawCanvas(QPainter& painter, QSizeF viewSize, const MapLayoutState& tables,
-                        const MapDrawState& state, const MapPalette& palette, TextBitmapCache& textCache);
+MapDrawStats drawCanvas(QPainter& painter, QSizeF viewSize, const MapLayoutState& tables, const MapDrawState& state,
+                        const MapPalette& palette, TextBitmapCache& textCache);
 
 } // namespace MapDrawing

@@ -5,10 +5,10 @@
 // The map's colours for one theme: the shared ones of Look, and the fold button's face.
 struct MapPalette {
     bool isDark = false;
-    QColor ink;            // text, outlines, connections
+    QColor ink; // text, outlines, connections
     QColor disclosureFace; // fill of the fold button
-    QColor accent;         // selection ring, drop indicator, lasso
-    QColor orange;         // quote tint and bar
+    QColor accent; // selection ring, drop indicator, lasso
+    QColor orange; // quote tint and bar
 
     static MapPalette forAppearance(bool isDark);
 

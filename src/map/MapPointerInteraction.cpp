@@ -177,8 +177,8 @@ void MapPointerInteraction::tap(QPointF p, Qt::KeyboardModifiers modifiers)
 
     const double now = m_clock();
     const std::optional<NodeID> hit = hitNode(tables, p);
-    if (hit && m_lastTapTime && m_lastTapNodeID && *hit == *m_lastTapNodeID && now - *m_lastTapTime < doubleClickInterval
-        && !shift && !command) {
+    if (hit && m_lastTapTime && m_lastTapNodeID && *hit == *m_lastTapNodeID
+        && now - *m_lastTapTime < doubleClickInterval && !shift && !command) {
         m_lastTapTime.reset();
         m_lastTapNodeID.reset();
         c.startSession(*hit, false);

@@ -34,8 +34,7 @@ public:
     static std::optional<NodeID> hitFoldButton(const MapLayoutState& tables, QPointF canvasPoint);
     // Where dropping dragged nodes at a point would put them; nothing when no node is in reach.
     static std::optional<DropTarget> computeDropTarget(const MapLayoutState& tables,
-                                                       const std::unordered_set<NodeID>& dragNodeIDs,
-                                                       QPointF cursor);
+                                                       const std::unordered_set<NodeID>& dragNodeIDs, QPointF cursor);
     // The ids shown from one node to another in reading order, both included; the two alone
     // when either is hidden.
     static std::vector<NodeID> visibleRange(const MapLayoutState& tables, const NodeID& a, const NodeID& b);

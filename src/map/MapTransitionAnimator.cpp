@@ -10,7 +10,8 @@
 #include <memory>
 
 MapTransitionAnimator::MapTransitionAnimator(QObject* parent)
-    : QObject(parent), m_timer(new QTimer(this))
+    : QObject(parent)
+    , m_timer(new QTimer(this))
 {
     m_timer->setTimerType(Qt::PreciseTimer);
     m_timer->setInterval(1000 / 60);

@@ -36,7 +36,8 @@ QPointF MapViewport::clampedPan(QPointF offset, QSizeF viewport, const QRectF& b
 }
 
 MapViewport::MapViewport(QObject* parent)
-    : QObject(parent), m_timer(new QTimer(this))
+    : QObject(parent)
+    , m_timer(new QTimer(this))
 {
     m_timer->setTimerType(Qt::PreciseTimer);
     m_timer->setInterval(1000 / 60);

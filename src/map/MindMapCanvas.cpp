@@ -1,12 +1,12 @@
 #include "MindMapCanvas.h"
 
-#include "look/Look.h"
 #include "MapContextMenu.h"
 #include "MapDrawing.h"
 #include "MapPalette.h"
 #include "MinimapOverlay.h"
 #include "NodeEditorOverlay.h"
 #include "SearchBarOverlay.h"
+#include "look/Look.h"
 
 #include "core/ReadingPace.h"
 #include "core/SermonDocument.h"
@@ -46,11 +46,11 @@ std::unordered_map<NodeID, QString> allTexts(const MapLayoutState& tables)
 } // namespace
 
 MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
-    : QWidget(parent),
-      m_document(document ? document : new SermonDocument(SermonNode::make(), {}, this)),
-      m_controller(nullptr),
-      m_ownPasteboard(std::make_unique<MemoryPasteboard>()),
-      m_pointer(*this)
+    : QWidget(parent)
+    , m_document(document ? document : new SermonDocument(SermonNode::make(), {}, this))
+    , m_controller(nullptr)
+    , m_ownPasteboard(std::make_unique<MemoryPasteboard>())
+    , m_pointer(*this)
 {
     setObjectName(QStringLiteral("mindMapCanvas"));
     setAccessibleName(QStringLiteral("mindMapCanvas"));
@@ -128,7 +128,9 @@ void MindMapCanvas::connectController()
     m_editor->onShiftTab = [this, c] { runEditorKey([c] { c->editorShiftTab(); }); };
     m_editor->onEnter = [this, c] { runEditorKey([c] { c->editorReturn(); }); };
     m_editor->onCommandEnter = [this, c] { runEditorKey([c] { c->editorInsertLineAbove(); }); };
-    m_editor->onOptionEnter = [this, c](int position) { runEditorKey([c, position] { c->editorSplitAtCursor(position); }); };
+    m_editor->onOptionEnter = [this, c](int position) {
+        runEditorKey([c, position] { c->editorSplitAtCursor(position); });
+    };
     m_editor->onCancel = [this, c] { runEditorKey([c] { c->editorEscape(); }); };
 
     m_searchBar->onQueryChanged = [this, c](const QString& query) {
@@ -209,8 +211,7 @@ int MindMapCanvas::readingPaceWPM() const
 ZoomFunctions MindMapCanvas::zoomFunctions()
 {
     MapViewport* viewport = &m_viewport;
-    return {[viewport] { viewport->zoomIn(); }, [viewport] { viewport->zoomOut(); },
-            [viewport] { viewport->reset(); }};
+    return {[viewport] { viewport->zoomIn(); }, [viewport] { viewport->zoomOut(); }, [viewport] { viewport->reset(); }};
 }
 
 std::unordered_map<NodeID, QString> MindMapCanvas::selectionTexts(bool includeSelf) const
@@ -516,7 +517,8 @@ bool MindMapCanvas::event(QEvent* event)
         // The map's keys win over window shortcuts on the same keys while it has the keyboard.
         auto* key = static_cast<QKeyEvent*>(event);
         if (isTakingKeys()
-            && NodeCommands::resolveCanvasKey(key->key(), key->modifiers(), !m_controller->effectiveSelection().isEmpty())) {
+            && NodeCommands::resolveCanvasKey(key->key(), key->modifiers(),
+                                              !m_controller->effectiveSelection().isEmpty())) {
             event->accept();
             return true;
         }
@@ -534,7 +536,8 @@ bool MindMapCanvas::event(QEvent* event)
 
 void MindMapCanvas::keyPressEvent(QKeyEvent* event)
 {
-    if (isTakingKeys() && NodeCommands::handleCanvasKey(event->key(), event->modifiers(), *m_controller, nodeActions())) {
+    if (isTakingKeys()
+        && NodeCommands::handleCanvasKey(event->key(), event->modifiers(), *m_controller, nodeActions())) {
         event->accept();
         return;
     }

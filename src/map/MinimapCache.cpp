@@ -8,10 +8,10 @@
 #include <algorithm>
 
 MinimapCache::MinimapCache(QObject* parent)
-    : QObject(parent),
-      m_render([](const MinimapRenderer::Input& input, const std::function<bool()>& isCancelled) {
-          return MinimapRenderer::render(input, isCancelled);
-      })
+    : QObject(parent)
+    , m_render([](const MinimapRenderer::Input& input, const std::function<bool()>& isCancelled) {
+        return MinimapRenderer::render(input, isCancelled);
+    })
 {
 }
 
@@ -51,8 +51,8 @@ void MinimapCache::requestRender(const MinimapCacheKey& key, MinimapRenderer::In
     auto* watcher = new QFutureWatcher<Result>(this);
     m_inFlight = watcher;
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, key] { finish(watcher, key); });
-    watcher->setFuture(QtConcurrent::run(
-        [render = m_render, delay = m_burstDelayMs, cancel, input = std::move(input)]() -> Result {
+    watcher->setFuture(
+        QtConcurrent::run([render = m_render, delay = m_burstDelayMs, cancel, input = std::move(input)]() -> Result {
             QElapsedTimer waited;
             waited.start();
             while (waited.elapsed() < delay) {

@@ -1,8 +1,8 @@
 #include "MinimapOverlay.h"
 
-#include "look/Look.h"
 #include "MapLayoutState.h"
 #include "MapPalette.h"
+#include "look/Look.h"
 
 #include <QEvent>
 #include <QMouseEvent>
@@ -50,7 +50,8 @@ void MinimapDrawing::draw(QPainter& painter, const MinimapGeometry& g, const QIm
     QPainterPath panel;
     panel.addRoundedRect(QRectF(QPointF(), g.size), 6, 6);
     // A translucent panel stands for the platform's thin material.
-    const QColor face = palette.isDark ? QColor::fromRgbF(0.16f, 0.15f, 0.18f, 0.78f) : QColor::fromRgbF(0.98f, 0.97f, 0.95f, 0.78f);
+    const QColor face =
+        palette.isDark ? QColor::fromRgbF(0.16f, 0.15f, 0.18f, 0.78f) : QColor::fromRgbF(0.98f, 0.97f, 0.95f, 0.78f);
     painter.fillPath(panel, face);
     painter.save();
     painter.setClipPath(panel);
@@ -70,7 +71,9 @@ void MinimapDrawing::draw(QPainter& painter, const MinimapGeometry& g, const QIm
 }
 
 MinimapOverlay::MinimapOverlay(QWidget* parent)
-    : QWidget(parent), m_cache(this), m_fade(showSeconds, false, this)
+    : QWidget(parent)
+    , m_cache(this)
+    , m_fade(showSeconds, false, this)
 {
     setObjectName(QStringLiteral("minimap"));
     setAttribute(Qt::WA_NoSystemBackground);
@@ -112,10 +115,9 @@ void MinimapOverlay::treeChanged()
     if (!m_cache.wants(key))
         return;
     const double dpr = devicePixelRatioF();
-    MinimapRenderer::Input input{TreeSnapshot::copy(*m_tables->root), m_tables->cachedLayouts,
-                                 m_tables->cachedContentBounds,
-                                 QSize(int(m_geometry.treeFrame.width() * dpr), int(m_geometry.treeFrame.height() * dpr)),
-                                 key.isDark};
+    MinimapRenderer::Input input{
+        TreeSnapshot::copy(*m_tables->root), m_tables->cachedLayouts, m_tables->cachedContentBounds,
+        QSize(int(m_geometry.treeFrame.width() * dpr), int(m_geometry.treeFrame.height() * dpr)), key.isDark};
     m_cache.requestRender(key, std::move(input));
 }
 
@@ -140,7 +142,8 @@ void MinimapOverlay::place(QSize mapSize)
     m_mapSize = mapSize;
     const QSize size(int(std::ceil(m_geometry.size.width())), int(std::ceil(m_geometry.size.height())));
     const double m = MinimapGeometry::margin;
-    setGeometry(QRect(QPoint(int(mapSize.width() - m - size.width()), int(mapSize.height() - m - size.height())), size));
+    setGeometry(
+        QRect(QPoint(int(mapSize.width() - m - size.width()), int(mapSize.height() - m - size.height())), size));
 }
 
 void MinimapOverlay::showMinimap()
@@ -162,7 +165,8 @@ void MinimapOverlay::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setOpacity(opacity);
     const QImage* image = m_cache.currentImage() ? &*m_cache.currentImage() : nullptr;
-    MinimapDrawing::draw(painter, m_geometry, image, viewportRect(), MapPalette::forAppearance(Look::isDarkPalette(palette())));
+    MinimapDrawing::draw(painter, m_geometry, image, viewportRect(),
+                         MapPalette::forAppearance(Look::isDarkPalette(palette())));
 }
 
 void MinimapOverlay::navigate(QPointF point)

@@ -7,10 +7,10 @@
 
 #include <QFontMetricsF>
 #include <QGlyphRun>
-#include <QRawFont>
 #include <QHash>
 #include <QPainter>
 #include <QPainterPath>
+#include <QRawFont>
 
 #include <algorithm>
 #include <array>
@@ -71,7 +71,10 @@ struct Canceller {
     }
 };
 
-QPointF rightMiddle(const NodeLayout& l) { return {l.maxX(), l.midY()}; }
+QPointF rightMiddle(const NodeLayout& l)
+{
+    return {l.maxX(), l.midY()};
+}
 
 // Straight lines from each parent to its children; a parent of leaves only gets its bracket later.
 bool collectLines(const Input& input, Canceller& cancelled, std::vector<QLineF>& lines)
@@ -157,8 +160,7 @@ std::optional<QImage> render(const Input& input, const std::function<bool()>& is
     const int pw = input.pixelSize.width(), ph = input.pixelSize.height();
     const QRectF b = input.contentBounds;
     return performanceLog::signpostInterval(
-        "MinimapRender",
-        [&] { return QStringLiteral("px=%1x%2 nodes=%3").arg(pw).arg(ph).arg(input.layouts.size()); },
+        "MinimapRender", [&] { return QStringLiteral("px=%1x%2 nodes=%3").arg(pw).arg(ph).arg(input.layouts.size()); },
         [&]() -> std::optional<QImage> {
             if (pw <= 0 || ph <= 0 || b.width() <= 0 || b.height() <= 0 || !input.root.root())
                 return std::nullopt;
@@ -267,7 +269,8 @@ std::optional<QImage> render(const Input& input, const std::function<bool()>& is
                 if (!raw.isValid())
                     continue;
                 const QList<quint32> ellipsis = raw.glyphIndexesForString(QString(QChar(0x2026)));
-                const double ellipsisWidth = ellipsis.isEmpty() ? 0 : raw.advancesForGlyphIndexes(ellipsis).value(0).x();
+                const double ellipsisWidth =
+                    ellipsis.isEmpty() ? 0 : raw.advancesForGlyphIndexes(ellipsis).value(0).x();
                 QList<quint32> glyphs;
                 QList<QPointF> positions;
                 for (const Label& label : labels) {

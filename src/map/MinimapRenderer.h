@@ -17,8 +17,8 @@ class SermonNode;
 // Tells whether a minimap image must be rendered again. Pan and zoom are no part of it: the
 // viewport rectangle is drawn live over the image.
 struct MinimapCacheKey {
-    uint64_t topologyHash = 0;    // ids, depths, folds and child counts of the visible tree
-    uint64_t textHash = 0;        // texts of the visible tree
+    uint64_t topologyHash = 0; // ids, depths, folds and child counts of the visible tree
+    uint64_t textHash = 0; // texts of the visible tree
     uint64_t layoutSignature = 0; // node count and content rectangle
     int pixelWidth = 0;
     int pixelHeight = 0;

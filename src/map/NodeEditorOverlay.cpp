@@ -1,8 +1,8 @@
 #include "NodeEditorOverlay.h"
 
-#include "look/Look.h"
 #include "MapPalette.h"
 #include "TreeLayout.h"
+#include "look/Look.h"
 
 #include "editing/TextPieces.h"
 
@@ -72,7 +72,8 @@ QRectF NodeEditorOverlay::ringRect(const NodeLayout& layout, QSizeF size)
 }
 
 NodeEditorOverlay::NodeEditorOverlay(QWidget* parent)
-    : QWidget(parent), m_field(new QPlainTextEdit(this))
+    : QWidget(parent)
+    , m_field(new QPlainTextEdit(this))
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setFocusPolicy(Qt::NoFocus);
@@ -178,17 +179,16 @@ void NodeEditorOverlay::place()
     if (colours != m_field->palette())
         m_field->setPalette(colours);
 
-    auto toView = [this](const QRectF& r) {
-        return QRectF(r.topLeft() * m_scale + m_pan, r.size() * m_scale);
-    };
+    auto toView = [this](const QRectF& r) { return QRectF(r.topLeft() * m_scale + m_pan, r.size() * m_scale); };
     const QRectF ring = toView(ringRect(m_layout, m_editorSize));
     const QRectF field = toView(fieldRect(m_layout, m_editorSize));
     const double margin = ringWidth * m_scale + 1;
     const QRect bounds = ring.adjusted(-margin, -margin, margin, margin).toAlignedRect();
     setGeometry(bounds);
     // A little spare height keeps the text view from scrolling its first line by a pixel.
-    const QRect inner(QPoint(int(std::lround(field.left())) - bounds.left(), int(std::lround(field.top())) - bounds.top()),
-                      QSize(int(std::ceil(field.width())), int(std::ceil(field.height())) + 2));
+    const QRect inner(
+        QPoint(int(std::lround(field.left())) - bounds.left(), int(std::lround(field.top())) - bounds.top()),
+        QSize(int(std::ceil(field.width())), int(std::ceil(field.height())) + 2));
     m_field->setGeometry(inner);
     update();
 }

@@ -14,9 +14,9 @@ struct NodeLayout {
     QPointF origin;
     QSizeF size;
     int depth = 0;
-    bool isLeaf = false;              // no children at all; a folded parent is not a leaf
+    bool isLeaf = false; // no children at all; a folded parent is not a leaf
     bool hasOnlyLeafChildren = false; // only on an expanded parent whose children are all leaves
-    bool isQuote = false;             // only when nothing hangs from the node on the map
+    bool isQuote = false; // only when nothing hangs from the node on the map
 
     QRectF frame() const { return {origin, size}; }
     double maxX() const { return origin.x() + size.width(); }

@@ -68,7 +68,10 @@ QToolButton* button(QWidget* parent, const QString& name)
 } // namespace
 
 SearchBarOverlay::SearchBarOverlay(QWidget* parent)
-    : QWidget(parent), m_glass(new QLabel(this)), m_field(new QLineEdit(this)), m_result(new QLabel(this))
+    : QWidget(parent)
+    , m_glass(new QLabel(this))
+    , m_field(new QLineEdit(this))
+    , m_result(new QLabel(this))
 {
     setObjectName(QStringLiteral("searchBar"));
     m_field->setPlaceholderText(QStringLiteral("Search"));

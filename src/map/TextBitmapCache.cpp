@@ -1,7 +1,7 @@
 #include "TextBitmapCache.h"
 
-#include "look/Look.h"
 #include "TreeLayout.h"
+#include "look/Look.h"
 
 #include "core/PerformanceLog.h"
 
@@ -115,7 +115,8 @@ std::optional<TextBitmapCache::Bitmap> TextBitmapCache::render(const TextBitmapK
     // still drawn into its natural size, so it never goes blank.
     constexpr double maxSide = 32767;
     constexpr double maxPixels = 16'000'000;
-    r = std::min({r, maxSide / lw, maxSide / hh, std::sqrt(0.99 * maxPixels / (lw * hh))}); // room for the rounding up below
+    r = std::min(
+        {r, maxSide / lw, maxSide / hh, std::sqrt(0.99 * maxPixels / (lw * hh))}); // room for the rounding up below
     const double pw = std::min(std::ceil(r * lw), maxSide);
     const double ph = std::min(std::ceil(r * hh), maxSide);
     if (pw < 1 || ph < 1)

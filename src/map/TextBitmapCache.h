@@ -41,7 +41,10 @@ public:
         uint64_t lastUsed = 0;
     };
 
-    explicit TextBitmapCache(int64_t pixelBudget = defaultPixelBudget) : m_pixelBudget(pixelBudget) {}
+    explicit TextBitmapCache(int64_t pixelBudget = defaultPixelBudget)
+        : m_pixelBudget(pixelBudget)
+    {
+    }
 
     // A hit, or nothing. A lookup at another scale or theme empties the cache first.
     const Entry* lookup(const TextBitmapKey& key, double scale, bool isDark);

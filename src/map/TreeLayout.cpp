@@ -24,7 +24,8 @@ struct DepthMetrics {
     QFontMetricsF metrics;
     double lineHeight;
     explicit DepthMetrics(int depth)
-        : metrics(nodeFont(depth)), lineHeight(TreeLayout::lineHeight(metrics))
+        : metrics(nodeFont(depth))
+        , lineHeight(TreeLayout::lineHeight(metrics))
     {
     }
 };
@@ -154,9 +155,9 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
         auto measure = [&](const SermonNode& node) {
             const int depthClass = std::clamp(node.depth(), 0, 2);
             const DepthMetrics& m = metrics[size_t(depthClass)];
-            const TextExtent extent = cache ? cache->extent(depthClass, node.text(),
-                                                            [&] { return measureText(m.metrics, node.text()); })
-                                            : measureText(m.metrics, node.text());
+            const TextExtent extent = cache
+                ? cache->extent(depthClass, node.text(), [&] { return measureText(m.metrics, node.text()); })
+                : measureText(m.metrics, node.text());
             return nodeSize(m, extent, !node.hasChildren());
         };
 
@@ -175,8 +176,9 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
         auto enter = [&](const SermonNode& node, double x, double y) -> std::optional<double> {
             const QSizeF size = measure(node);
             if (node.isCollapsed() || !node.hasChildren()) {
-                result.insert_or_assign(node.id(), NodeLayout{node.id(), {x, y}, size, node.depth(),
-                                                              !node.hasChildren(), false, node.isQuote()});
+                result.insert_or_assign(
+                    node.id(),
+                    NodeLayout{node.id(), {x, y}, size, node.depth(), !node.hasChildren(), false, node.isQuote()});
                 return size.height();
             }
             const bool packed = node.hasOnlyLeafChildren();
@@ -202,8 +204,9 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
                 const double block = f.sum + f.gap * (count - 1);
                 // Centred on a taller block; a taller parent keeps its top and the block stays aligned.
                 const double nodeY = f.h < block ? f.y + (block - f.h) * 0.5 : f.y;
-                result.insert_or_assign(f.node->id(), NodeLayout{f.node->id(), {f.x, nodeY}, {f.w, f.h},
-                                                                 f.node->depth(), false, f.packed, false});
+                result.insert_or_assign(
+                    f.node->id(),
+                    NodeLayout{f.node->id(), {f.x, nodeY}, {f.w, f.h}, f.node->depth(), false, f.packed, false});
                 const double height = std::max(f.h, block);
                 stack.pop_back();
                 if (!stack.empty()) {
@@ -213,8 +216,7 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
                 }
             }
         }
-        performanceLog::signpostEvent("TreeLayout.done",
-                                      [&] { return QStringLiteral("nodes=%1").arg(result.size()); });
+        performanceLog::signpostEvent("TreeLayout.done", [&] { return QStringLiteral("nodes=%1").arg(result.size()); });
         return result;
     });
 }

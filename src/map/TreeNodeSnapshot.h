@@ -15,7 +15,7 @@ struct TreeNodeSnapshot {
     QString text;
     int depth = 0;
     bool isCollapsed = false;
-    bool isLeaf = true;               // the source has no children at all
+    bool isLeaf = true; // the source has no children at all
     bool hasOnlyLeafChildren = false; // from the source's children, folded or not
     bool isQuote = false;
     // The children, as positions in the owning TreeSnapshot; none for a folded line.

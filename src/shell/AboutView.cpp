@@ -15,10 +15,11 @@
 QString AboutView::versionText()
 {
     return QStringLiteral("Version ") + QStringLiteral(ORANTIUM_VERSION) + QStringLiteral(" (")
-           + QStringLiteral(ORANTIUM_BUILD) + QLatin1Char(')');
+        + QStringLiteral(ORANTIUM_BUILD) + QLatin1Char(')');
 }
 
-AboutView::AboutView(QWidget* parent) : QWidget(parent)
+AboutView::AboutView(QWidget* parent)
+    : QWidget(parent)
 {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(40, 64, 40, 40);
@@ -43,8 +44,7 @@ AboutView::AboutView(QWidget* parent) : QWidget(parent)
     description->setWordWrap(true);
     description->setAlignment(Qt::AlignHCenter);
 
-    auto* contact = new QLabel(
-        QStringLiteral("<a href=\"mailto:hello@orantium.app\">hello@orantium.app</a>"), this);
+    auto* contact = new QLabel(QStringLiteral("<a href=\"mailto:hello@orantium.app\">hello@orantium.app</a>"), this);
     contact->setOpenExternalLinks(true);
     contact->setAlignment(Qt::AlignHCenter);
 

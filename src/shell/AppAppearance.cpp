@@ -139,8 +139,7 @@ void apply(AppAppearance appearance)
     case AppAppearance::dark:
         palette = darkPalette();
         break;
-    case AppAppearance::system:
-    {
+    case AppAppearance::system: {
         // Our own warm palettes in either case; the desktop only decides which.
         const QPalette desktop = systemPalette() ? *systemPalette() : QApplication::style()->standardPalette();
         palette = desktop.color(QPalette::Window).lightnessF() < 0.5 ? darkPalette() : lightPalette();

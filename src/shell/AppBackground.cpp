@@ -19,7 +19,8 @@ AppBackground::Colors AppBackground::colors(bool isDark)
 }
 
 AppBackground::AppBackground(QWidget* parent)
-    : QWidget(parent), m_grain(new GrainOverlay(colors(Look::isDarkAppearance()).grainOpacity, this))
+    : QWidget(parent)
+    , m_grain(new GrainOverlay(colors(Look::isDarkAppearance()).grainOpacity, this))
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
 }

@@ -3,10 +3,10 @@
 #include "ContentView.h"
 #include "DocumentManager.h"
 #include "DocumentWindow.h"
-#include "documents/OpenDocument.h"
 #include "Preferences.h"
 #include "UpdateService.h"
 #include "WindowSupervisor.h"
+#include "documents/OpenDocument.h"
 
 #include "core/UndoManager.h"
 
@@ -16,8 +16,8 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTextDocument>
 #include <QPlainTextEdit>
+#include <QTextDocument>
 #include <QTextEdit>
 
 namespace {
@@ -41,13 +41,15 @@ QString plainText(const QAction* action)
 bool isPasteboardCommand(NodeCommand command)
 {
     return command == NodeCommand::cut || command == NodeCommand::copy || command == NodeCommand::paste
-           || command == NodeCommand::selectAll;
+        || command == NodeCommand::selectAll;
 }
 
 } // namespace
 
 AppMenus::AppMenus(QMenuBar* bar, AppContext context, DocumentWindow* window)
-    : QObject(window), m_context(context), m_window(window)
+    : QObject(window)
+    , m_context(context)
+    , m_window(window)
 {
     buildFileMenu(bar);
     buildEditMenu(bar);
@@ -103,12 +105,14 @@ void AppMenus::buildFileMenu(QMenuBar* bar)
     file->addSeparator();
     add(file, QStringLiteral("Close"), QKeySequence::Close, [this] { m_window->close(); });
     m_save = add(file, QStringLiteral("Save"), QKeySequence::Save, [this] { m_window->save(); });
-    m_saveAs = add(file, QStringLiteral("Save As\u2026"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), [this] { m_window->saveAs(); });
+    m_saveAs = add(file, QStringLiteral("Save As\u2026"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+                   [this] { m_window->saveAs(); });
     file->addSeparator();
-    m_fileSettings = add(file, QStringLiteral("File Settings\u2026"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_I), [this] {
-        if (auto record = commands().fileSettings)
-            record->open();
-    });
+    m_fileSettings =
+        add(file, QStringLiteral("File Settings\u2026"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_I), [this] {
+            if (auto record = commands().fileSettings)
+                record->open();
+        });
     file->addSeparator();
     QAction* quit = add(file, QStringLiteral("Quit"), QKeySequence::Quit, [this] {
         if (m_context.documents)
@@ -124,7 +128,8 @@ void AppMenus::rebuildRecentMenu()
         return;
     for (const QString& path : m_context.preferences->recentFiles()) {
         // A file name's "&" is shown, not taken as a shortcut; its path is shown, not obeyed.
-        QAction* action = m_recent->addAction(QFileInfo(path).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
+        QAction* action =
+            m_recent->addAction(QFileInfo(path).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
         action->setToolTip(Qt::convertFromPlainText(path, Qt::WhiteSpacePre));
         connect(action, &QAction::triggered, this, [this, path] {
             if (m_context.documents)

@@ -18,7 +18,10 @@ namespace {
 class DayButton : public QAbstractButton {
 public:
     DayButton(QDate day, bool inMonth, bool selected, QWidget* parent)
-        : QAbstractButton(parent), m_day(day), m_inMonth(inMonth), m_selected(selected)
+        : QAbstractButton(parent)
+        , m_day(day)
+        , m_inMonth(inMonth)
+        , m_selected(selected)
     {
         setFixedSize(34, 34);
         setCursor(Qt::PointingHandCursor);
@@ -82,8 +85,12 @@ QToolButton* menuButton(QWidget* parent)
 } // namespace
 
 CalendarGrid::CalendarGrid(QDate date, QWidget* parent)
-    : QWidget(parent), m_date(date), m_anchor(QDate(date.year(), date.month(), 1)), m_month(menuButton(this)),
-      m_year(menuButton(this)), m_grid(new QGridLayout)
+    : QWidget(parent)
+    , m_date(date)
+    , m_anchor(QDate(date.year(), date.month(), 1))
+    , m_month(menuButton(this))
+    , m_year(menuButton(this))
+    , m_grid(new QGridLayout)
 {
     setFixedWidth(320);
     auto* column = new QVBoxLayout(this);
@@ -98,7 +105,8 @@ CalendarGrid::CalendarGrid(QDate date, QWidget* parent)
         auto* arrow = new QToolButton(this);
         arrow->setAutoRaise(true);
         arrow->setFixedSize(24, 24);
-        arrow->setIcon(Symbols::icon(step < 0 ? QStringLiteral("chevron.left") : QStringLiteral("chevron.right"), ink, 14));
+        arrow->setIcon(
+            Symbols::icon(step < 0 ? QStringLiteral("chevron.left") : QStringLiteral("chevron.right"), ink, 14));
         arrow->setToolTip(step < 0 ? QStringLiteral("Previous month") : QStringLiteral("Next month"));
         connect(arrow, &QToolButton::clicked, this, [this, step] { setAnchor(m_anchor.addMonths(step)); });
         top->addWidget(arrow);

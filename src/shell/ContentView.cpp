@@ -1,9 +1,9 @@
 #include "ContentView.h"
 
-#include "documents/OpenDocument.h"
 #include "Preferences.h"
 #include "StatusBarView.h"
 #include "ZoomControlsView.h"
+#include "documents/OpenDocument.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
@@ -16,13 +16,15 @@
 
 #include <QPointer>
 #include <QSettings>
-#include <QPointer>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
 ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidget* parent)
-    : QWidget(parent), m_document(document), m_preferences(preferences), m_stack(new QStackedWidget(this)),
-      m_mapPage(new QWidget(m_stack))
+    : QWidget(parent)
+    , m_document(document)
+    , m_preferences(preferences)
+    , m_stack(new QStackedWidget(this))
+    , m_mapPage(new QWidget(m_stack))
 {
     setMinimumSize(800, 600);
     auto* layout = new QVBoxLayout(this);
@@ -75,9 +77,8 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
         if (m_zoomFunctions && m_zoomFunctions->reset)
             m_zoomFunctions->reset();
     };
-    connect(&m_canvas->viewport(), &MapViewport::scaleChanged, this, [this](double scale) {
-        m_statusBar->setScale(scale);
-    });
+    connect(&m_canvas->viewport(), &MapViewport::scaleChanged, this,
+            [this](double scale) { m_statusBar->setScale(scale); });
     m_statusBar->setScale(m_canvas->viewport().scale());
 
     SermonDocument* sermon = document->document();

@@ -28,7 +28,8 @@ SaveChoice DialogPrompts::askToSaveChanges(QWidget* parent, const QString& displ
     box.setIcon(QMessageBox::Warning);
     box.setTextFormat(Qt::PlainText); // file names are shown as they stand, never as markup
     box.setWindowTitle(QStringLiteral("Orantium"));
-    box.setText(QStringLiteral("Do you want to save the changes made to the document \u201c%1\u201d?").arg(displayName));
+    box.setText(
+        QStringLiteral("Do you want to save the changes made to the document \u201c%1\u201d?").arg(displayName));
     box.setInformativeText(QStringLiteral("Your changes will be lost if you don\u2019t save them."));
     QPushButton* save = box.addButton(QStringLiteral("Save\u2026"), QMessageBox::AcceptRole);
     QPushButton* dontSave = box.addButton(QStringLiteral("Don\u2019t Save"), QMessageBox::DestructiveRole);

@@ -1,13 +1,13 @@
 #include "DocumentManager.h"
 
 #include "DocumentWindow.h"
+#include "Preferences.h"
+#include "UserPrompts.h"
 #include "documents/OpenDocument.h"
 #include "documents/PendingCreation.h"
 #include "documents/RecoveryStore.h"
-#include "Preferences.h"
 #include "documents/SafeFileName.h"
 #include "documents/SermonFile.h"
-#include "UserPrompts.h"
 
 #include "core/SermonDocument.h"
 
@@ -24,7 +24,9 @@ QString canonical(const QString& path)
 }
 } // namespace
 
-DocumentManager::DocumentManager(AppContext context, QObject* parent) : QObject(parent), m_context(context)
+DocumentManager::DocumentManager(AppContext context, QObject* parent)
+    : QObject(parent)
+    , m_context(context)
 {
     m_context.documents = this;
 }

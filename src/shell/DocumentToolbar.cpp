@@ -17,8 +17,12 @@ QWidget* spacer(QWidget* parent)
 } // namespace
 
 DocumentToolbar::DocumentToolbar(QWidget* parent)
-    : QToolBar(parent), m_fileSettings(new QToolButton(this)), m_mapMode(new QToolButton),
-      m_deliveryMode(new QToolButton), m_modes(new QButtonGroup(this)), m_appearance(new QToolButton(this))
+    : QToolBar(parent)
+    , m_fileSettings(new QToolButton(this))
+    , m_mapMode(new QToolButton)
+    , m_deliveryMode(new QToolButton)
+    , m_modes(new QButtonGroup(this))
+    , m_appearance(new QToolButton(this))
 {
     setObjectName(QStringLiteral("documentToolbar"));
     setMovable(false);
@@ -40,7 +44,8 @@ DocumentToolbar::DocumentToolbar(QWidget* parent)
     auto* pickerLayout = new QHBoxLayout(picker);
     pickerLayout->setContentsMargins(0, 0, 0, 0);
     pickerLayout->setSpacing(0);
-    const std::pair<QToolButton*, AppMode> segments[] = {{m_mapMode, AppMode::tree}, {m_deliveryMode, AppMode::delivery}};
+    const std::pair<QToolButton*, AppMode> segments[] = {{m_mapMode, AppMode::tree},
+                                                         {m_deliveryMode, AppMode::delivery}};
     for (auto [button, mode] : segments) {
         button->setParent(picker);
         button->setText(AppModes::label(mode));
@@ -124,14 +129,16 @@ void DocumentToolbar::restyle()
     border.setAlphaF(0.22f);
     const QString rgba = QStringLiteral("rgba(%1, %2, %3, %4)");
     auto css = [&](const QColor& c) { return rgba.arg(c.red()).arg(c.green()).arg(c.blue()).arg(c.alphaF()); };
-    const QString sheet = QStringLiteral(
-        "QToolButton { padding: 3px 14px; border: 1px solid %1; background: %2; color: %3; }"
-        "QToolButton:hover:!checked { background: %4; }"
-        "QToolButton:checked { background: %5; border-color: %5; color: %6; }"
-        "QToolButton#segmentFirst { border-top-left-radius: 6px; border-bottom-left-radius: 6px; border-right: none; }"
-        "QToolButton#segmentLast { border-top-right-radius: 6px; border-bottom-right-radius: 6px; border-left: none; }")
-        .arg(css(border), css(p.color(QPalette::Button)), css(p.color(QPalette::ButtonText)),
-             css(p.color(QPalette::Midlight)), css(p.color(QPalette::Highlight)),
-             css(p.color(QPalette::HighlightedText)));
+    const QString sheet =
+        QStringLiteral("QToolButton { padding: 3px 14px; border: 1px solid %1; background: %2; color: %3; }"
+                       "QToolButton:hover:!checked { background: %4; }"
+                       "QToolButton:checked { background: %5; border-color: %5; color: %6; }"
+                       "QToolButton#segmentFirst { border-top-left-radius: 6px; border-bottom-left-radius: 6px; "
+                       "border-right: none; }"
+                       "QToolButton#segmentLast { border-top-right-radius: 6px; border-bottom-right-radius: 6px; "
+                       "border-left: none; }")
+            .arg(css(border), css(p.color(QPalette::Button)), css(p.color(QPalette::ButtonText)),
+                 css(p.color(QPalette::Midlight)), css(p.color(QPalette::Highlight)),
+                 css(p.color(QPalette::HighlightedText)));
     m_mapMode->parentWidget()->setStyleSheet(sheet);
 }

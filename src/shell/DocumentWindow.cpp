@@ -5,14 +5,14 @@
 #include "DocumentManager.h"
 #include "DocumentToolbar.h"
 #include "FileSettingsSheet.h"
-#include "documents/OpenDocument.h"
 #include "Preferences.h"
-#include "documents/RecoveryStore.h"
 #include "RewriteBar.h"
-#include "documents/SafeFileName.h"
-#include "documents/SermonFile.h"
 #include "StatusBarView.h"
 #include "UserPrompts.h"
+#include "documents/OpenDocument.h"
+#include "documents/RecoveryStore.h"
+#include "documents/SafeFileName.h"
+#include "documents/SermonFile.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
@@ -76,7 +76,8 @@ std::optional<QString> keepOriginal(const QString& path, QString* error)
     if (auto beside = keptIn(path + QLatin1Char('~')))
         return beside;
     // One folder per original folder, so that two READMEs don't share a copy.
-    const QByteArray folderKey = QCryptographicHash::hash(QFileInfo(path).absolutePath().toUtf8(), QCryptographicHash::Sha1);
+    const QByteArray folderKey =
+        QCryptographicHash::hash(QFileInfo(path).absolutePath().toUtf8(), QCryptographicHash::Sha1);
     const QString folder = QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation))
                                .filePath(QStringLiteral("backups/") + QString::fromLatin1(folderKey.toHex().left(12)));
     if (QDir().mkpath(folder))
@@ -89,7 +90,9 @@ std::optional<QString> keepOriginal(const QString& path, QString* error)
 } // namespace
 
 DocumentWindow::DocumentWindow(std::unique_ptr<OpenDocument> document, AppContext context, QWidget* parent)
-    : QMainWindow(parent), m_document(std::move(document)), m_context(context)
+    : QMainWindow(parent)
+    , m_document(std::move(document))
+    , m_context(context)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(QStringLiteral("documentWindow"));
@@ -186,9 +189,9 @@ void DocumentWindow::updateNotice()
     StatusBarView* status = m_content->statusBar();
     const StatusBarView::NoticeAction saveElsewhere{QStringLiteral("Save As…"), [this] { saveAs(); }};
     if (m_document->isFileGone()) {
-        status->setNotice(QStringLiteral("“%1” was moved or deleted. Changes are not being saved.")
-                              .arg(m_document->displayName()),
-                          {saveElsewhere, {QStringLiteral("Save Here Again"), [this] { saveHereAgain(); }}});
+        status->setNotice(
+            QStringLiteral("“%1” was moved or deleted. Changes are not being saved.").arg(m_document->displayName()),
+            {saveElsewhere, {QStringLiteral("Save Here Again"), [this] { saveHereAgain(); }}});
     } else if (m_document->isReadOnly()) {
         status->setNotice(QStringLiteral("Read-only. Changes can be kept with Save As."), {saveElsewhere});
     } else {
@@ -392,7 +395,7 @@ bool DocumentWindow::keepForExit()
         if (!m_document->hasUnsavedBytes())
             return true;
         const bool inPlace = !m_document->isFileGone() && !m_document->isReadOnly() && !m_document->isRewriteHeld()
-                             && !m_document->changedOnDisk();
+            && !m_document->changedOnDisk();
         if (inPlace && m_document->save())
             return true;
         // Not to be written where it was: kept beside the untitled ones instead.

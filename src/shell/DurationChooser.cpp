@@ -56,7 +56,9 @@ QString draftReset(std::optional<int> duration)
 } // namespace DurationRules
 
 DurationChooser::DurationChooser(QWidget* parent)
-    : QWidget(parent), m_custom(new QLineEdit(this)), m_unit(new QLabel(QStringLiteral("min"), this))
+    : QWidget(parent)
+    , m_custom(new QLineEdit(this))
+    , m_unit(new QLabel(QStringLiteral("min"), this))
 {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
@@ -159,7 +161,8 @@ void DurationChooser::restyle()
     QColor soft = p.color(QPalette::WindowText);
     soft.setAlphaF(0.08f);
     const QString label = p.color(QPalette::WindowText).name(QColor::HexArgb);
-    const QString softFill = QStringLiteral("rgba(%1,%2,%3,%4)").arg(soft.red()).arg(soft.green()).arg(soft.blue()).arg(soft.alphaF());
+    const QString softFill =
+        QStringLiteral("rgba(%1,%2,%3,%4)").arg(soft.red()).arg(soft.green()).arg(soft.blue()).arg(soft.alphaF());
     const int selected = DurationRules::selected(m_duration);
     const bool custom = isCustom();
     for (size_t i = 0; i < DurationRules::presets.size(); ++i) {
@@ -168,11 +171,13 @@ void DurationChooser::restyle()
                                                    " background: %1; color: %2; }")
                                         .arg(on ? accent.name() : softFill, on ? QStringLiteral("white") : label));
     }
-    const QString selection = custom ? QStringLiteral("rgba(0,0,0,0.35)")
-                                     : QStringLiteral("rgba(%1,%2,%3,0.35)").arg(accent.red()).arg(accent.green()).arg(accent.blue());
-    m_custom->setStyleSheet(QStringLiteral("QLineEdit { border: none; border-radius: 10px; padding: 3px 6px; background: %1;"
-                                           " color: %2; selection-background-color: %3; }")
-                                .arg(custom ? accent.name() : softFill, custom ? QStringLiteral("white") : label, selection));
+    const QString selection = custom
+        ? QStringLiteral("rgba(0,0,0,0.35)")
+        : QStringLiteral("rgba(%1,%2,%3,0.35)").arg(accent.red()).arg(accent.green()).arg(accent.blue());
+    m_custom->setStyleSheet(
+        QStringLiteral("QLineEdit { border: none; border-radius: 10px; padding: 3px 6px; background: %1;"
+                       " color: %2; selection-background-color: %3; }")
+            .arg(custom ? accent.name() : softFill, custom ? QStringLiteral("white") : label, selection));
     QPalette unit = m_unit->palette();
     QColor secondary = p.color(QPalette::WindowText);
     secondary.setAlphaF(0.6f);

@@ -13,9 +13,14 @@
 #include <QVBoxLayout>
 
 FileSettingsSheet::FileSettingsSheet(SermonDocument* document, UndoManager* undoManager, QWidget* parent)
-    : QDialog(parent), m_document(document), m_undoManager(undoManager), m_title(new QLineEdit),
-      m_scripture(new QLineEdit), m_series(new QLineEdit), m_duration(new DurationChooser),
-      m_occurrences(new OccurrencesEditor(this))
+    : QDialog(parent)
+    , m_document(document)
+    , m_undoManager(undoManager)
+    , m_title(new QLineEdit)
+    , m_scripture(new QLineEdit)
+    , m_series(new QLineEdit)
+    , m_duration(new DurationChooser)
+    , m_occurrences(new OccurrencesEditor(this))
 {
     setObjectName(QStringLiteral("fileSettingsSheet"));
     setWindowTitle(QStringLiteral("File settings"));

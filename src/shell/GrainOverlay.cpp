@@ -30,7 +30,9 @@ QImage makeNoiseTile()
 
 } // namespace
 
-GrainOverlay::GrainOverlay(double opacity, QWidget* parent) : QWidget(parent), m_opacity(opacity)
+GrainOverlay::GrainOverlay(double opacity, QWidget* parent)
+    : QWidget(parent)
+    , m_opacity(opacity)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAttribute(Qt::WA_NoSystemBackground);

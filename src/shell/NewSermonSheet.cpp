@@ -10,8 +10,12 @@
 #include <QVBoxLayout>
 
 NewSermonSheet::NewSermonSheet(QWidget* parent)
-    : QWidget(parent), m_title(new QLineEdit), m_scripture(new QLineEdit), m_series(new QLineEdit),
-      m_duration(new DurationChooser), m_occurrences(new OccurrencesEditor(this))
+    : QWidget(parent)
+    , m_title(new QLineEdit)
+    , m_scripture(new QLineEdit)
+    , m_series(new QLineEdit)
+    , m_duration(new DurationChooser)
+    , m_occurrences(new OccurrencesEditor(this))
 {
     setObjectName(QStringLiteral("newSermonSheet"));
     const SheetLayout::Frame frame = SheetLayout::build(this, QStringLiteral("New Sermon"), QStringLiteral("Create"));

@@ -1,10 +1,10 @@
 #include "OccurrencesEditor.h"
 
 #include "CalendarGrid.h"
-#include "documents/DateText.h"
 #include "SectionBlock.h"
 #include "SheetLayout.h"
 #include "Symbols.h"
+#include "documents/DateText.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -62,7 +62,9 @@ protected:
 
 } // namespace
 
-OccurrencesEditor::OccurrencesEditor(QWidget* parent) : QWidget(parent), m_block(new SectionBlock({}, this))
+OccurrencesEditor::OccurrencesEditor(QWidget* parent)
+    : QWidget(parent)
+    , m_block(new SectionBlock({}, this))
 {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -92,8 +94,9 @@ void OccurrencesEditor::setOccasions(const QList<SermonOccasion>& occasions)
     if (occasions == m_occasions)
         return;
     m_occasions = occasions;
-    if (m_editingID && std::none_of(m_occasions.cbegin(), m_occasions.cend(),
-                                    [this](const SermonOccasion& o) { return o.id == *m_editingID; }))
+    if (m_editingID && std::none_of(m_occasions.cbegin(), m_occasions.cend(), [this](const SermonOccasion& o) {
+            return o.id == *m_editingID;
+        }))
         m_editingID.reset();
     rebuild();
 }
@@ -139,7 +142,8 @@ void OccurrencesEditor::add(const QDateTime& now)
 void OccurrencesEditor::beginEditing(const QUuid& id)
 {
     commit();
-    const auto it = std::find_if(m_occasions.cbegin(), m_occasions.cend(), [&](const SermonOccasion& o) { return o.id == id; });
+    const auto it =
+        std::find_if(m_occasions.cbegin(), m_occasions.cend(), [&](const SermonOccasion& o) { return o.id == id; });
     if (it == m_occasions.cend())
         return;
     m_editingID = id;
@@ -158,7 +162,8 @@ void OccurrencesEditor::commit()
         return;
     const QUuid id = *m_editingID;
     m_editingID.reset();
-    const auto it = std::find_if(m_occasions.begin(), m_occasions.end(), [&](const SermonOccasion& o) { return o.id == id; });
+    const auto it =
+        std::find_if(m_occasions.begin(), m_occasions.end(), [&](const SermonOccasion& o) { return o.id == id; });
     if (it == m_occasions.end()) {
         rebuild();
         return;
@@ -203,7 +208,8 @@ void OccurrencesEditor::rebuild()
         return;
     }
     QList<SermonOccasion> shown = m_occasions;
-    std::stable_sort(shown.begin(), shown.end(), [](const SermonOccasion& a, const SermonOccasion& b) { return a.date > b.date; });
+    std::stable_sort(shown.begin(), shown.end(),
+                     [](const SermonOccasion& a, const SermonOccasion& b) { return a.date > b.date; });
     for (qsizetype i = 0; i < shown.size(); ++i) {
         if (i > 0)
             layout->addWidget(SectionBlock::divider(m_block->box()));
@@ -221,7 +227,8 @@ QWidget* OccurrencesEditor::restingRow(const SermonOccasion& occasion)
     auto* dates = new QVBoxLayout;
     dates->setSpacing(0);
     auto* date = new QLabel(DateText::longDate(occasion.date), row);
-    auto* distance = new QLabel(DateText::relative(QDateTime(occasion.date, QTime(0, 0)), QDateTime::currentDateTime()), row);
+    auto* distance =
+        new QLabel(DateText::relative(QDateTime(occasion.date, QTime(0, 0)), QDateTime::currentDateTime()), row);
     QFont caption = distance->font();
     caption.setPointSizeF(caption.pointSizeF() * 0.85);
     distance->setFont(caption);

@@ -5,11 +5,11 @@
 #include "DialogPrompts.h"
 #include "DocumentManager.h"
 #include "Preferences.h"
+#include "UpdateService.h"
+#include "WindowSupervisor.h"
 #include "documents/RecoveryStore.h"
 #include "documents/SermonFile.h"
 #include "documents/TerminationSignals.h"
-#include "UpdateService.h"
-#include "WindowSupervisor.h"
 
 #include <QApplication>
 #include <QDir>
@@ -28,24 +28,24 @@
 #endif
 
 const char* const OrantiumApp::uiTestFixtureText = "---\n"
-                                                    "title: Test Sermon\n"
-                                                    "scripture: Romans 1:1\n"
-                                                    "---\n"
-                                                    "\n"
-                                                    "# Test Sermon\n"
-                                                    "\n"
-                                                    "## First Point\n"
-                                                    "\n"
-                                                    "The quick brown fox jumps over the lazy dog.\n"
-                                                    "Second sentence here.\n"
-                                                    "Short line.\n"
-                                                    "This is a much longer sentence that spans many more words to "
-                                                    "create varying widths for testing.\n"
-                                                    "Final leaf.\n"
-                                                    "\n"
-                                                    "## Second Point\n"
-                                                    "\n"
-                                                    "Another sentence for testing.\n";
+                                                   "title: Test Sermon\n"
+                                                   "scripture: Romans 1:1\n"
+                                                   "---\n"
+                                                   "\n"
+                                                   "# Test Sermon\n"
+                                                   "\n"
+                                                   "## First Point\n"
+                                                   "\n"
+                                                   "The quick brown fox jumps over the lazy dog.\n"
+                                                   "Second sentence here.\n"
+                                                   "Short line.\n"
+                                                   "This is a much longer sentence that spans many more words to "
+                                                   "create varying widths for testing.\n"
+                                                   "Final leaf.\n"
+                                                   "\n"
+                                                   "## Second Point\n"
+                                                   "\n"
+                                                   "Another sentence for testing.\n";
 
 QString OrantiumApp::uiTestFixturePath()
 {
@@ -88,10 +88,9 @@ void OrantiumApp::seedRecentFiles()
     m_preferences->setRecentFiles({});
     const QString name = QStringLiteral("the-god-who-stays.md");
     const QDir binary(QCoreApplication::applicationDirPath());
-    for (const QString& candidate :
-         {QDir::current().filePath(QStringLiteral("examples/") + name),
-          binary.filePath(QStringLiteral("../../../examples/") + name),
-          binary.filePath(QStringLiteral("../share/orantium/examples/") + name)}) {
+    for (const QString& candidate : {QDir::current().filePath(QStringLiteral("examples/") + name),
+                                     binary.filePath(QStringLiteral("../../../examples/") + name),
+                                     binary.filePath(QStringLiteral("../share/orantium/examples/") + name)}) {
         if (!QFileInfo(candidate).isFile())
             continue;
         const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));

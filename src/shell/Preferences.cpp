@@ -4,8 +4,8 @@
 
 #include "delivery/DeliveryPreferences.h"
 
-#include <QDir>
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
@@ -15,7 +15,8 @@
 #include <limits>
 
 Preferences::Preferences(std::unique_ptr<QSettings> settings, QObject* parent)
-    : QObject(parent), m_settings(std::move(settings))
+    : QObject(parent)
+    , m_settings(std::move(settings))
 {
 }
 
@@ -49,14 +50,19 @@ QString Preferences::userStorePath()
                                  + QCoreApplication::applicationName() + QStringLiteral(".conf"));
 }
 
-Preferences::Preferences(QObject* parent) : QObject(parent), m_settings(userStore(&m_privateFolder)) {}
+Preferences::Preferences(QObject* parent)
+    : QObject(parent)
+    , m_settings(userStore(&m_privateFolder))
+{
+}
 
 Preferences::~Preferences() = default;
 
 DeliveryPreferences* Preferences::delivery()
 {
     if (!m_delivery)
-        m_delivery = new DeliveryPreferences(std::make_unique<QSettings>(m_settings->fileName(), m_settings->format()), this);
+        m_delivery =
+            new DeliveryPreferences(std::make_unique<QSettings>(m_settings->fileName(), m_settings->format()), this);
     return m_delivery;
 }
 
@@ -144,4 +150,3 @@ int Preferences::intValue(const char* key, int fallback) const
     const qlonglong value = m_settings->value(QString::fromLatin1(key)).toLongLong(&ok);
     return ok && value > 0 && value <= std::numeric_limits<int>::max() ? static_cast<int>(value) : fallback;
 }
-

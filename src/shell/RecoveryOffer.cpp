@@ -6,7 +6,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-RecoveryOffer::RecoveryOffer(QWidget* parent) : QWidget(parent), m_rows(new QVBoxLayout(this))
+RecoveryOffer::RecoveryOffer(QWidget* parent)
+    : QWidget(parent)
+    , m_rows(new QVBoxLayout(this))
 {
     setObjectName(QStringLiteral("recoveryOffer"));
     m_rows->setContentsMargins(24, 16, 24, 0);
@@ -24,10 +26,11 @@ void RecoveryOffer::setCopies(const QList<RecoveryStore::Copy>& copies)
     setVisible(!copies.isEmpty());
     if (copies.isEmpty())
         return;
-    auto* header = new QLabel(copies.size() == 1 ? QStringLiteral("A sermon was left unsaved when Orantium last ended.")
-                                                 : QStringLiteral("%1 sermons were left unsaved when Orantium last ended.")
-                                                       .arg(copies.size()),
-                              this);
+    auto* header =
+        new QLabel(copies.size() == 1
+                       ? QStringLiteral("A sermon was left unsaved when Orantium last ended.")
+                       : QStringLiteral("%1 sermons were left unsaved when Orantium last ended.").arg(copies.size()),
+                   this);
     header->setWordWrap(true);
     m_rows->addWidget(header);
     for (const RecoveryStore::Copy& copy : copies) {

@@ -15,9 +15,12 @@
 #include <QVBoxLayout>
 
 RewriteBar::RewriteBar(QWidget* parent)
-    : QWidget(parent), m_message(new QLabel(this)), m_showLines(new QPushButton(QStringLiteral("Show Lines"), this)),
-      m_saveAsNew(new QPushButton(QStringLiteral("Save as a New Sermon\u2026"), this)),
-      m_rewrite(new QPushButton(QStringLiteral("Rewrite This File"), this)), m_close(new QToolButton(this))
+    : QWidget(parent)
+    , m_message(new QLabel(this))
+    , m_showLines(new QPushButton(QStringLiteral("Show Lines"), this))
+    , m_saveAsNew(new QPushButton(QStringLiteral("Save as a New Sermon\u2026"), this))
+    , m_rewrite(new QPushButton(QStringLiteral("Rewrite This File"), this))
+    , m_close(new QToolButton(this))
 {
     setObjectName(QStringLiteral("rewriteBar"));
     setFocusPolicy(Qt::StrongFocus);
@@ -84,7 +87,8 @@ QString RewriteBar::linesText(const RewriteCheck::Result& check)
             entry = QStringLiteral("Line %1:  %2\n  lost").arg(change.line).arg(change.original);
             break;
         case Kind::changed:
-            entry = QStringLiteral("Line %1:  %2\n  becomes:  %3").arg(change.line).arg(change.original, change.rewritten);
+            entry =
+                QStringLiteral("Line %1:  %2\n  becomes:  %3").arg(change.line).arg(change.original, change.rewritten);
             if (!change.readsAs.isEmpty())
                 entry += QStringLiteral("   (read as %1)").arg(change.readsAs);
             break;
@@ -99,8 +103,8 @@ void RewriteBar::setCheck(const RewriteCheck::Result& check)
     m_check = check;
     m_isAsking = true;
     m_message->setText(summary(check));
-    for (QWidget* button : {static_cast<QWidget*>(m_showLines), static_cast<QWidget*>(m_saveAsNew),
-                            static_cast<QWidget*>(m_rewrite)})
+    for (QWidget* button :
+         {static_cast<QWidget*>(m_showLines), static_cast<QWidget*>(m_saveAsNew), static_cast<QWidget*>(m_rewrite)})
         button->show();
     show();
 }

@@ -46,7 +46,9 @@ protected:
 } // namespace
 
 SectionBlock::SectionBlock(const QString& title, QWidget* parent)
-    : QWidget(parent), m_box(new RoundedBox(this)), m_content(new QVBoxLayout(m_box))
+    : QWidget(parent)
+    , m_box(new RoundedBox(this))
+    , m_content(new QVBoxLayout(m_box))
 {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);

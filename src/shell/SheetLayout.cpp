@@ -42,7 +42,12 @@ namespace {
 
 class ReturnKeeper : public QObject {
 public:
-    explicit ReturnKeeper(QLineEdit* field) : QObject(field), m_field(field) { field->installEventFilter(this); }
+    explicit ReturnKeeper(QLineEdit* field)
+        : QObject(field)
+        , m_field(field)
+    {
+        field->installEventFilter(this);
+    }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override

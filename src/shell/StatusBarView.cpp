@@ -15,8 +15,11 @@
 #include <QToolButton>
 
 StatusBarView::StatusBarView(SermonDocument* document, QWidget* parent)
-    : QWidget(parent), m_document(document), m_pace(new QToolButton(this)), m_notice(new QLabel(this)),
-      m_zoom(new ZoomControlsView(this))
+    : QWidget(parent)
+    , m_document(document)
+    , m_pace(new QToolButton(this))
+    , m_notice(new QLabel(this))
+    , m_zoom(new ZoomControlsView(this))
 {
     setObjectName(QStringLiteral("statusBar"));
     setFixedHeight(height);

@@ -26,16 +26,19 @@ QPainterPath circle(double cx, double cy, double r)
 const std::map<QString, Drawer>& drawers()
 {
     static const std::map<QString, Drawer> table{
-        {QStringLiteral("plus"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("plus"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              p.drawLine(QPointF(12, 4.5), QPointF(12, 19.5));
              p.drawLine(QPointF(4.5, 12), QPointF(19.5, 12));
          }},
-        {QStringLiteral("minus"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("minus"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              p.drawLine(QPointF(4.5, 12), QPointF(19.5, 12));
          }},
-        {QStringLiteral("checkmark"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("checkmark"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              QPainterPath path;
              path.moveTo(5, 12.5);
@@ -43,7 +46,8 @@ const std::map<QString, Drawer>& drawers()
              path.lineTo(19, 6.5);
              p.drawPath(path);
          }},
-        {QStringLiteral("chevron.down"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("chevron.down"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              QPainterPath path;
              path.moveTo(6, 9);
@@ -51,7 +55,8 @@ const std::map<QString, Drawer>& drawers()
              path.lineTo(18, 9);
              p.drawPath(path);
          }},
-        {QStringLiteral("chevron.left"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("chevron.left"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              QPainterPath path;
              path.moveTo(15, 5.5);
@@ -59,7 +64,8 @@ const std::map<QString, Drawer>& drawers()
              path.lineTo(15, 18.5);
              p.drawPath(path);
          }},
-        {QStringLiteral("chevron.right"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("chevron.right"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              QPainterPath path;
              path.moveTo(9, 5.5);
@@ -67,7 +73,8 @@ const std::map<QString, Drawer>& drawers()
              path.lineTo(9, 18.5);
              p.drawPath(path);
          }},
-        {QStringLiteral("doc.text"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("doc.text"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              QPainterPath page;
              page.moveTo(6, 3.5);
@@ -88,7 +95,8 @@ const std::map<QString, Drawer>& drawers()
              for (double y : {11.5, 14.5, 17.5})
                  p.drawLine(QPointF(9, y), QPointF(15.5, y));
          }},
-        {QStringLiteral("circle.lefthalf.filled"), [](QPainter& p, const QPen& pen, const QColor& color) {
+        {QStringLiteral("circle.lefthalf.filled"),
+         [](QPainter& p, const QPen& pen, const QColor& color) {
              QPainterPath half;
              half.moveTo(12, 3.5);
              half.arcTo(QRectF(3.5, 3.5, 17, 17), 90, 180);
@@ -97,7 +105,8 @@ const std::map<QString, Drawer>& drawers()
              p.setPen(pen);
              p.drawEllipse(QPointF(12, 12), 8.5, 8.5);
          }},
-        {QStringLiteral("sun.max"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("sun.max"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              p.drawEllipse(QPointF(12, 12), 4.2, 4.2);
              for (int i = 0; i < 8; ++i) {
@@ -106,12 +115,14 @@ const std::map<QString, Drawer>& drawers()
                             QPointF(12 + 9.8 * std::cos(a), 12 + 9.8 * std::sin(a)));
              }
          }},
-        {QStringLiteral("moon"), [](QPainter& p, const QPen& pen, const QColor&) {
+        {QStringLiteral("moon"),
+         [](QPainter& p, const QPen& pen, const QColor&) {
              p.setPen(pen);
              const QPainterPath crescent = circle(12, 12, 8).subtracted(circle(16.5, 8.5, 7));
              p.drawPath(crescent);
          }},
-        {QStringLiteral("xmark.circle.fill"), [](QPainter& p, const QPen& pen, const QColor& color) {
+        {QStringLiteral("xmark.circle.fill"),
+         [](QPainter& p, const QPen& pen, const QColor& color) {
              QPainterPath cross;
              cross.moveTo(8.5, 8.5);
              cross.lineTo(15.5, 15.5);

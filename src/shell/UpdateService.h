@@ -7,7 +7,11 @@
 class UpdateService {
 public:
     // `feedURL` empty: no feed. `started` false in test runs, which never check.
-    UpdateService(QString feedURL, bool started) : m_feedURL(std::move(feedURL)), m_started(started) {}
+    UpdateService(QString feedURL, bool started)
+        : m_feedURL(std::move(feedURL))
+        , m_started(started)
+    {
+    }
 
     bool canCheckForUpdates() const { return m_started && !m_feedURL.isEmpty(); }
     // Opens the feed's page; there is no updater of our own.

@@ -1,8 +1,8 @@
 #include "WelcomeView.h"
 
 #include "Preferences.h"
-#include "documents/RecentSermonsStore.h"
 #include "Symbols.h"
+#include "documents/RecentSermonsStore.h"
 
 #include "look/Look.h"
 
@@ -20,7 +20,8 @@ namespace {
 // A row of the recent list: the title and, under it, the latest occasion.
 class RecentRow : public QPushButton {
 public:
-    RecentRow(const QString& title, const QString& occasion, QWidget* parent) : QPushButton(parent)
+    RecentRow(const QString& title, const QString& occasion, QWidget* parent)
+        : QPushButton(parent)
     {
         setFlat(true);
         setCursor(Qt::PointingHandCursor);
@@ -75,12 +76,17 @@ private:
 } // namespace
 
 WelcomeView::WelcomeView(Preferences* preferences, QWidget* parent)
-    : QWidget(parent), m_preferences(preferences), m_recents(new RecentSermonsStore(this)),
-      m_name(new QLabel(QStringLiteral("Orantium"), this)), m_tagline(new QLabel(QStringLiteral("Sermon preparation"), this)),
-      m_newSermon(new QPushButton(QStringLiteral("New Sermon"), this)),
-      m_open(new QPushButton(QStringLiteral("Open existing file\u2026"), this)), m_recentSection(new QWidget(this)),
-      m_recentHeader(new QLabel(QStringLiteral("RECENT"), m_recentSection)), m_recentRows(new QVBoxLayout),
-      m_recentScroll(new QScrollArea(m_recentSection))
+    : QWidget(parent)
+    , m_preferences(preferences)
+    , m_recents(new RecentSermonsStore(this))
+    , m_name(new QLabel(QStringLiteral("Orantium"), this))
+    , m_tagline(new QLabel(QStringLiteral("Sermon preparation"), this))
+    , m_newSermon(new QPushButton(QStringLiteral("New Sermon"), this))
+    , m_open(new QPushButton(QStringLiteral("Open existing file\u2026"), this))
+    , m_recentSection(new QWidget(this))
+    , m_recentHeader(new QLabel(QStringLiteral("RECENT"), m_recentSection))
+    , m_recentRows(new QVBoxLayout)
+    , m_recentScroll(new QScrollArea(m_recentSection))
 {
     setMinimumSize(420, 420);
     auto* column = new QVBoxLayout(this);

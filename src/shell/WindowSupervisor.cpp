@@ -4,10 +4,10 @@
 #include "DocumentManager.h"
 #include "DocumentWindow.h"
 #include "NewSermonSheet.h"
-#include "documents/PendingCreation.h"
 #include "RecoveryOffer.h"
-#include "documents/RecoveryStore.h"
 #include "WelcomeView.h"
+#include "documents/PendingCreation.h"
+#include "documents/RecoveryStore.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -43,7 +43,9 @@ QWidget* makeWindow(const QString& identifier, const QString& title, QSize size,
 } // namespace
 
 WindowSupervisor::WindowSupervisor(DocumentManager* documents, Preferences* preferences, QObject* parent)
-    : QObject(parent), m_documents(documents), m_preferences(preferences)
+    : QObject(parent)
+    , m_documents(documents)
+    , m_preferences(preferences)
 {
     onQuit = [] { QCoreApplication::quit(); };
     qApp->installEventFilter(this);

@@ -9,7 +9,10 @@
 #include <cmath>
 
 ZoomControlsView::ZoomControlsView(QWidget* parent)
-    : QWidget(parent), m_out(new QToolButton(this)), m_percent(new QToolButton(this)), m_in(new QToolButton(this))
+    : QWidget(parent)
+    , m_out(new QToolButton(this))
+    , m_percent(new QToolButton(this))
+    , m_in(new QToolButton(this))
 {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(4, 2, 4, 2);

@@ -136,8 +136,8 @@ TEST(FrontMatter, FieldsAbsorbTheirOwnFaults)
         {"scripture:", "", std::nullopt, 0},
         {"title: Ignored\nscripture: Ruth 1", "Ruth 1", std::nullopt, 0},
         {"occasion:\n- place: X\n  date: 2026-01-01", "", std::nullopt, 0},
-        {"occasions:\n- place: A\n  date: 2026-01-01\n- place: B\n  date: soon\n- place: C\n  date: '2025-02-03'",
-         "", std::nullopt, 2},
+        {"occasions:\n- place: A\n  date: 2026-01-01\n- place: B\n  date: soon\n- place: C\n  date: '2025-02-03'", "",
+         std::nullopt, 2},
         {"occasions:\n- date: 2026-01-01\n- place: No date\n- just a string\n- [1, 2]", "", std::nullopt, 1},
         {"base: &b\n  scripture: Merged\n<<: *b\nduration: 5", "Merged", 5, 0},
         {"base: &b\n  scripture: Merged\n<<: *b\nscripture: Own", "Own", std::nullopt, 0},
@@ -180,7 +180,8 @@ TEST(FrontMatter, WholeBlockFailures)
         EXPECT_FALSE(result.error.isEmpty()) << yaml;
     }
     // A block larger than any sermon's is refused unread, however plain.
-    EXPECT_FALSE(decodeFrontMatter(QStringLiteral("duration: 5\n") + QStringLiteral("# note\n").repeated(40000)).metadata);
+    EXPECT_FALSE(
+        decodeFrontMatter(QStringLiteral("duration: 5\n") + QStringLiteral("# note\n").repeated(40000)).metadata);
 }
 
 TEST(FrontMatter, DatesNeedTheDayForm)

@@ -131,8 +131,7 @@ TEST(MarkdownCodec, ChoosesListFormOnlyWhenHeadingsCannotHoldTheTree)
         {"# T\n- a\n  [//]: # (collapsed)\n  - a1\n- b", "# T\n\n- a\n  [//]: # (collapsed)\n  - a1\n- b\n"},
         // quotes in plain form stay two quotes; in list form a quote item
         {"# T\n> a\n\n> b", "# T\n\n> a\n\n> b\n"},
-        {"# T\n- a\n  - > q\n    > r\n  - s\n    more\n- b",
-         "# T\n\n- a\n  - > q\n    > r\n  - s\n    more\n- b\n"},
+        {"# T\n- a\n  - > q\n    > r\n  - s\n    more\n- b", "# T\n\n- a\n  - > q\n    > r\n  - s\n    more\n- b\n"},
         {"# Title", "# Title\n"},
         {"", "# Untitled\n"},
     };
@@ -167,8 +166,8 @@ TEST(MarkdownCodec, RoundTripLossesAreThoseOfTheFormat)
         auto node = root->addChild(QString::fromUtf8(row.text));
         if (row.child)
             node->addChild(QString::fromUtf8(row.child));
-        node->setQuote(row.quote);        // lost on a branch
-        node->setCollapsed(!row.child);   // lost on a leaf
+        node->setQuote(row.quote); // lost on a branch
+        node->setCollapsed(!row.child); // lost on a leaf
         auto back = MarkdownCodec::parseBody(write(*root).split(QLatin1Char('\n')));
         EXPECT_EQ(outline(*back), QString::fromUtf8(row.readBack)) << row.text;
     }
@@ -197,8 +196,7 @@ TEST(MarkdownCodec, BranchLinesStartsAtTheGivenLevel)
     const auto a = root->children().front();
     QStringList lines;
     MarkdownCodec::branchLines(*a, 0, lines, true);
-    EXPECT_EQ(lines.join(QLatin1Char('\n')).toStdString(),
-              "# A\n[//]: # (collapsed)\n\nleaf\n> said\n\n## B\n\nb1");
+    EXPECT_EQ(lines.join(QLatin1Char('\n')).toStdString(), "# A\n[//]: # (collapsed)\n\nleaf\n> said\n\n## B\n\nb1");
 
     QStringList deep;
     MarkdownCodec::branchLines(*a, 6, deep, true);

@@ -40,15 +40,16 @@ TEST(RewriteCheck, MarkdownTheCodecCannotKeepIsForeign)
         {"a blank line in a fence", "# T\n\n```\na\n\nb\n```\n", 5, "\"\" would be lost"},
         {"text after a table joins it", "# T\n\n| a | b |\n|---|---|\n| 1 | 2 |\n\nAfter the table.\n", 7,
          "\"After the table.\" would read as a table row"},
-        {"markdown inside an HTML block", "# T\n\n<details>\n<summary>More</summary>\n\nHidden text.\n\n</details>\n", 6,
-         "\"Hidden text.\" would read as HTML"},
+        {"markdown inside an HTML block", "# T\n\n<details>\n<summary>More</summary>\n\nHidden text.\n\n</details>\n",
+         6, "\"Hidden text.\" would read as HTML"},
         {"an HTML comment above the title moves", "<!-- badges -->\n# T\n\nText.\n", 1,
          "\"<!-- badges -->\" would be lost"},
         {"a front matter key the codec drops", "---\ntitle: Notes\nscripture: John 1\n---\n\n# Notes\n", 2,
          "\"title: Notes\" would be lost"},
         {"a comment in the front matter", "---\n# mine\nscripture: John 1\n---\n\n# T\n", 2,
          "\"# mine\" would be lost"},
-        {"a key inside an occasion", "---\noccasions:\n- place: Hall\n  note: bring chairs\n  date: 2026-01-04\n---\n\n# T\n", 4,
+        {"a key inside an occasion",
+         "---\noccasions:\n- place: Hall\n  note: bring chairs\n  date: 2026-01-04\n---\n\n# T\n", 4,
          "\"  note: bring chairs\" would be lost"},
         {"a duration that isn't whole minutes", "---\nduration: 30.5\n---\n\n# T\n", 1, "\"---\" would be lost"},
         {"setext headings under no title", "Project\n=======\n\nIntro.\n", 1, "\"# Untitled\" would be added"},
@@ -64,8 +65,7 @@ TEST(RewriteCheck, MarkdownTheCodecCannotKeepIsForeign)
          "\"## Later\" would be rewritten as \"Later\""},
         {"a rule of stars becomes a list item", "# T\n\nAbove\n\n* * *\n\nBelow\n", 5,
          "\"* * *\" would be rewritten as \"* *\""},
-        {"a second title renames the first", "# Title\n\nText.\n\n# Other\n\nMore.\n", 1,
-         "\"# Title\" would be lost"},
+        {"a second title renames the first", "# Title\n\nText.\n\n# Other\n\nMore.\n", 1, "\"# Title\" would be lost"},
         {"no title at all", "Just a note.\n", 1, "\"# Untitled\" would be added"},
         {"a paragraph after a list", "# T\n\n- a\n  - b\n- c\n\nAfter the list.\n", 7,
          "\"After the list.\" would read as part of a list item"},
@@ -114,9 +114,9 @@ TEST(RewriteCheck, LayoutAloneIsClean)
 SermonNodePtr randomTree(std::mt19937& random)
 {
     auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(random); };
-    static const QStringList words = {QStringLiteral("grace"), QStringLiteral("1."), QStringLiteral("| a |"),
-                                      QStringLiteral("```"), QStringLiteral("<div>"), QStringLiteral("*soft*"),
-                                      QStringLiteral("> no"), QStringLiteral("---"), QStringLiteral("caf\u00e9")};
+    static const QStringList words = {QStringLiteral("grace"), QStringLiteral("1."),    QStringLiteral("| a |"),
+                                      QStringLiteral("```"),   QStringLiteral("<div>"), QStringLiteral("*soft*"),
+                                      QStringLiteral("> no"),  QStringLiteral("---"),   QStringLiteral("caf\u00e9")};
     auto text = [&] {
         QStringList out{QStringLiteral("Word%1").arg(pick(0, 99))};
         for (int i = pick(0, 4); i > 0; --i)
@@ -224,7 +224,8 @@ TEST(RewriteCheck, ChangesListEachLineOnceWithItsNumberAndWhatItBecomes)
     EXPECT_EQ(result.changes, expected);
 
     // A line pairs with the one that keeps its words, not merely the next one.
-    const RewriteCheck::Result regrouped = RewriteCheck::compare("# T\n\n- one\nx\ny\n- two\n", "# T\n\n## one\n\ntwo\nz\n");
+    const RewriteCheck::Result regrouped =
+        RewriteCheck::compare("# T\n\n- one\nx\ny\n- two\n", "# T\n\n## one\n\ntwo\nz\n");
     const QList<RewriteCheck::LineChange> pairedByWords = {
         {Kind::changed, 3, QStringLiteral("- one"), QStringLiteral("## one"), {}},
         {Kind::vanishes, 4, QStringLiteral("x"), {}, {}},

@@ -26,7 +26,10 @@ namespace {
 //   heading would read as the other's child, so the writer lists them, closing the levels.
 class RandomTree {
 public:
-    explicit RandomTree(unsigned seed) : m_random(seed) {}
+    explicit RandomTree(unsigned seed)
+        : m_random(seed)
+    {
+    }
 
     SermonNodePtr make()
     {
@@ -90,10 +93,10 @@ private:
 
     QString line()
     {
-        static const QStringList words = {QStringLiteral("grace"), QStringLiteral("why?"), QStringLiteral("x#"),
-                                          QStringLiteral("caf\u00e9"), QStringLiteral("1."), QStringLiteral("-"),
-                                          QStringLiteral("\"said\""), QStringLiteral("*soft*"), QStringLiteral("> no"),
-                                          QStringLiteral("\u2014"), QStringLiteral("[//]:"), QStringLiteral("#")};
+        static const QStringList words = {QStringLiteral("grace"),     QStringLiteral("why?"),   QStringLiteral("x#"),
+                                          QStringLiteral("caf\u00e9"), QStringLiteral("1."),     QStringLiteral("-"),
+                                          QStringLiteral("\"said\""),  QStringLiteral("*soft*"), QStringLiteral("> no"),
+                                          QStringLiteral("\u2014"),    QStringLiteral("[//]:"),  QStringLiteral("#")};
         QStringList out{QStringLiteral("Word%1").arg(pick(0, 99))};
         for (int i = pick(0, 4); i > 0; --i)
             out.append(words[pick(0, int(words.size()) - 1)]);

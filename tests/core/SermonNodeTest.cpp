@@ -82,12 +82,9 @@ TEST(SermonNode, MoveNodeRefusalsLeaveTheTreeUntouched)
         NodeID node;
         NodeID target;
     } cases[] = {
-        {"the root itself", t.root->id(), t.a->id()},
-        {"into its own child", t.a->id(), t.a1->id()},
-        {"into itself", t.a->id(), t.a->id()},
-        {"onto a quote", t.c1->id(), t.b->id()},
-        {"an unknown node", makeNodeID(), t.a->id()},
-        {"to an unknown parent", t.a1->id(), makeNodeID()},
+        {"the root itself", t.root->id(), t.a->id()}, {"into its own child", t.a->id(), t.a1->id()},
+        {"into itself", t.a->id(), t.a->id()},        {"onto a quote", t.c1->id(), t.b->id()},
+        {"an unknown node", makeNodeID(), t.a->id()}, {"to an unknown parent", t.a1->id(), makeNodeID()},
     };
     for (const auto& c : cases) {
         EXPECT_FALSE(t.root->moveNode(c.node, c.target, 0)) << c.what;
@@ -173,15 +170,13 @@ TEST(SermonNode, DepthsAreConsistentAllowsOnlyAHeadingsSkippedLevels)
 {
     struct Case {
         int heading; // under the root at depth 0
-        int child;   // under the heading
+        int child; // under the heading
         bool consistent;
     } cases[] = {
-        {1, 2, true},
-        {3, 4, true},  // a file's heading may skip levels
-        {5, 6, true},  // down to the deepest heading level
+        {1, 2, true},  {3, 4, true}, // a file's heading may skip levels
+        {5, 6, true}, // down to the deepest heading level
         {6, 7, false}, // but no heading stands that deep
-        {1, 7, false},
-        {1, 1, false}, // never level with its parent
+        {1, 7, false}, {1, 1, false}, // never level with its parent
         {2, 1, false}, // nor above it
     };
     for (const Case& c : cases) {

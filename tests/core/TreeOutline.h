@@ -23,4 +23,7 @@ inline QString outline(const SermonNode& root)
 }
 
 // Pretty-printing for GoogleTest messages.
-inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
+inline void PrintTo(const QString& s, std::ostream* os)
+{
+    *os << '"' << s.toStdString() << '"';
+}

@@ -1,5 +1,5 @@
-#include "core/ReadingPace.h"
 #include "core/WordCount.h"
+#include "core/ReadingPace.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +40,8 @@ TEST(WordCount, EstimatedMinutesAreStepsOfFive)
 {
     struct Row {
         int words, wpm, minutes;
-    } rows[] = {{0, 130, 5}, {130, 130, 5}, {651, 130, 10}, {1000, 0, 5}, {1000, -4, 5}, {3900, 130, 30}, {3901, 130, 35}};
+    } rows[] = {{0, 130, 5},   {130, 130, 5},   {651, 130, 10}, {1000, 0, 5},
+                {1000, -4, 5}, {3900, 130, 30}, {3901, 130, 35}};
     for (const auto& row : rows)
         EXPECT_EQ(estimatedMinutes(row.words, row.wpm), row.minutes) << row.words << " at " << row.wpm;
 }

@@ -121,7 +121,7 @@ TEST_F(DeliveryLayoutTest, LeafIndentsAndQuotes)
     EXPECT_EQ(itemFor(layout, quote->id())->frame.x(), 150 + 0 + 20);
     EXPECT_TRUE(itemFor(layout, quote->id())->isQuote);
     EXPECT_EQ(itemFor(layout, plain->id())->frame.x(), 150 + 24); // depth 3
-    EXPECT_EQ(itemFor(layout, deep->id())->frame.x(), 150 + 48);  // depth 4
+    EXPECT_EQ(itemFor(layout, deep->id())->frame.x(), 150 + 48); // depth 4
     // A leaf stores its middle for the runner.
     const DeliveryItem* leaf = itemFor(layout, plain->id());
     EXPECT_DOUBLE_EQ(layout.nodeYPositions.at(plain->id()), leaf->frame.center().y());

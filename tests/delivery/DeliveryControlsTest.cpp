@@ -29,9 +29,9 @@ TEST_F(DeliveryControlsTest, DurationFieldParsing)
         std::optional<int> minutes;
     };
     const Row rows[] = {
-        {"45", 45}, {"45:30", 46}, {"45:29", 45}, {":30", 30}, {"12:30", 13}, {"abc", std::nullopt},
-        {"", std::nullopt}, {":", std::nullopt}, {"0", std::nullopt}, {"1:2:3", std::nullopt},
-        {"5:x", std::nullopt}, {"-3", std::nullopt},
+        {"45", 45},          {"45:30", 46},           {"45:29", 45},         {":30", 30},
+        {"12:30", 13},       {"abc", std::nullopt},   {"", std::nullopt},    {":", std::nullopt},
+        {"0", std::nullopt}, {"1:2:3", std::nullopt}, {"5:x", std::nullopt}, {"-3", std::nullopt},
     };
     for (const Row& row : rows)
         EXPECT_EQ(DeliveryCounterBlock::parseDuration(QString::fromLatin1(row.text)), row.minutes) << row.text;
@@ -149,9 +149,9 @@ TEST_F(DeliveryControlsTest, RemainingColourThresholds)
         QColor expected;
     };
     const Row rows[] = {
-        {301, TimerState::running, primary()},  {300, TimerState::running, orange()},
-        {0.5, TimerState::running, orange()},   {0, TimerState::running, red()},
-        {-90, TimerState::running, red()},      {-90, TimerState::paused, withAlpha(red(), 0.45)},
+        {301, TimerState::running, primary()}, {300, TimerState::running, orange()},
+        {0.5, TimerState::running, orange()},  {0, TimerState::running, red()},
+        {-90, TimerState::running, red()},     {-90, TimerState::paused, withAlpha(red(), 0.45)},
         {1000, TimerState::idle, primary()},
     };
     for (const Row& row : rows)
@@ -163,8 +163,8 @@ TEST_F(DeliveryControlsTest, DriftThresholds)
     using Drift = DeliveryTimelineRuler::Drift;
     const std::pair<double, Drift> rows[] = {
         {-600, Drift::calm}, // reading ahead never warns
-        {0, Drift::calm},        {119.9, Drift::calm},      {120, Drift::behind},
-        {180, Drift::behind},    {239.9, Drift::behind},    {240, Drift::farBehind},
+        {0, Drift::calm},     {119.9, Drift::calm},   {120, Drift::behind},
+        {180, Drift::behind}, {239.9, Drift::behind}, {240, Drift::farBehind},
     };
     for (const auto& [seconds, level] : rows)
         EXPECT_EQ(DeliveryTimelineRuler::driftLevel(seconds), level) << seconds;
@@ -250,7 +250,8 @@ TEST_F(DeliveryControlsTest, HeadingStopsAndNextHeadings)
     sub->addChild(wordsText(10));
     DeliveryCanvasState state;
     EXPECT_TRUE(DeliveryTimelineRuler::headingStops(nullptr, 1).empty());
-    auto layout = std::make_shared<const DeliveryContentLayout>(DeliveryContentLayout::compute(*root, 20, 700, 15, 1.8));
+    auto layout =
+        std::make_shared<const DeliveryContentLayout>(DeliveryContentLayout::compute(*root, 20, 700, 15, 1.8));
     state.setLayout(layout);
 
     const auto stops = DeliveryTimelineRuler::headingStops(layout.get(), 1);
@@ -305,7 +306,10 @@ TEST_F(DeliveryControlsTest, TheRulerRepaintsOnlyWhatMovesAndAPartMatchesTheWhol
     QRegion painted;
     struct Recorder : QObject {
         QRegion* region;
-        explicit Recorder(QRegion* r) : region(r) {}
+        explicit Recorder(QRegion* r)
+            : region(r)
+        {
+        }
         bool eventFilter(QObject*, QEvent* event) override
         {
             if (event->type() == QEvent::Paint)

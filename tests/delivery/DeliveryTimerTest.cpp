@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-
 namespace {
 
 struct TimerFixture : ::testing::Test {
@@ -156,8 +155,8 @@ TEST(DeliveryTimer, RemainingTextTruncatesTowardZero)
         const char* text;
     };
     const Row rows[] = {
-        {0.4, "0:59"},    // 59.6 left
-        {60.5, "0:00"},   // -0.5: no sign
+        {0.4, "0:59"}, // 59.6 left
+        {60.5, "0:00"}, // -0.5: no sign
         {121, "\u22121:01"},
         {-5340, "90:00"}, // minutes are never split into hours
     };

@@ -17,11 +17,11 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QSettings>
 #include <QSlider>
+#include <QTemporaryDir>
 #include <QToolBar>
 #include <QWheelEvent>
-#include <QSettings>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -142,11 +142,8 @@ TEST_F(DeliveryViewTest, ScrollKeysUnfollowAndAnimate)
     };
     const double end = state->maxScrollY();
     const Row rows[] = {
-        {Qt::Key_PageDown, 0, page},
-        {Qt::Key_PageDown, end - 10, end}, // clamped at the end
-        {Qt::Key_PageUp, 2 * page, page},
-        {Qt::Key_PageUp, 10, 0},
-        {Qt::Key_End, 0, end},
+        {Qt::Key_PageDown, 0, page},      {Qt::Key_PageDown, end - 10, end}, // clamped at the end
+        {Qt::Key_PageUp, 2 * page, page}, {Qt::Key_PageUp, 10, 0},           {Qt::Key_End, 0, end},
         {Qt::Key_Home, end, 0},
     };
     for (const Row& row : rows) {
@@ -264,8 +261,8 @@ TEST_F(DeliveryViewTest, DurationIsWrittenAsOneUndoStep)
 
 TEST_F(DeliveryViewTest, MaxTextWidthFollowsTheWindow)
 {
-    const std::pair<double, double> rows[] = {{0, 1000}, {1000, 850}, {900, 750}, {1150, 1000},
-                                              {1500, 1000}, {560, 400}, {1049, 850}};
+    const std::pair<double, double> rows[] = {{0, 1000},    {1000, 850}, {900, 750}, {1150, 1000},
+                                              {1500, 1000}, {560, 400},  {1049, 850}};
     for (const auto& [available, expected] : rows)
         EXPECT_EQ(DeliveryView::maxTextWidth(available), expected) << available;
 }

@@ -43,11 +43,12 @@ TEST_F(CommandLineTest, ExportsJsonInStoredOrderWithoutIds)
                               "'2026-01-01'\nduration: 20\n---\n\n# T\n\n> q\n");
     const auto r = run({QStringLiteral("export"), QStringLiteral("--to"), QStringLiteral("json"), path});
     EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out.toStdString(),
-              "{\"metadata\":{\"occasions\":[{\"place\":\"B\",\"date\":\"2025-01-01\"},{\"place\":\"A\\\"\",\"date\":"
-              "\"2026-01-01\"}],\"scripture\":\"\",\"series\":\"\",\"duration\":20},\"root\":{\"text\":\"T\",\"depth\":0,"
-              "\"isCollapsed\":false,\"isQuote\":false,\"children\":[{\"text\":\"q\",\"depth\":1,\"isCollapsed\":false,"
-              "\"isQuote\":true,\"children\":[]}]}}\n");
+    EXPECT_EQ(
+        r.out.toStdString(),
+        "{\"metadata\":{\"occasions\":[{\"place\":\"B\",\"date\":\"2025-01-01\"},{\"place\":\"A\\\"\",\"date\":"
+        "\"2026-01-01\"}],\"scripture\":\"\",\"series\":\"\",\"duration\":20},\"root\":{\"text\":\"T\",\"depth\":0,"
+        "\"isCollapsed\":false,\"isQuote\":false,\"children\":[{\"text\":\"q\",\"depth\":1,\"isCollapsed\":false,"
+        "\"isQuote\":true,\"children\":[]}]}}\n");
 }
 
 TEST_F(CommandLineTest, ExportsMarkdownAsSavingWould)
@@ -68,13 +69,16 @@ TEST_F(CommandLineTest, CheckSaysWhetherSavingWouldChangeTheFile)
     } rows[] = {
         {"# T\n\nline\n\n\n## Part\n\n* a\n  + b\n- c  \n", 0, ""},
         {"* a\n  + b\n* c", 3, "1: \"# Untitled\" would be added\n"},
-        {"# T\n\n```python\ndef f():\n    return 1\n```\n", 3, "5: \"    return 1\" would be rewritten as \"return 1\"\n"},
+        {"# T\n\n```python\ndef f():\n    return 1\n```\n", 3,
+         "5: \"    return 1\" would be rewritten as \"return 1\"\n"},
     };
     for (const Row& row : rows) {
         const QString path = file("s.md", row.file);
-        const auto r = run({QStringLiteral("export"), QStringLiteral("--to"), markdown, QStringLiteral("--check"), path});
+        const auto r =
+            run({QStringLiteral("export"), QStringLiteral("--to"), markdown, QStringLiteral("--check"), path});
         EXPECT_EQ(r.status, row.status) << row.file;
-        EXPECT_EQ(r.out, row.status == 0 ? QString() : path + QLatin1Char(':') + QString::fromUtf8(row.out)) << row.file;
+        EXPECT_EQ(r.out, row.status == 0 ? QString() : path + QLatin1Char(':') + QString::fromUtf8(row.out))
+            << row.file;
         EXPECT_TRUE(r.err.isEmpty()) << row.file;
     }
 }
@@ -124,8 +128,11 @@ TEST_F(CommandLineTest, UnreadableFilesAndWrongUsage)
         {{QStringLiteral("stats"), empty, QStringLiteral("--wpm"), QStringLiteral("fast")}, 2},
         {{QStringLiteral("export"), empty}, 2},
         {{QStringLiteral("export"), QStringLiteral("--to"), QStringLiteral("pdf"), empty}, 2},
-        {{QStringLiteral("export"), QStringLiteral("--check"), QStringLiteral("--to"), QStringLiteral("json"), empty}, 2},
-        {{QStringLiteral("export"), binary, QStringLiteral("--to"), QStringLiteral("markdown"), QStringLiteral("--check")}, 1},
+        {{QStringLiteral("export"), QStringLiteral("--check"), QStringLiteral("--to"), QStringLiteral("json"), empty},
+         2},
+        {{QStringLiteral("export"), binary, QStringLiteral("--to"), QStringLiteral("markdown"),
+          QStringLiteral("--check")},
+         1},
         {{QStringLiteral("frobnicate")}, 2},
     };
     for (const auto& row : rows) {

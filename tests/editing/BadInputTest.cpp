@@ -14,25 +14,49 @@ struct Operation {
     std::function<void(DocumentController&)> run;
 };
 
-void PrintTo(const Operation& op, std::ostream* os) { *os << op.name; }
+void PrintTo(const Operation& op, std::ostream* os)
+{
+    *os << op.name;
+}
 
 const std::vector<Operation>& operations()
 {
     using D = DocumentController;
     static const std::vector<Operation> all{
-        {"delete", &D::deleteSelection}, {"duplicate", &D::duplicate}, {"moveUp", &D::moveUp},
-        {"moveDown", &D::moveDown}, {"promote", &D::promote}, {"demote", &D::demote}, {"fold", &D::fold},
-        {"unfold", &D::unfold}, {"newLineBelow", &D::newLineBelow}, {"newLineAbove", &D::newLineAbove},
-        {"newLineUnder", &D::newLineUnder}, {"toggleQuote", &D::toggleQuote},
-        {"setMarker", [](D& c) { c.setMarker(Markers::all()[0].symbol); }}, {"removeMarker", &D::removeMarker},
-        {"split", &D::split}, {"splitSentences", &D::splitSentences}, {"join", [](D& c) { c.join(); }},
-        {"copy", &D::copy}, {"copyBranch", &D::copyBranch}, {"cut", &D::cut}, {"paste", &D::paste},
-        {"beginEditing", &D::beginEditing}, {"commit", [](D& c) { c.commit(true); }},
-        {"return", &D::editorReturn}, {"insertLineAbove", &D::editorInsertLineAbove},
-        {"splitAtCursor", [](D& c) { c.editorSplitAtCursor(1); }}, {"tab", &D::editorTab},
-        {"shiftTab", &D::editorShiftTab}, {"escape", &D::editorEscape},
-        {"up", [](D& c) { c.moveSelection(false); }}, {"extendDown", [](D& c) { c.extendSelection(true); }},
-        {"left", &D::selectParent}, {"right", &D::selectFirstChild}, {"stepMatch", [](D& c) { c.stepMatch(true); }},
+        {"delete", &D::deleteSelection},
+        {"duplicate", &D::duplicate},
+        {"moveUp", &D::moveUp},
+        {"moveDown", &D::moveDown},
+        {"promote", &D::promote},
+        {"demote", &D::demote},
+        {"fold", &D::fold},
+        {"unfold", &D::unfold},
+        {"newLineBelow", &D::newLineBelow},
+        {"newLineAbove", &D::newLineAbove},
+        {"newLineUnder", &D::newLineUnder},
+        {"toggleQuote", &D::toggleQuote},
+        {"setMarker", [](D& c) { c.setMarker(Markers::all()[0].symbol); }},
+        {"removeMarker", &D::removeMarker},
+        {"split", &D::split},
+        {"splitSentences", &D::splitSentences},
+        {"join", [](D& c) { c.join(); }},
+        {"copy", &D::copy},
+        {"copyBranch", &D::copyBranch},
+        {"cut", &D::cut},
+        {"paste", &D::paste},
+        {"beginEditing", &D::beginEditing},
+        {"commit", [](D& c) { c.commit(true); }},
+        {"return", &D::editorReturn},
+        {"insertLineAbove", &D::editorInsertLineAbove},
+        {"splitAtCursor", [](D& c) { c.editorSplitAtCursor(1); }},
+        {"tab", &D::editorTab},
+        {"shiftTab", &D::editorShiftTab},
+        {"escape", &D::editorEscape},
+        {"up", [](D& c) { c.moveSelection(false); }},
+        {"extendDown", [](D& c) { c.extendSelection(true); }},
+        {"left", &D::selectParent},
+        {"right", &D::selectFirstChild},
+        {"stepMatch", [](D& c) { c.stepMatch(true); }},
     };
     return all;
 }
@@ -93,14 +117,16 @@ TEST_P(TitleRefused, LeavesNoStep)
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, TitleRefused, ::testing::ValuesIn([] {
-    std::vector<Operation> refused;
-    for (const Operation& op : operations())
-        for (const char* name : {"delete", "duplicate", "moveUp", "moveDown", "promote", "demote", "newLineBelow",
-                                 "newLineAbove", "split", "cut", "splitAtCursor", "insertLineAbove", "return"})
-            if (std::string(op.name) == name)
-                refused.push_back(op);
-    return refused;
-}()), [](const auto& test) { return std::string(test.param.name); });
+                             std::vector<Operation> refused;
+                             for (const Operation& op : operations())
+                                 for (const char* name :
+                                      {"delete", "duplicate", "moveUp", "moveDown", "promote", "demote", "newLineBelow",
+                                       "newLineAbove", "split", "cut", "splitAtCursor", "insertLineAbove", "return"})
+                                     if (std::string(op.name) == name)
+                                         refused.push_back(op);
+                             return refused;
+                         }()),
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(Editing, StartingASessionOnALineOutsideTheTreeDoesNothing)
 {

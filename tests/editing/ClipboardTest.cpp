@@ -9,7 +9,10 @@ namespace {
 
 using Clipboard = Editing;
 
-QString board(const MemoryPasteboard& p) { return p.string().value_or(QStringLiteral("<empty>")); }
+QString board(const MemoryPasteboard& p)
+{
+    return p.string().value_or(QStringLiteral("<empty>"));
+}
 
 TEST_F(Clipboard, CopyTakesTheLinesOnlyWithoutMarks)
 {
@@ -97,18 +100,18 @@ TEST_P(ParsePasted, MakesTheExpectedLines)
             EXPECT_EQ(node->depth(), host->parent(node->id())->depth() + 1) << node->text().toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, ParsePasted, ::testing::Values(
-    PasteCase{"Sentences", "One. Two. Three.", "P(One., Two., Three.)"},
-    PasteCase{"LinesWin", "First. Still first\nSecond!", "P(First. Still first, Second!)"},
-    PasteCase{"NestedList", "- a\n  - b", "P(a(b))"},
-    PasteCase{"Quote", "> a", "P(>a)"},
-    PasteCase{"TitleAlone", "# T", "P(T)"},
-    PasteCase{"TitledBranch", "# Title\n\nbody\n## Sub\nkid", "P(Title(body, Sub(kid)))"},
-    PasteCase{"TwoHeadings", "## A\n## B", "P(A, B)"},
-    PasteCase{"GapsClosed", "# T\n#### deep\nx", "P(T(deep(x)))"},
-    PasteCase{"NoFrontMatter", "---\nx: 1\n---", "P(---, x: 1, ---)"},
-    PasteCase{"CrLf", "- a\r\n- b\r\n", "P(a, b)"},
-    PasteCase{"Abbreviation", "See e.g. this", "P(See e.g., this)"}),
+INSTANTIATE_TEST_SUITE_P(
+    Texts, ParsePasted,
+    ::testing::Values(PasteCase{"Sentences", "One. Two. Three.", "P(One., Two., Three.)"},
+                      PasteCase{"LinesWin", "First. Still first\nSecond!", "P(First. Still first, Second!)"},
+                      PasteCase{"NestedList", "- a\n  - b", "P(a(b))"}, PasteCase{"Quote", "> a", "P(>a)"},
+                      PasteCase{"TitleAlone", "# T", "P(T)"},
+                      PasteCase{"TitledBranch", "# Title\n\nbody\n## Sub\nkid", "P(Title(body, Sub(kid)))"},
+                      PasteCase{"TwoHeadings", "## A\n## B", "P(A, B)"},
+                      PasteCase{"GapsClosed", "# T\n#### deep\nx", "P(T(deep(x)))"},
+                      PasteCase{"NoFrontMatter", "---\nx: 1\n---", "P(---, x: 1, ---)"},
+                      PasteCase{"CrLf", "- a\r\n- b\r\n", "P(a, b)"},
+                      PasteCase{"Abbreviation", "See e.g. this", "P(See e.g., this)"}),
     [](const auto& test) { return std::string(test.param.name); });
 
 TEST(SplitPlainText, CutsOneLineAtSentenceEndsOnly)

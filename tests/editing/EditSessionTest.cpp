@@ -6,7 +6,10 @@ namespace {
 
 using Session = Editing;
 
-void type(DocumentController& c, const QString& text) { c.setEditingText(text); }
+void type(DocumentController& c, const QString& text)
+{
+    c.setEditingText(text);
+}
 
 TEST_F(Session, TypingAnOutlineTakesOneStepPerNewLine)
 {
@@ -132,10 +135,11 @@ TEST_P(EmptiedCommit, RemovesTheLineAndSelectsItsNeighbour)
     EXPECT_EQ(canvasFocusRequests, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Neighbours, EmptiedCommit, ::testing::Values(
-    EmptiedCase{"T\n  a\n  b\n  c", "b", "T(a, c)", "a"},   // the one before
-    EmptiedCase{"T\n  a\n  b\n  c", "a", "T(b, c)", "b"},   // the first: the one after
-    EmptiedCase{"T\n  a\n    a1", "a1", "T(a)", "a"}));     // the only one: the parent
+INSTANTIATE_TEST_SUITE_P(
+    Neighbours, EmptiedCommit,
+    ::testing::Values(EmptiedCase{"T\n  a\n  b\n  c", "b", "T(a, c)", "a"}, // the one before
+                      EmptiedCase{"T\n  a\n  b\n  c", "a", "T(b, c)", "b"}, // the first: the one after
+                      EmptiedCase{"T\n  a\n    a1", "a1", "T(a)", "a"})); // the only one: the parent
 
 TEST_F(Session, EmptyingTheTitleRemovesNothing)
 {
@@ -212,16 +216,17 @@ TEST_P(AltReturn, SplitsAtTheCursorInOneStep)
     EXPECT_EQ(controller->selectedNodeID(), controller->editingNodeID());
 }
 
-INSTANTIATE_TEST_SUITE_P(Cursor, AltReturn, ::testing::Values(
-    CursorSplit{"one two", 3, "T(before, one, two, after)", false},
-    CursorSplit{"one two", 7, "T(before, one two, , after)", true},     // at the end
-    CursorSplit{"one two", 99, "T(before, one two, , after)", true},    // clamped
-    CursorSplit{"one two", 0, "T(before, one two, after)", false},      // the text takes the line's place
-    CursorSplit{"one two", -5, "T(before, one two, after)", false},
-    // A soft break counts one unit and stays inside its half.
-    CursorSplit{"a\u2028b c", 3, "T(before, a/b, c, after)", false},
-    // Emoji are two units each.
-    CursorSplit{"\U0001F534 red", 2, "T(before, \U0001F534, red, after)", false}));
+INSTANTIATE_TEST_SUITE_P(
+    Cursor, AltReturn,
+    ::testing::Values(CursorSplit{"one two", 3, "T(before, one, two, after)", false},
+                      CursorSplit{"one two", 7, "T(before, one two, , after)", true}, // at the end
+                      CursorSplit{"one two", 99, "T(before, one two, , after)", true}, // clamped
+                      CursorSplit{"one two", 0, "T(before, one two, after)", false}, // the text takes the line's place
+                      CursorSplit{"one two", -5, "T(before, one two, after)", false},
+                      // A soft break counts one unit and stays inside its half.
+                      CursorSplit{"a\u2028b c", 3, "T(before, a/b, c, after)", false},
+                      // Emoji are two units each.
+                      CursorSplit{"\U0001F534 red", 2, "T(before, \U0001F534, red, after)", false}));
 
 TEST_F(Session, AltReturnInAQuoteGivesTwoQuotes)
 {

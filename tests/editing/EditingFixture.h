@@ -13,7 +13,10 @@
 #include <ostream>
 #include <vector>
 
-inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
+inline void PrintTo(const QString& s, std::ostream* os)
+{
+    *os << '"' << s.toStdString() << '"';
+}
 
 // Builds a tree from an indented outline: two spaces per level, "> " marks a quote and "+ " a
 // folded line. The first line is the title.

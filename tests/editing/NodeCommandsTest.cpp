@@ -34,9 +34,10 @@ TEST_F(Commands, WithTheTitleSelectedOnlyTheSelectionCountsAreTrue)
     EXPECT_EQ(state(), expected);
 
     select("T");
-    EXPECT_EQ(contextLabels(), (QStringList{"Cut", "Copy", "Copy Branch", "Paste", "Duplicate", "|", "Delete", "|",
-                                            "Mark", "|", "Move Up", "Move Down", "Demote", "|", "Edit",
-                                            "New Line Below", "New Line Above", "New Line Under"}));
+    EXPECT_EQ(
+        contextLabels(),
+        (QStringList{"Cut", "Copy", "Copy Branch", "Paste", "Duplicate", "|", "Delete", "|", "Mark", "|", "Move Up",
+                     "Move Down", "Demote", "|", "Edit", "New Line Below", "New Line Above", "New Line Under"}));
 }
 
 TEST_F(Commands, StateGathersAnyAndAllOverTheSelection)
@@ -76,18 +77,37 @@ TEST_P(SplitHints, AreOfferedOnlyWhenTheTextShowsThem)
     EXPECT_EQ(state().canSplitSentences, GetParam().canSplitSentences);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, SplitHints, ::testing::Values(
-    SplitHint{QStringLiteral("one\u2028two"), true, false},
-    SplitHint{"one\ntwo", false, false},          // split would cut it, but isn't offered
-    SplitHint{"one. two.", false, false},          // no capital after the mark
-    SplitHint{"One. Two.", false, true}));
+INSTANTIATE_TEST_SUITE_P(Texts, SplitHints,
+                         ::testing::Values(SplitHint{QStringLiteral("one\u2028two"), true, false},
+                                           SplitHint{"one\ntwo", false, false}, // split would cut it, but isn't offered
+                                           SplitHint{"one. two.", false, false}, // no capital after the mark
+                                           SplitHint{"One. Two.", false, true}));
 
 TEST_F(Commands, ContextMenuShowsWhatTheStateAllows)
 {
     select(QStringList{"a1", "a2"});
-    EXPECT_EQ(contextLabels(), (QStringList{"Cut", "Copy", "Copy Branch", "Paste", "Duplicate", "|", "Delete", "|",
-                                            "Mark as Quote", "|", "Mark", "|", "Move Up", "Move Down", "Promote",
-                                            "Demote", "|", "Join", "|", "New Line Below", "New Line Above"}));
+    EXPECT_EQ(contextLabels(),
+              (QStringList{"Cut",
+                           "Copy",
+                           "Copy Branch",
+                           "Paste",
+                           "Duplicate",
+                           "|",
+                           "Delete",
+                           "|",
+                           "Mark as Quote",
+                           "|",
+                           "Mark",
+                           "|",
+                           "Move Up",
+                           "Move Down",
+                           "Promote",
+                           "Demote",
+                           "|",
+                           "Join",
+                           "|",
+                           "New Line Below",
+                           "New Line Above"}));
     select("q");
     EXPECT_TRUE(contextLabels().contains("Unmark as Quote"));
     // A quote takes no lines under it: hidden here, off in the Edit menu.
@@ -115,8 +135,8 @@ TEST_F(Commands, EditMenuWithoutARecordKeepsOnlyThePasteboardGroup)
             enabled.append(item.label);
     }
     EXPECT_EQ(enabled, (QStringList{"Cut", "Copy", "Paste", "Select All"}));
-    EXPECT_EQ(all.mid(0, 7), (QStringList{"Cut", "Copy", "Copy Branch", "Paste", "Select All", "Deselect All",
-                                          "Duplicate"}));
+    EXPECT_EQ(all.mid(0, 7),
+              (QStringList{"Cut", "Copy", "Copy Branch", "Paste", "Select All", "Deselect All", "Duplicate"}));
     EXPECT_EQ(all.size(), 23);
 }
 
@@ -238,19 +258,21 @@ TEST_P(CanvasKey, RunsItsCommand)
 const auto ctrl = Qt::ControlModifier;
 const auto alt = Qt::AltModifier;
 
-INSTANTIATE_TEST_SUITE_P(Keys, CanvasKey, ::testing::Values(
-    KeyCase{"AltDownMovesDown", Qt::Key_Down, alt, "a", "T(b+(b1), a(a1, a2), >q, c)", "a"},
-    KeyCase{"AltLeftPromotes", Qt::Key_Left, alt, "a2", "T(a(a1), a2, b+(b1), >q, c)", "a2"},
-    KeyCase{"AltRightDemotes", Qt::Key_Right, alt, "c", "T(a(a1, a2), b+(b1), >q, c)", "c"},
-    KeyCase{"CtrlLeftFolds", Qt::Key_Left, ctrl, "a", "T(a+(a1, a2), b+(b1), >q, c)", "a"},
-    KeyCase{"CtrlRightUnfolds", Qt::Key_Right, ctrl, "b", "T(a(a1, a2), b(b1), >q, c)", "b"},
-    KeyCase{"CtrlQuoteToggles", Qt::Key_Apostrophe, ctrl, "c", "T(a(a1, a2), b+(b1), >q, >c)", "c"},
-    KeyCase{"CtrlDDuplicates", Qt::Key_D, ctrl, "a1", "T(a(a1, a1, a2), b+(b1), >q, c)", "a1"},
-    KeyCase{"DownMoves", Qt::Key_Down, {}, "a", "T(a(a1, a2), b+(b1), >q, c)", "b"},
-    KeyCase{"RightEnters", Qt::Key_Right, {}, "a", "T(a(a1, a2), b+(b1), >q, c)", "a1"},
-    KeyCase{"ReturnAddsBelow", Qt::Key_Return, {}, "a1", "T(a(a1, a2), b+(b1), >q, c)", "a1"},
-    KeyCase{"KeypadEnterToo", Qt::Key_Enter, Qt::KeypadModifier, "a1", "T(a(a1, a2), b+(b1), >q, c)", "a1"},
-    KeyCase{"SpaceEdits", Qt::Key_Space, {}, "c", "T(a(a1, a2), b+(b1), >q, c)", "c"}),
+INSTANTIATE_TEST_SUITE_P(
+    Keys, CanvasKey,
+    ::testing::Values(KeyCase{"AltDownMovesDown", Qt::Key_Down, alt, "a", "T(b+(b1), a(a1, a2), >q, c)", "a"},
+                      KeyCase{"AltLeftPromotes", Qt::Key_Left, alt, "a2", "T(a(a1), a2, b+(b1), >q, c)", "a2"},
+                      KeyCase{"AltRightDemotes", Qt::Key_Right, alt, "c", "T(a(a1, a2), b+(b1), >q, c)", "c"},
+                      KeyCase{"CtrlLeftFolds", Qt::Key_Left, ctrl, "a", "T(a+(a1, a2), b+(b1), >q, c)", "a"},
+                      KeyCase{"CtrlRightUnfolds", Qt::Key_Right, ctrl, "b", "T(a(a1, a2), b(b1), >q, c)", "b"},
+                      KeyCase{"CtrlQuoteToggles", Qt::Key_Apostrophe, ctrl, "c", "T(a(a1, a2), b+(b1), >q, >c)", "c"},
+                      KeyCase{"CtrlDDuplicates", Qt::Key_D, ctrl, "a1", "T(a(a1, a1, a2), b+(b1), >q, c)", "a1"},
+                      KeyCase{"DownMoves", Qt::Key_Down, {}, "a", "T(a(a1, a2), b+(b1), >q, c)", "b"},
+                      KeyCase{"RightEnters", Qt::Key_Right, {}, "a", "T(a(a1, a2), b+(b1), >q, c)", "a1"},
+                      KeyCase{"ReturnAddsBelow", Qt::Key_Return, {}, "a1", "T(a(a1, a2), b+(b1), >q, c)", "a1"},
+                      KeyCase{"KeypadEnterToo", Qt::Key_Enter, Qt::KeypadModifier, "a1", "T(a(a1, a2), b+(b1), >q, c)",
+                              "a1"},
+                      KeyCase{"SpaceEdits", Qt::Key_Space, {}, "c", "T(a(a1, a2), b+(b1), >q, c)", "c"}),
     [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(Commands, UnboundKeysArePassedOn)

@@ -78,27 +78,36 @@ TEST_P(Navigation, LandsWhereExpected)
     select(GetParam().from);
     for (const char* k = GetParam().keys; *k; ++k) {
         switch (*k) {
-        case 'u': controller->moveSelection(false); break;
-        case 'd': controller->moveSelection(true); break;
-        case 'l': controller->selectParent(); break;
-        case 'r': controller->selectFirstChild(); break;
+        case 'u':
+            controller->moveSelection(false);
+            break;
+        case 'd':
+            controller->moveSelection(true);
+            break;
+        case 'l':
+            controller->selectParent();
+            break;
+        case 'r':
+            controller->selectFirstChild();
+            break;
         }
     }
     EXPECT_EQ(selected(), GetParam().to);
 }
 
-INSTANTIATE_TEST_SUITE_P(Keys, Navigation, ::testing::Values(
-    Move{"Close", "d", "Close"},              // last line: nothing below
-    Move{"Opening", "u", "Opening"},          // first child of the title: nothing above
-    Move{"Title", "d", "Title"},              // the title has no siblings
-    Move{"Question", "d", "Story"},
-    Move{"Story", "d", "Main idea"},          // leaves the branch at its own level
-    Move{"Rocking chair", "d", "Main idea"},  // depth 0 remembered: no descent
-    Move{"Folded", "r", "Folded"},            // Right doesn't open a folded line
-    Move{"Opening", "r", "Question"},
-    Move{"Porch", "ld", "Presence"},          // Left remembers depth 2 and Down descends to it
-    Move{"Porch", "lld", "Main idea"},        // depth 1 after two Lefts
-    Move{"Porch", "ldd", "Folded"}));         // a folded branch stops the descent
+INSTANTIATE_TEST_SUITE_P(Keys, Navigation,
+                         ::testing::Values(Move{"Close", "d", "Close"}, // last line: nothing below
+                                           Move{"Opening", "u", "Opening"}, // first child of the title: nothing above
+                                           Move{"Title", "d", "Title"}, // the title has no siblings
+                                           Move{"Question", "d", "Story"},
+                                           Move{"Story", "d", "Main idea"}, // leaves the branch at its own level
+                                           Move{"Rocking chair", "d", "Main idea"}, // depth 0 remembered: no descent
+                                           Move{"Folded", "r", "Folded"}, // Right doesn't open a folded line
+                                           Move{"Opening", "r", "Question"},
+                                           Move{"Porch", "ld",
+                                                "Presence"}, // Left remembers depth 2 and Down descends to it
+                                           Move{"Porch", "lld", "Main idea"}, // depth 1 after two Lefts
+                                           Move{"Porch", "ldd", "Folded"})); // a folded branch stops the descent
 
 TEST_F(Selection, StickyDepthStopsOnAFoldedBranch)
 {

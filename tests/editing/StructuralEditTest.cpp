@@ -31,18 +31,19 @@ TEST_P(Delete, RemovesTopmostLinesAndChoosesTheNextSelection)
     EXPECT_EQ(tree(), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Selections, Delete, ::testing::Values(
-    // The nearest following unselected sibling first,
-    DeleteCase{"T\n  a\n  b\n  c", {"b"}, "T(a, c)", "c"},
-    // then the nearest preceding one,
-    DeleteCase{"T\n  a\n  b\n  c", {"c", "b"}, "T(a)", "a"},
-    // then the parent.
-    DeleteCase{"T\n  a\n    only", {"only"}, "T(a)", "a"},
-    // Unselected siblings between selected ones are skipped over, never removed.
-    DeleteCase{"T\n  a\n  b\n  c\n  d", {"a", "c"}, "T(b, d)", "d"},
-    // A line and its descendant: only the line goes. The choice from the descendant (its
-    // sibling a2) went with the branch, so the branch's own next sibling is chosen.
-    DeleteCase{"T\n  a\n    a1\n    a2\n  b", {"a", "a1"}, "T(b)", "b"}));
+INSTANTIATE_TEST_SUITE_P(Selections, Delete,
+                         ::testing::Values(
+                             // The nearest following unselected sibling first,
+                             DeleteCase{"T\n  a\n  b\n  c", {"b"}, "T(a, c)", "c"},
+                             // then the nearest preceding one,
+                             DeleteCase{"T\n  a\n  b\n  c", {"c", "b"}, "T(a)", "a"},
+                             // then the parent.
+                             DeleteCase{"T\n  a\n    only", {"only"}, "T(a)", "a"},
+                             // Unselected siblings between selected ones are skipped over, never removed.
+                             DeleteCase{"T\n  a\n  b\n  c\n  d", {"a", "c"}, "T(b, d)", "d"},
+                             // A line and its descendant: only the line goes. The choice from the descendant (its
+                             // sibling a2) went with the branch, so the branch's own next sibling is chosen.
+                             DeleteCase{"T\n  a\n    a1\n    a2\n  b", {"a", "a1"}, "T(b)", "b"}));
 
 TEST_F(Edits, DeleteRefusesTheTitleWithoutAStep)
 {
@@ -102,13 +103,13 @@ TEST_P(MoveBlock, OneSiblingJumpsAcrossTheBlock)
     EXPECT_EQ(selected(), GetParam().selection.first()) << "the selection moves with the lines";
 }
 
-INSTANTIATE_TEST_SUITE_P(Blocks, MoveBlock, ::testing::Values(
-    MoveCase{{"b", "c"}, true, "T(a, d(d1), b, c)"},
-    MoveCase{{"b", "c"}, false, "T(b, c, a, d(d1))"},
-    MoveCase{{"a", "c"}, true, "T(d(d1), a, b, c)"},  // b, between, moves with the block
-    MoveCase{{"d"}, true, "-"},                       // no room below
-    MoveCase{{"a"}, false, "-"},                      // no room above
-    MoveCase{{"a", "d1"}, true, "-"}));               // not under one parent
+INSTANTIATE_TEST_SUITE_P(
+    Blocks, MoveBlock,
+    ::testing::Values(MoveCase{{"b", "c"}, true, "T(a, d(d1), b, c)"}, MoveCase{{"b", "c"}, false, "T(b, c, a, d(d1))"},
+                      MoveCase{{"a", "c"}, true, "T(d(d1), a, b, c)"}, // b, between, moves with the block
+                      MoveCase{{"d"}, true, "-"}, // no room below
+                      MoveCase{{"a"}, false, "-"}, // no room above
+                      MoveCase{{"a", "d1"}, true, "-"})); // not under one parent
 
 // ---- promote and demote ---------------------------------------------------------------------
 
@@ -165,11 +166,11 @@ TEST_P(DemoteRefusal, LeavesTreeAndStacksAlone)
     EXPECT_EQ(steps(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, DemoteRefusal, ::testing::Values(
-    RefusedDemote{"T\n  a\n    only", {"only"}},        // no sibling at all
-    RefusedDemote{"T\n  a\n  > q", {"a"}},              // first row, next is a quote
-    RefusedDemote{"T\n  > q\n  a", {"a"}},              // previous is a quote
-    RefusedDemote{"T\n  a", {"T"}}));                   // the title
+INSTANTIATE_TEST_SUITE_P(Cases, DemoteRefusal,
+                         ::testing::Values(RefusedDemote{"T\n  a\n    only", {"only"}}, // no sibling at all
+                                           RefusedDemote{"T\n  a\n  > q", {"a"}}, // first row, next is a quote
+                                           RefusedDemote{"T\n  > q\n  a", {"a"}}, // previous is a quote
+                                           RefusedDemote{"T\n  a", {"T"}})); // the title
 
 // ---- dropping dragged lines ------------------------------------------------------------------
 
@@ -202,16 +203,17 @@ TEST_P(Drop, MovesInOneStepAndKeepsSeveralSelected)
     EXPECT_EQ(tree(), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Drops, Drop, ::testing::Values(
-    // One line: the index isn't corrected for its own removal, so it lands one further down.
-    DropCase{"T\n  a\n  b\n  c", {"a"}, "T", 2, "T(b, c, a)"},
-    // Several: the index counts the list without them.
-    DropCase{"T\n  a\n  b\n  c\n  d", {"b", "a"}, "T", 3, "T(c, a, b, d)"},
-    // They arrive in tree order, renumbered below their new parent.
-    DropCase{"T\n  a\n    a1\n  b\n    b1", {"b", "a1"}, "a", 0, "T(a(a1, b(b1)))"},
-    // Nothing moves into a branch that moves.
-    DropCase{"T\n  a\n    a1\n  b", {"a", "b"}, "a1", 0, "T(a(a1), b)"},
-    DropCase{"T\n  a\n    a1\n  b", {"a"}, "a1", 0, "T(a(a1), b)"}));
+INSTANTIATE_TEST_SUITE_P(Drops, Drop,
+                         ::testing::Values(
+                             // One line: the index isn't corrected for its own removal, so it lands one further down.
+                             DropCase{"T\n  a\n  b\n  c", {"a"}, "T", 2, "T(b, c, a)"},
+                             // Several: the index counts the list without them.
+                             DropCase{"T\n  a\n  b\n  c\n  d", {"b", "a"}, "T", 3, "T(c, a, b, d)"},
+                             // They arrive in tree order, renumbered below their new parent.
+                             DropCase{"T\n  a\n    a1\n  b\n    b1", {"b", "a1"}, "a", 0, "T(a(a1, b(b1)))"},
+                             // Nothing moves into a branch that moves.
+                             DropCase{"T\n  a\n    a1\n  b", {"a", "b"}, "a1", 0, "T(a(a1), b)"},
+                             DropCase{"T\n  a\n    a1\n  b", {"a"}, "a1", 0, "T(a(a1), b)"}));
 
 // ---- fold and unfold ------------------------------------------------------------------------
 
@@ -323,15 +325,14 @@ TEST_P(StripMarker, RemovesALeadingEmojiFromU238DOn)
     EXPECT_EQ(Markers::stripMarker(GetParam().text), GetParam().stripped);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, StripMarker, ::testing::Values(
-    StripCase{QStringLiteral("\U0001F534 Point"), "Point"},
-    StripCase{QStringLiteral("\U0001F534Point"), "Point"},
-    StripCase{QStringLiteral("\u2764\uFE0F love"), "love"},             // with its variation selector
-    StripCase{QStringLiteral("\U0001F44D\U0001F3FD ok"), "ok"},         // with a skin tone
-    StripCase{QStringLiteral("\u231A watch"), QStringLiteral("\u231A watch")}, // emoji below U+238D
-    StripCase{"1 Corinthians", "1 Corinthians"},
-    StripCase{"* star", "* star"},
-    StripCase{"", ""},
-    StripCase{"plain", "plain"}));
+INSTANTIATE_TEST_SUITE_P(
+    Texts, StripMarker,
+    ::testing::Values(StripCase{QStringLiteral("\U0001F534 Point"), "Point"},
+                      StripCase{QStringLiteral("\U0001F534Point"), "Point"},
+                      StripCase{QStringLiteral("\u2764\uFE0F love"), "love"}, // with its variation selector
+                      StripCase{QStringLiteral("\U0001F44D\U0001F3FD ok"), "ok"}, // with a skin tone
+                      StripCase{QStringLiteral("\u231A watch"), QStringLiteral("\u231A watch")}, // emoji below U+238D
+                      StripCase{"1 Corinthians", "1 Corinthians"}, StripCase{"* star", "* star"}, StripCase{"", ""},
+                      StripCase{"plain", "plain"}));
 
 } // namespace

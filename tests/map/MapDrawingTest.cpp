@@ -31,8 +31,8 @@ struct Picture {
     {
         image.fill(Qt::white);
         QPainter painter(&image);
-        stats = MapDrawing::drawCanvas(painter, QSizeF(image.size()), tables, state,
-                                       MapPalette::forAppearance(false), cache);
+        stats = MapDrawing::drawCanvas(painter, QSizeF(image.size()), tables, state, MapPalette::forAppearance(false),
+                                       cache);
     }
     const NodeLayout& at(const SermonNodePtr& node) const { return tables.cachedLayouts.at(node->id()); }
 
@@ -170,10 +170,10 @@ TEST(MapDrawing, CullsBeyondTheMarginOfFiftyPoints)
         int drawn;
     };
     const std::vector<Row> rows{
-        {"49 right", 1.0, {849, 100, 100, 20}, 1},  {"51 right", 1.0, {851, 100, 100, 20}, 0},
-        {"49 left", 1.0, {-149, 100, 100, 20}, 1},  {"51 left", 1.0, {-151, 100, 100, 20}, 0},
-        {"49 below", 1.0, {100, 649, 100, 20}, 1},  {"51 below", 1.0, {100, 651, 100, 20}, 0},
-        {"49 above", 1.0, {100, -69, 100, 20}, 1},  {"51 above", 1.0, {100, -71, 100, 20}, 0},
+        {"49 right", 1.0, {849, 100, 100, 20}, 1},      {"51 right", 1.0, {851, 100, 100, 20}, 0},
+        {"49 left", 1.0, {-149, 100, 100, 20}, 1},      {"51 left", 1.0, {-151, 100, 100, 20}, 0},
+        {"49 below", 1.0, {100, 649, 100, 20}, 1},      {"51 below", 1.0, {100, 651, 100, 20}, 0},
+        {"49 above", 1.0, {100, -69, 100, 20}, 1},      {"51 above", 1.0, {100, -71, 100, 20}, 0},
         {"49 right at 2", 2.0, {449, 100, 100, 20}, 1}, {"51 right at 2", 2.0, {451, 100, 100, 20}, 0},
     };
     for (const Row& row : rows) {
@@ -244,8 +244,8 @@ TEST(MapDrawing, TimeBadgeRoundsMinutesUp)
         int words, wpm;
         const char* text;
     };
-    for (const Row& row : {Row{1, 120, "1 min"}, Row{120, 120, "1 min"}, Row{121, 120, "2 min"},
-                           Row{0, 120, ""}, Row{300, 100, "3 min"}, Row{130, 0, "2 min"}})
+    for (const Row& row : {Row{1, 120, "1 min"}, Row{120, 120, "1 min"}, Row{121, 120, "2 min"}, Row{0, 120, ""},
+                           Row{300, 100, "3 min"}, Row{130, 0, "2 min"}})
         EXPECT_EQ(MapDrawing::timeBadgeText(row.words, row.wpm), QString::fromUtf8(row.text))
             << row.words << " at " << row.wpm;
 }

@@ -121,7 +121,7 @@ TEST_F(MapEditingTest, AltReturnSplitsAtTheCursorOrTheSelectionsStart)
 {
     struct Case {
         const char* what;
-        int left;        // cursor steps back from the end
+        int left; // cursor steps back from the end
         int selectRight; // then selected with Shift+Right
     };
     // "Bread broken": the split lands before "broken" in every case.

@@ -21,7 +21,6 @@
 
 namespace {
 
-
 struct WithApplication {
     WithApplication() { ensureApplication(); }
 };

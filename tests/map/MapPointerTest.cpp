@@ -60,11 +60,13 @@ protected:
     }
     NodeID id(const QString& text) { return node(text)->id(); }
     const NodeLayout& layout(const QString& text) { return *canvas.layoutState().layout(id(text)); }
-    QPointF toView(QPointF canvasPoint) { return canvasPoint * canvas.viewport().scale() + canvas.viewport().panOffset(); }
+    QPointF toView(QPointF canvasPoint)
+    {
+        return canvasPoint * canvas.viewport().scale() + canvas.viewport().panOffset();
+    }
     QPointF centre(const QString& text) { return toView(layout(text).frame().center()); }
 
-    void send(QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::MouseButtons held,
-              Qt::KeyboardModifiers mods)
+    void send(QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::MouseButtons held, Qt::KeyboardModifiers mods)
     {
         QMouseEvent event(type, at, canvas.mapToGlobal(at), button, held, mods);
         QCoreApplication::sendEvent(&canvas, &event);
@@ -367,12 +369,14 @@ TEST(MapDropTarget, NeverInsideTheDraggedBranchNorBesideAQuote)
     const NodeLayout& quote = *tables.layout(find("Quote")->id());
     const std::unordered_set<NodeID> opening{find("Opening")->id()};
     // Over its own child, the branch being dragged finds another node.
-    const auto inside = MapPointerInteraction::computeDropTarget(tables, opening, QPointF(story.origin.x(), story.midY()));
+    const auto inside =
+        MapPointerInteraction::computeDropTarget(tables, opening, QPointF(story.origin.x(), story.midY()));
     ASSERT_TRUE(inside);
     EXPECT_NE(inside->parentID, find("Opening")->id());
     // Right on the quote, the nearest node that takes children wins.
     const std::unordered_set<NodeID> one{find("One")->id()};
-    const auto nearQuote = MapPointerInteraction::computeDropTarget(tables, one, QPointF(quote.maxX() + 5, quote.midY()));
+    const auto nearQuote =
+        MapPointerInteraction::computeDropTarget(tables, one, QPointF(quote.maxX() + 5, quote.midY()));
     ASSERT_TRUE(nearQuote);
     EXPECT_NE(nearQuote->parentID, find("Quote")->id());
 }

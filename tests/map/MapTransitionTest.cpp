@@ -30,12 +30,14 @@ NodeLayout at(const NodeID& id, QPointF origin)
 TEST(MapTransitionAnimator, GlidesFadesAndEndsExactlyAtOne)
 {
     ensureApplication();
-    const NodeID stays = makeNodeID(), snaps = makeNodeID(), leaves = makeNodeID(),
-                 vanishes = makeNodeID(), arrives = makeNodeID();
-    const NodeLayouts before{{stays, at(stays, {0, 100})}, {snaps, at(snaps, {0, 200})},
-                             {leaves, at(leaves, {0, 300})}, {vanishes, at(vanishes, {0, 400})}};
-    const NodeLayouts after{{stays, at(stays, {0, 40})}, {snaps, at(snaps, {0.4, 199.6})},
-                            {arrives, at(arrives, {0, 500})}};
+    const NodeID stays = makeNodeID(), snaps = makeNodeID(), leaves = makeNodeID(), vanishes = makeNodeID(),
+                 arrives = makeNodeID();
+    const NodeLayouts before{{stays, at(stays, {0, 100})},
+                             {snaps, at(snaps, {0, 200})},
+                             {leaves, at(leaves, {0, 300})},
+                             {vanishes, at(vanishes, {0, 400})}};
+    const NodeLayouts after{
+        {stays, at(stays, {0, 40})}, {snaps, at(snaps, {0.4, 199.6})}, {arrives, at(arrives, {0, 500})}};
     double now = 5;
     MapTransitionAnimator animator;
     animator.setClock([&] { return now; });

@@ -33,8 +33,14 @@ TEST(MapViewport, ZoomCommandsStepThroughTheStops)
         std::optional<double> in, out;
     };
     const std::vector<Row> rows{
-        {1.1, 1.2, 1.0},  {1.0005, 1.2, 0.8}, {1.0, 1.2, 0.8},        {3.0, std::nullopt, 2.0},
-        {0.1, 0.2, std::nullopt}, {0.15, 0.2, 0.1}, {2.9995, std::nullopt, 2.0}, {0.05, 0.1, std::nullopt},
+        {1.1, 1.2, 1.0},
+        {1.0005, 1.2, 0.8},
+        {1.0, 1.2, 0.8},
+        {3.0, std::nullopt, 2.0},
+        {0.1, 0.2, std::nullopt},
+        {0.15, 0.2, 0.1},
+        {2.9995, std::nullopt, 2.0},
+        {0.05, 0.1, std::nullopt},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(MapViewport::nextZoomStop(row.scale), row.in) << row.scale;
@@ -80,8 +86,8 @@ TEST(MapViewport, ClampKeepsACornerOfTheTreeInView)
     };
     const std::vector<Row> rows{
         {{0, 0}, 1.0, {0, 0}},
-        {{5000, 5000}, 1.0, {800 - 40, 600 - 40}},     // the tree's top left touches the bottom right
-        {{-5000, -5000}, 1.0, {-1040, -540}},           // its bottom right touches the top left
+        {{5000, 5000}, 1.0, {800 - 40, 600 - 40}}, // the tree's top left touches the bottom right
+        {{-5000, -5000}, 1.0, {-1040, -540}}, // its bottom right touches the top left
         {{5000, -5000}, 2.0, {800 - 80, -1080}},
         {{-100, 30}, 0.5, {-100, 30}},
     };

@@ -71,7 +71,8 @@ TEST_F(MinimapTest, TheKeyFollowsTextFoldsAndStructureButNotSelectionPanZoomOrHi
         {"text alone", [](MinimapTest& t) { t.child(1, 3)->setText(QStringLiteral("Point 8")); }, true},
         {"a fold", [](MinimapTest& t) { t.child(1)->setCollapsed(true); }, true},
         {"a new line", [](MinimapTest& t) { t.child(0)->addChild(QStringLiteral("Story")); }, true},
-        {"a line moved", [](MinimapTest& t) { t.document.root()->moveNode(t.child(0, 1)->id(), t.child(1)->id(), 0); }, true},
+        {"a line moved", [](MinimapTest& t) { t.document.root()->moveNode(t.child(0, 1)->id(), t.child(1)->id(), 0); },
+         true},
         {"the theme",
          [](MinimapTest& t) {
              QPalette dark = t.canvas.palette();
@@ -114,8 +115,12 @@ TEST_F(MinimapTest, ShowsFiveSecondsAfterTheViewMovesAndLetsClicksThroughWhenHid
     EXPECT_TRUE(minimap().testAttribute(Qt::WA_TransparentForMouseEvents));
     for (auto move : std::vector<std::function<void()>>{
              [&] { canvas.viewport().onScroll(0, -50); },
-             [&] { canvas.viewport().onMagnify(0.1, {100, 100}); },
-             [&] { canvas.centerOn({200, 200}); },
+             [&] {
+                 canvas.viewport().onMagnify(0.1, {100, 100});
+             },
+             [&] {
+                 canvas.centerOn({200, 200});
+             },
          }) {
         now += 10;
         move();
@@ -317,10 +322,12 @@ protected:
         canvas.resize(800, 600);
         canvas.show();
         canvas.activateWindow();
-        focus = focusWindow.enter(&document, canvas.screen(), [this] { ++exits; }, [this](FocusContentView& view) {
-            view.canvas()->setUndoManager(&undo);
-            view.overlay()->fade().setClock([this] { return now; });
-        });
+        focus = focusWindow.enter(
+            &document, canvas.screen(), [this] { ++exits; },
+            [this](FocusContentView& view) {
+                view.canvas()->setUndoManager(&undo);
+                view.overlay()->fade().setClock([this] { return now; });
+            });
         ASSERT_NE(focus, nullptr);
         ASSERT_TRUE(QTest::qWaitForWindowExposed(focus));
     }

@@ -128,8 +128,8 @@ TEST(TextBitmapCache, OneEntryBeyondTheWholeBudgetStays)
 TEST(TextBitmapCache, RendersAtTwiceTheZoomWithAFloor)
 {
     ensureApplication();
-    const TextBitmapKey k{QStringLiteral("Never will I leave you") + QChar(0x2028) + QString() + QChar(0x2028) +
-                              QStringLiteral("nor forsake you"),
+    const TextBitmapKey k{QStringLiteral("Never will I leave you") + QChar(0x2028) + QString() + QChar(0x2028)
+                              + QStringLiteral("nor forsake you"),
                           13, double(QFont::Normal), true};
     const QFontMetricsF fm(TreeLayout::mapFont(13, QFont::Normal, true));
     const double lw = std::ceil(fm.horizontalAdvance(QStringLiteral("Never will I leave you"))) + 4;
@@ -165,7 +165,8 @@ TEST(TextBitmapCache, TextTooLargeForOneImageIsRasteredCoarserButStillDrawn)
     const Row rows[] = {
         {"one long line", QStringLiteral("Grace upon grace, and mercy new each morning. ").repeated(20)},
         {"many lines", manyLines.join(QChar(0x2028))},
-        {"many long lines", QStringList(200, QStringLiteral("Grace upon grace, and mercy new. ").repeated(12)).join(QChar(0x2028))},
+        {"many long lines",
+         QStringList(200, QStringLiteral("Grace upon grace, and mercy new. ").repeated(12)).join(QChar(0x2028))},
     };
     constexpr int maxSide = 32767;
     for (const Row& row : rows) {
@@ -176,8 +177,8 @@ TEST(TextBitmapCache, TextTooLargeForOneImageIsRasteredCoarserButStillDrawn)
         const QImage& image = bitmap->image;
         // At twice the zoom of 3 it would not fit; it keeps its place on the canvas all the same.
         const QSizeF natural = bitmap->naturalSize;
-        EXPECT_TRUE(6 * std::max(natural.width(), natural.height()) > maxSide ||
-                    36 * natural.width() * natural.height() > 16'000'000)
+        EXPECT_TRUE(6 * std::max(natural.width(), natural.height()) > maxSide
+                    || 36 * natural.width() * natural.height() > 16'000'000)
             << row.what;
         EXPECT_LE(image.width(), maxSide) << row.what;
         EXPECT_LE(image.height(), maxSide) << row.what;

@@ -30,8 +30,8 @@ TEST_F(TreeLayoutTest, FontsFollowDepth)
         int pixels;
         QFont::Weight weight;
     };
-    for (const Row& row : {Row{0, 16, QFont::Medium}, Row{1, 14, QFont::Medium}, Row{2, 13, QFont::Normal},
-                           Row{7, 13, QFont::Normal}}) {
+    for (const Row& row :
+         {Row{0, 16, QFont::Medium}, Row{1, 14, QFont::Medium}, Row{2, 13, QFont::Normal}, Row{7, 13, QFont::Normal}}) {
         const QFont font = TreeLayout::nodeFont(row.depth);
         EXPECT_EQ(font.pixelSize(), row.pixels) << row.depth;
         EXPECT_EQ(font.weight(), row.weight) << row.depth;

@@ -1,11 +1,11 @@
 #include "ShellTestSupport.h"
 
+#include "documents/OpenDocument.h"
+#include "documents/RecoveryStore.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
-#include "documents/OpenDocument.h"
 #include "shell/OrantiumApp.h"
 #include "shell/RecoveryOffer.h"
-#include "documents/RecoveryStore.h"
 #include "shell/WindowSupervisor.h"
 
 #include "core/SermonDocument.h"
@@ -43,7 +43,8 @@ TEST(DISABLED_AbruptEndingChild, Run)
     OrantiumApp orantium(arguments);
     ASSERT_TRUE(orantium.start());
     QTimer::singleShot(0, &app, [&] {
-        DocumentWindow* window = file.isEmpty() ? orantium.documents()->newDocument() : orantium.documents()->windows().value(0);
+        DocumentWindow* window =
+            file.isEmpty() ? orantium.documents()->newDocument() : orantium.documents()->windows().value(0);
         OpenDocument* open = window->openDocument();
         open->setAutosaveDelay(qEnvironmentVariableIntValue("ORANTIUM_CHILD_AUTOSAVE_MS"));
         open->document()->captureUndo(std::nullopt, open->undoManager());

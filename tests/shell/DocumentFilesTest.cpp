@@ -1,21 +1,21 @@
 #include "ShellTestSupport.h"
 
+#include "documents/DiskWrite.h"
+#include "documents/OpenDocument.h"
+#include "documents/PendingCreation.h"
+#include "shell/ContentView.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
-#include "documents/OpenDocument.h"
-#include "documents/DiskWrite.h"
-#include "documents/PendingCreation.h"
-#include "shell/StatusBarView.h"
-#include "shell/ContentView.h"
 #include "shell/RewriteBar.h"
+#include "shell/StatusBarView.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 
 #include <QFile>
+#include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QLabel>
 #include <QTest>
 #include <QToolButton>
 
@@ -129,8 +129,8 @@ TEST_F(DocumentFilesTest, TheChoiceForAFileSavingWouldRewriteIsCarriedOut)
     struct Case {
         const char* name;
         Choice choice;
-        bool originalKept;  // the file opened still holds its bytes
-        bool backupBeside;  // NAME.md~ holds them
+        bool originalKept; // the file opened still holds its bytes
+        bool backupBeside; // NAME.md~ holds them
     };
     const Case cases[] = {
         {"save as a new sermon", Choice::saveAsNew, true, false},
@@ -191,7 +191,8 @@ TEST_F(DocumentFilesTest, TheChoiceForAFileSavingWouldRewriteIsCarriedOut)
         // Afterwards it is a sermon like any other: edits are saved again.
         open->setAutosaveDelay(20);
         renameRoot(open, QStringLiteral("Autosaved"));
-        EXPECT_TRUE(QTest::qWaitFor([&] { return readAll(open->filePath()).startsWith("# Autosaved"); }, 2000)) << c.name;
+        EXPECT_TRUE(QTest::qWaitFor([&] { return readAll(open->filePath()).startsWith("# Autosaved"); }, 2000))
+            << c.name;
         window->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
@@ -205,11 +206,13 @@ TEST_F(DocumentFilesTest, AFileTakenInFromAnotherProgramIsCheckedAgain)
     OpenDocument* open = window->openDocument();
     ASSERT_TRUE(open->isRewriteHeld());
     writeElsewhere(samplePath, "# Now a sermon\n\nFirst line.\n");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return window->document()->root()->text() == QStringLiteral("Now a sermon"); }, 3000));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return window->document()->root()->text() == QStringLiteral("Now a sermon"); }, 3000));
     EXPECT_FALSE(open->isRewriteHeld());
     EXPECT_TRUE(window->rewriteBar()->isHidden());
     writeElsewhere(samplePath, foreignFile);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return window->document()->root()->text() != QStringLiteral("Now a sermon"); }, 3000));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return window->document()->root()->text() != QStringLiteral("Now a sermon"); }, 3000));
     EXPECT_TRUE(open->isRewriteHeld());
     EXPECT_FALSE(window->rewriteBar()->isHidden());
 }
@@ -232,7 +235,8 @@ TEST_F(DocumentFilesTest, TheBarCountsTheLinesThatWouldChange)
     RewriteCheck::Result many;
     many.isTruncated = true;
     many.changes.append(RewriteCheck::LineChange{});
-    EXPECT_EQ(RewriteBar::summary(many), QStringLiteral("Saving will rewrite this file in sermon form; many lines would change"));
+    EXPECT_EQ(RewriteBar::summary(many),
+              QStringLiteral("Saving will rewrite this file in sermon form; many lines would change"));
 }
 
 TEST_F(DocumentFilesTest, UndoBackToTheSavedStateClearsTheModifiedMarker)
@@ -489,7 +493,8 @@ TEST_F(DocumentFilesTest, AnAutosaveOntoAFullDiskLeavesTheFileWholeAndTheDocumen
     ASSERT_TRUE(failed.wait(3000));
     EXPECT_EQ(readAll(samplePath), original);
     EXPECT_TRUE(window->isWindowModified());
-    EXPECT_TRUE(window->contentView()->statusBar()->noticeLabel()->text().endsWith(QStringLiteral("The disk is full.")));
+    EXPECT_TRUE(
+        window->contentView()->statusBar()->noticeLabel()->text().endsWith(QStringLiteral("The disk is full.")));
 
     // Closing says so, then asks; Cancel keeps the window and its changes.
     prompts.saveChoices = {SaveChoice::cancel};
@@ -588,7 +593,8 @@ TEST_F(DocumentFilesTest, RecentFilesAreMostRecentFirstWithoutRepeats)
     manager->open(samplePath);
     manager->open(other);
     manager->open(samplePath);
-    EXPECT_EQ(preferences->recentFiles(), (QStringList{QFileInfo(samplePath).absoluteFilePath(), QFileInfo(other).absoluteFilePath()}));
+    EXPECT_EQ(preferences->recentFiles(),
+              (QStringList{QFileInfo(samplePath).absoluteFilePath(), QFileInfo(other).absoluteFilePath()}));
 }
 
 TEST_F(DocumentFilesTest, AnotherProgramsChangeShowsByItselfWhenNothingHereIsUnsaved)

@@ -3,16 +3,16 @@
 #include "core/TreeOutline.h"
 
 #include "documents/CommandLine.h"
-#include "shell/DialogPrompts.h"
 #include "documents/OpenDocument.h"
 #include "documents/SermonFile.h"
+#include "shell/DialogPrompts.h"
 
 #include "core/SermonDocument.h"
 
 #include <QDir>
 #include <QMessageBox>
-#include <QTimer>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -65,7 +65,7 @@ QByteArray aliasBomb()
     for (int i = 1; i < 10; ++i) {
         const QByteArray previous = "*l" + QByteArray::number(i - 1);
         yaml += "l" + QByteArray::number(i) + ": &l" + QByteArray::number(i) + " [" + previous
-                + (", " + previous).repeated(9) + "]\n";
+            + (", " + previous).repeated(9) + "]\n";
     }
     yaml += "many:\n";
     for (int i = 0; i < 3000; ++i)
@@ -78,7 +78,7 @@ const QByteArray body = "# Title\n\nthe body stays\n";
 struct Row {
     const char* name;
     std::function<bool(const QString& path)> make; // puts the hostile thing at the path
-    const char* why;                               // the reason given; none: read, block dropped
+    const char* why; // the reason given; none: read, block dropped
 };
 
 bool replaceWith(const QString& path, const QByteArray& bytes)
@@ -88,10 +88,8 @@ bool replaceWith(const QString& path, const QByteArray& bytes)
 }
 
 const Row rows[] = {
-    {"merge bomb", [](const QString& p) { return replaceWith(p, "---\n" + mergeBomb() + "---\n\n" + body); },
-     nullptr},
-    {"alias bomb", [](const QString& p) { return replaceWith(p, "---\n" + aliasBomb() + "---\n\n" + body); },
-     nullptr},
+    {"merge bomb", [](const QString& p) { return replaceWith(p, "---\n" + mergeBomb() + "---\n\n" + body); }, nullptr},
+    {"alias bomb", [](const QString& p) { return replaceWith(p, "---\n" + aliasBomb() + "---\n\n" + body); }, nullptr},
     {"/dev/zero",
      [](const QString& p) {
          QFile::remove(p);
@@ -144,7 +142,8 @@ TEST_F(HostileInputTest, EveryReaderEndsWithTheBodyOrAReason)
     ASSERT_TRUE(plainRead);
     QString plainStats;
     QTextStream plainStream(&plainStats);
-    ASSERT_EQ(CommandLine::run({QStringLiteral("orantium"), QStringLiteral("stats"), plain}, plainStream, plainStream), 0);
+    ASSERT_EQ(CommandLine::run({QStringLiteral("orantium"), QStringLiteral("stats"), plain}, plainStream, plainStream),
+              0);
 
     for (const Row& row : rows) {
         const QString path = pathFor(row, "");
@@ -162,7 +161,8 @@ TEST_F(HostileInputTest, EveryReaderEndsWithTheBodyOrAReason)
             QString out;
             QTextStream stream(&out);
             QTextStream err(&out);
-            const int status = CommandLine::run({QStringLiteral("orantium"), QStringLiteral("stats"), path}, stream, err);
+            const int status =
+                CommandLine::run({QStringLiteral("orantium"), QStringLiteral("stats"), path}, stream, err);
             return std::make_pair(status, out);
         });
         ASSERT_TRUE(stats) << row.name << ": stats didn't end";
@@ -178,8 +178,8 @@ TEST_F(HostileInputTest, EveryReaderEndsWithTheBodyOrAReason)
             EXPECT_TRUE(error.contains(QString::fromUtf8(row.why))) << row.name << ": " << error.toStdString();
             EXPECT_TRUE(error.contains(QFileInfo(path).fileName())) << row.name;
             EXPECT_EQ(stats->first, 1) << row.name;
-            EXPECT_TRUE(stats->second.contains(QString::fromUtf8(row.why))) << row.name << ": "
-                                                                             << stats->second.toStdString();
+            EXPECT_TRUE(stats->second.contains(QString::fromUtf8(row.why)))
+                << row.name << ": " << stats->second.toStdString();
         }
     }
 }

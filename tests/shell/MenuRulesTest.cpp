@@ -1,10 +1,10 @@
 #include "ShellTestSupport.h"
 
+#include "documents/OpenDocument.h"
 #include "shell/AppMenus.h"
 #include "shell/ContentView.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
-#include "documents/OpenDocument.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
@@ -72,12 +72,12 @@ TEST_F(MenuRulesTest, NodeItemsFollowTheSelectionAndThePasteboardItemsNeverGoOff
         bool enabled;
     };
     const Case cases[] = {
-        {"root", "Delete", false},       {"root", "Edit", false},         {"root", "Cut", true},
-        {"root", "Copy", true},          {"root", "Paste", true},         {"root", "Select All", true},
-        {"line", "Delete", true},        {"line", "Edit", true},          {"line", "Join", false},
-        {"line", "Promote", true},       {"line", "Fold", false},         {"second", "Demote", true},
-        {"part", "Fold", true},          {"part", "Promote", false},      {"none", "Copy Branch", false},
-        {"none", "Find...", true},       {"none", "Focus Mode", true},   {"none", "Zoom In", true},
+        {"root", "Delete", false}, {"root", "Edit", false},      {"root", "Cut", true},
+        {"root", "Copy", true},    {"root", "Paste", true},      {"root", "Select All", true},
+        {"line", "Delete", true},  {"line", "Edit", true},       {"line", "Join", false},
+        {"line", "Promote", true}, {"line", "Fold", false},      {"second", "Demote", true},
+        {"part", "Fold", true},    {"part", "Promote", false},   {"none", "Copy Branch", false},
+        {"none", "Find...", true}, {"none", "Focus Mode", true}, {"none", "Zoom In", true},
     };
     for (const Case& c : cases) {
         const std::string selection = c.selection;

@@ -1,18 +1,18 @@
 #include "ShellTestSupport.h"
 
 #include "documents/DateText.h"
+#include "documents/SafeFileName.h"
 #include "shell/DurationChooser.h"
 #include "shell/FileSettingsSheet.h"
 #include "shell/NewSermonSheet.h"
 #include "shell/OccurrencesEditor.h"
-#include "documents/SafeFileName.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 
 #include <QLineEdit>
-#include <QTest>
 #include <QPushButton>
+#include <QTest>
 #include <QTimeZone>
 
 #include <gtest/gtest.h>
@@ -25,9 +25,10 @@ TEST(DurationRules, CustomDraftsAreWholeMinutesFromOneTo180)
         const char* draft;
         std::optional<int> minutes;
     } cases[] = {
-        {"0", std::nullopt},   {"181", std::nullopt}, {"abc", std::nullopt}, {"+45", 45},
-        {"180", 180},          {"1", 1},              {" \t37 ", 37},        {"-5", std::nullopt},
-        {"", std::nullopt},    {"+", std::nullopt},   {"4 5", std::nullopt}, {"99999999999999999999", std::nullopt},
+        {"0", std::nullopt}, {"181", std::nullopt}, {"abc", std::nullopt},
+        {"+45", 45},         {"180", 180},          {"1", 1},
+        {" \t37 ", 37},      {"-5", std::nullopt},  {"", std::nullopt},
+        {"+", std::nullopt}, {"4 5", std::nullopt}, {"99999999999999999999", std::nullopt},
     };
     for (const auto& c : cases)
         EXPECT_EQ(DurationRules::parseCustom(QString::fromUtf8(c.draft)), c.minutes) << c.draft;
@@ -69,7 +70,7 @@ TEST(DateText, DistancesUseTheLargestWholeUnit)
         QDateTime moment;
         const char* text;
     } cases[] = {
-        {QDateTime(QDate(2026, 3, 15), QTime(0, 0)), "in 2 days"},   // Sunday's start, 56.5 hours on
+        {QDateTime(QDate(2026, 3, 15), QTime(0, 0)), "in 2 days"}, // Sunday's start, 56.5 hours on
         {QDateTime(QDate(2026, 3, 12), QTime(0, 0)), "15 hours ago"}, // today's start
         {QDateTime(QDate(2026, 3, 29), QTime(0, 0)), "in 2 weeks"},
         {QDateTime(QDate(2026, 4, 12), QTime(15, 30)), "in 1 month"},
@@ -90,15 +91,19 @@ TEST(SafeFileName, DropsPathCharactersAndLeadingDotsAndFitsAFileName)
         QString title;
         QString name;
     } cases[] = {
-        {u("  ..a/b:c  "), u("abc")}, {u("..."), u("Untitled")}, {u(""), u("Untitled")},
-        {u("What?<Now>|\"x\"\\"), u("WhatNowx")}, {u("Easter Morning"), u("Easter Morning")},
-        {u(". . hidden"), u(". hidden")}, {u("a.b."), u("a.b.")},
+        {u("  ..a/b:c  "), u("abc")},
+        {u("..."), u("Untitled")},
+        {u(""), u("Untitled")},
+        {u("What?<Now>|\"x\"\\"), u("WhatNowx")},
+        {u("Easter Morning"), u("Easter Morning")},
+        {u(". . hidden"), u(". hidden")},
+        {u("a.b."), u("a.b.")},
         {QString(300, u'a'), QString(252, u'a')},
-        {u("\u00e9").repeated(300), u("\u00e9").repeated(126)},                 // two bytes each
-        {u("\U0001F600").repeated(100), u("\U0001F600").repeated(63)},         // surrogate pairs
-        {u("e\u0301").repeated(100), u("e\u0301").repeated(84)},               // accent kept with its letter
+        {u("\u00e9").repeated(300), u("\u00e9").repeated(126)}, // two bytes each
+        {u("\U0001F600").repeated(100), u("\U0001F600").repeated(63)}, // surrogate pairs
+        {u("e\u0301").repeated(100), u("e\u0301").repeated(84)}, // accent kept with its letter
         {u("a\u0301\u0301").repeated(60), u("a\u0301\u0301").repeated(50)}, // five-byte graphemes
-        {QString(251, u'a') + u(" bcd"), QString(251, u'a')},                  // no space before ".md"
+        {QString(251, u'a') + u(" bcd"), QString(251, u'a')}, // no space before ".md"
         {u("/").repeated(300) + u("Psalm"), u("Psalm")},
     };
     for (const auto& c : cases) {

@@ -8,10 +8,10 @@
 #include <QDir>
 #include <QFile>
 #include <QMenu>
-#include <QToolButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
+#include <QToolButton>
 
 #include <future>
 #include <sys/stat.h>
@@ -37,7 +37,11 @@ TEST(Preferences, GarbageReadsAsTheDefaults)
         {"Dark", "140", "/a.md", AppAppearance::dark, 140, {QStringLiteral("/a.md")}},
         {"dark", "fast", "relative.md", AppAppearance::system, 120, {}},
         {"", "-5", "", AppAppearance::system, 120, {}},
-        {"Light", "0", "/a.md, /a.md, , /b.md", AppAppearance::light, 120,
+        {"Light",
+         "0",
+         "/a.md, /a.md, , /b.md",
+         AppAppearance::light,
+         120,
          {QStringLiteral("/a.md"), QStringLiteral("/b.md")}},
         {"\x01\x02", "99999999999999", "@Invalid()", AppAppearance::system, 120, {}},
     };

@@ -1,11 +1,11 @@
 #include "ShellTestSupport.h"
 
+#include "documents/OpenDocument.h"
 #include "shell/DialogPrompts.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
 #include "shell/FileSettingsSheet.h"
 #include "shell/NewSermonSheet.h"
-#include "documents/OpenDocument.h"
 #include "shell/WindowSupervisor.h"
 
 #include "core/SermonDocument.h"
@@ -18,9 +18,9 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
 #include <QWindow>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -186,8 +186,9 @@ TEST_F(WindowRulesTest, TextFromAFileIsShownAsWrittenNeverAsMarkup)
     const QByteArray markup = "<font size=7 color=red>Big</font><img src=/usr/share/pixmaps/debian-logo.png>";
     const QString name = QStringLiteral("<b>[*]Bold&.md");
     const QString marked = dir.filePath(name);
-    ASSERT_TRUE(writeFile(marked, "---\noccasions:\n  - date: 2026-01-04\n    place: \"" + markup + "\"\n---\n# "
-                                      + markup + "\n\nLine.\n"));
+    ASSERT_TRUE(writeFile(marked,
+                          "---\noccasions:\n  - date: 2026-01-04\n    place: \"" + markup + "\"\n---\n# " + markup
+                              + "\n\nLine.\n"));
     preferences->noteRecentFile(marked);
     supervisor->finishLaunching();
     QWidget* welcome = supervisor->welcomeWindow();
