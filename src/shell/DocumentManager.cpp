@@ -72,14 +72,9 @@ DocumentWindow* DocumentManager::open(const QString& path, QWidget* parent)
         window->activateWindow();
         return window;
     }
-    QString error;
-    auto contents = SermonFile::read(path, &error);
-    if (!contents) {
-        if (m_context.prompts)
-            m_context.prompts->showError(parent, error);
+    auto document = read(path, parent);
+    if (!document)
         return nullptr;
-    }
-    auto document = std::make_unique<SermonDocument>(std::move(*contents));
     auto open = std::make_unique<OpenDocument>(std::move(document), path);
     if (m_context.preferences)
         m_context.preferences->noteRecentFile(open->filePath());
@@ -101,17 +96,7 @@ std::unique_ptr<SermonDocument> DocumentManager::makeNewSermon()
     return std::make_unique<SermonDocument>(SermonNode::make(QStringLiteral("New Sermon"), 0));
 }
 
-DocumentWindow* DocumentManager::newDocument()
-{
-    auto document = makeNewSermon();
-    const QString name = safeFileName(document->root()->text());
-    auto open = std::make_unique<OpenDocument>(std::move(document), QString(), name);
-    if (m_recovery)
-        open->setRecoveryPath(m_recovery->newCopyPath());
-    return adopt(new DocumentWindow(std::move(open), m_context));
-}
-
-DocumentWindow* DocumentManager::restoreCopy(const QString& path, QWidget* parent)
+std::unique_ptr<SermonDocument> DocumentManager::read(const QString& path, QWidget* parent) const
 {
     QString error;
     auto contents = SermonFile::read(path, &error);
@@ -120,11 +105,29 @@ DocumentWindow* DocumentManager::restoreCopy(const QString& path, QWidget* paren
             m_context.prompts->showError(parent, error);
         return nullptr;
     }
-    auto document = std::make_unique<SermonDocument>(std::move(*contents));
+    return std::make_unique<SermonDocument>(std::move(*contents));
+}
+
+std::unique_ptr<OpenDocument> DocumentManager::untitled(std::unique_ptr<SermonDocument> document) const
+{
     const QString name = safeFileName(document->root()->text());
     auto open = std::make_unique<OpenDocument>(std::move(document), QString(), name);
     if (m_recovery)
         open->setRecoveryPath(m_recovery->newCopyPath());
+    return open;
+}
+
+DocumentWindow* DocumentManager::newDocument()
+{
+    return adopt(new DocumentWindow(untitled(makeNewSermon()), m_context));
+}
+
+DocumentWindow* DocumentManager::restoreCopy(const QString& path, QWidget* parent)
+{
+    auto document = read(path, parent);
+    if (!document)
+        return nullptr;
+    auto open = untitled(std::move(document));
     // Never saved anywhere: its changes are all still to keep.
     open->noteChange();
     // The old copy goes only once the new one is on disk.

@@ -7,6 +7,7 @@
 #include <QPointer>
 
 class DocumentWindow;
+class OpenDocument;
 class RecoveryStore;
 class SermonDocument;
 class QWidget;
@@ -61,6 +62,10 @@ signals:
 
 private:
     DocumentWindow* adopt(DocumentWindow* window);
+    // The sermon in a file, or nothing once the reason has been shown over `parent`.
+    std::unique_ptr<SermonDocument> read(const QString& path, QWidget* parent) const;
+    // A document with no file yet, named after its title, keeping a recovery copy.
+    std::unique_ptr<OpenDocument> untitled(std::unique_ptr<SermonDocument> document) const;
 
     AppContext m_context;
     QList<QPointer<DocumentWindow>> m_windows;
