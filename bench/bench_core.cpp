@@ -22,7 +22,7 @@ void BM_ReadSermon(benchmark::State& state)
         benchmark::DoNotOptimize(MarkdownCodec::parseBody(split.body));
     }
 }
-BENCHMARK(BM_ReadSermon)->Arg(300)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReadSermon)->Arg(300)->Arg(5000)->Arg(20000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 void BM_WriteSermon(benchmark::State& state)
 {

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <unordered_set>
+#include <vector>
+
 namespace {
 
 // root "R" with a [a1, a2], b (leaf), c [c1]
@@ -115,6 +119,30 @@ TEST(SermonNode, DeepCopyKeepsOrRenewsIds)
     EXPECT_EQ(outline(*fresh), outline(*t.root));
     for (const auto& node : fresh->flattened())
         EXPECT_EQ(t.root->find(node->id()), nullptr);
+}
+
+// Ids come from a fast generator per thread rather than the system source; they must still be
+// well-formed random UUIDs and never repeat, even when two threads read documents at once.
+TEST(SermonNode, IdsAreVersionFourUuidsUniqueAcrossThreads)
+{
+    std::vector<NodeID> first(50'000), second(50'000);
+    auto fill = [](std::vector<NodeID>& ids) {
+        for (auto& id : ids)
+            id = makeNodeID();
+    };
+    std::thread other(fill, std::ref(second));
+    fill(first);
+    other.join();
+
+    std::unordered_set<NodeID> seen;
+    for (const auto* ids : {&first, &second}) {
+        for (const NodeID& id : *ids) {
+            ASSERT_EQ(id.version(), QUuid::Random) << id.toString().toStdString();
+            ASSERT_EQ(id.variant(), QUuid::DCE) << id.toString().toStdString();
+            seen.insert(id);
+        }
+    }
+    EXPECT_EQ(seen.size(), first.size() + second.size());
 }
 
 TEST(SermonNode, HasOnlyLeafChildren)
