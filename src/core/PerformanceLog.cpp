@@ -22,19 +22,27 @@ public:
         m_file.setFileName(QString::fromLocal8Bit(path));
         if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             return;
-        m_file.write("[\n");
+        m_buffer.reserve(batchBytes + 1024);
+        m_buffer += "[\n";
         m_clock.start();
         m_enabled = true;
+        m_open = true;
     }
-    ~TraceWriter()
-    {
-        if (m_enabled) {
-            m_file.write("{}]\n");
-            m_file.close();
-        }
-    }
+    ~TraceWriter() { close(); }
 
     bool enabled() const { return m_enabled; }
+
+    void close()
+    {
+        QMutexLocker lock(&m_mutex);
+        if (!m_open)
+            return;
+        m_open = false;
+        m_buffer += "{}]\n";
+        m_file.write(m_buffer);
+        m_buffer.clear();
+        m_file.close();
+    }
 
     void write(const char* name, char phase, const QString& message)
     {
@@ -57,8 +65,15 @@ public:
         }
         line += "},\n";
         QMutexLocker lock(&m_mutex);
-        m_file.write(line);
-        m_file.flush();
+        if (!m_open)
+            return;
+        m_buffer += line;
+        // A write per event made traced drawing markedly slower; a batch at a time does not.
+        if (m_buffer.size() >= batchBytes) {
+            m_file.write(m_buffer);
+            m_file.flush();
+            m_buffer.resize(0); // keeps the capacity for the next batch
+        }
     }
 
 private:
@@ -78,10 +93,14 @@ private:
         return out;
     }
 
+    static constexpr qsizetype batchBytes = 64 * 1024;
+
     QFile m_file;
+    QByteArray m_buffer;
     QElapsedTimer m_clock;
     QMutex m_mutex;
     bool m_enabled = false;
+    bool m_open = false;
 };
 
 TraceWriter& writer()
@@ -96,6 +115,17 @@ bool isEnabled()
 {
     static const bool enabled = writer().enabled();
     return enabled;
+}
+
+bool isDetailEnabled()
+{
+    static const bool enabled = isEnabled() && qgetenv("ORANTIUM_TRACE_DETAIL") == "1";
+    return enabled;
+}
+
+void close()
+{
+    writer().close();
 }
 
 void emitEvent(const char* name, const QString& message)

@@ -24,11 +24,11 @@ const TextBitmapCache::Entry* TextBitmapCache::lookup(const TextBitmapKey& key, 
     if (scale == m_currentScale && m_currentIsDark == isDark) {
         const auto it = m_entries.find(key);
         if (it == m_entries.end()) {
-            performanceLog::signpostEvent("TextCacheMiss", performanceLog::noMessage);
+            performanceLog::signpostDetailEvent("TextCacheMiss", performanceLog::noMessage);
             return nullptr;
         }
         it->second.lastUsed = ++m_clock;
-        performanceLog::signpostEvent("TextCacheHit", performanceLog::noMessage);
+        performanceLog::signpostDetailEvent("TextCacheHit", performanceLog::noMessage);
         return &it->second;
     }
     clear();
@@ -80,7 +80,7 @@ void TextBitmapCache::evict()
         const int64_t pixels = oldest->second.pixels;
         m_totalPixels -= pixels;
         m_entries.erase(oldest);
-        performanceLog::signpostEvent("TextCacheEvict", [&] { return QStringLiteral("pixels=%1").arg(pixels); });
+        performanceLog::signpostDetailEvent("TextCacheEvict", [&] { return QStringLiteral("pixels=%1").arg(pixels); });
     }
 }
 
