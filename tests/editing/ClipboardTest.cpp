@@ -95,9 +95,11 @@ TEST_P(ParsePasted, MakesTheExpectedLines)
         host->insertChildKeepingDepths(int(host->children().size()), node);
     EXPECT_EQ(shape(*host), GetParam().result);
     // Levels are renumbered from the host down, so gaps in pasted headings are closed.
-    for (const auto& node : host->flattened())
-        if (node != host)
+    for (const auto& node : host->flattened()) {
+        if (node != host) {
             EXPECT_EQ(node->depth(), host->parent(node->id())->depth() + 1) << node->text().toStdString();
+        }
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(

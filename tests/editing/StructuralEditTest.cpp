@@ -196,9 +196,11 @@ TEST_P(Drop, MovesInOneStepAndKeepsSeveralSelected)
     EXPECT_EQ(tree(), c.after);
     EXPECT_EQ(steps(), 1) << "taken before knowing whether the move applies";
     EXPECT_EQ(controller->selectedNodeIDs(), moving.size() > 1 ? moving : QSet<NodeID>());
-    for (const auto& n : root()->flattened())
-        if (n != root())
+    for (const auto& n : root()->flattened()) {
+        if (n != root()) {
             EXPECT_EQ(n->depth(), root()->parent(n->id())->depth() + 1) << n->text().toStdString();
+        }
+    }
     undoManager.undo();
     EXPECT_EQ(tree(), before);
 }
