@@ -1,6 +1,7 @@
 #include "RecentSermonsStore.h"
 
 #include "DateText.h"
+#include "SermonFile.h"
 
 #include "core/SermonDocument.h"
 
@@ -24,10 +25,11 @@ RecentSermonsStore::~RecentSermonsStore() = default;
 std::optional<RecentSermonsStore::Entry> RecentSermonsStore::readEntry(const QString& path)
 {
     const QFileInfo info(path);
-    QFile file(path);
-    if (!info.isFile() || !file.open(QIODevice::ReadOnly))
+    // The same guarded read as opening: no pipe, no device, nothing too large.
+    const std::optional<QByteArray> read = SermonFile::readBytes(path, nullptr);
+    if (!read)
         return std::nullopt;
-    const QByteArray bytes = file.readAll();
+    const QByteArray& bytes = *read;
     auto contents = readSermon(bytes);
     if (!contents)
         return std::nullopt;

@@ -10,6 +10,7 @@
 #include "StatusBarView.h"
 #include "UserPrompts.h"
 #include "documents/OpenDocument.h"
+#include "documents/OriginalCopy.h"
 #include "documents/RecoveryStore.h"
 #include "documents/SafeFileName.h"
 #include "documents/SermonFile.h"
@@ -20,7 +21,6 @@
 #include "map/MindMapCanvas.h"
 
 #include <QCloseEvent>
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -36,55 +36,6 @@ QString canonicalPath(const QString& path)
     const QFileInfo info(path);
     const QString resolved = info.canonicalFilePath();
     return resolved.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : resolved;
-}
-
-bool writeNewFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-        return false;
-    if (file.write(bytes) == bytes.size() && file.flush())
-        return true;
-    file.remove();
-    return false;
-}
-
-// Keeps the bytes of `path` before it is first rewritten: as NAME.md~ beside it, or, when that
-// can't be written or already holds something else, under the application's data. An existing
-// copy of the same bytes is never written again. Returns where the copy is; empty when there was
-// nothing to keep; nothing at all on failure.
-std::optional<QString> keepOriginal(const QString& path, QString* error)
-{
-    QFile file(path);
-    if (!file.exists())
-        return QString();
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = file.errorString();
-        return std::nullopt;
-    }
-    const QByteArray bytes = file.readAll();
-    const QString name = QFileInfo(path).fileName() + QLatin1Char('~');
-    auto keptIn = [&bytes](const QString& target) -> std::optional<QString> {
-        QFile existing(target);
-        if (existing.exists()) {
-            if (existing.open(QIODevice::ReadOnly) && existing.readAll() == bytes)
-                return target;
-            return std::nullopt;
-        }
-        return writeNewFile(target, bytes) ? std::optional<QString>(target) : std::nullopt;
-    };
-    if (auto beside = keptIn(path + QLatin1Char('~')))
-        return beside;
-    // One folder per original folder, so that two READMEs don't share a copy.
-    const QByteArray folderKey =
-        QCryptographicHash::hash(QFileInfo(path).absolutePath().toUtf8(), QCryptographicHash::Sha1);
-    const QString folder = QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation))
-                               .filePath(QStringLiteral("backups/") + QString::fromLatin1(folderKey.toHex().left(12)));
-    if (QDir().mkpath(folder))
-        if (auto elsewhere = keptIn(QDir(folder).filePath(name)))
-            return elsewhere;
-    *error = QStringLiteral("A copy of the original could not be kept beside it or in %1.").arg(folder);
-    return std::nullopt;
 }
 
 } // namespace
@@ -260,7 +211,7 @@ bool DocumentWindow::rewriteFile()
 {
     m_content->commitPendingEdit(true);
     QString error;
-    const std::optional<QString> kept = keepOriginal(m_document->filePath(), &error);
+    const std::optional<QString> kept = OriginalCopy::keep(m_document->filePath(), &error);
     if (!kept) {
         showError(SermonFile::saveFailureMessage(m_document->filePath(), error));
         return false;
