@@ -2,6 +2,7 @@
 
 #include "DiskWrite.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -141,6 +142,13 @@ bool write(const QString& path, const QByteArray& bytes, QString* error)
     if (error)
         *error = saveFailureMessage(path, why);
     return false;
+}
+
+QString canonicalPath(const QString& path)
+{
+    const QFileInfo info(path);
+    const QString resolved = info.canonicalFilePath();
+    return resolved.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : resolved;
 }
 
 QString openFailureMessage(const QString& path, const QString& why)

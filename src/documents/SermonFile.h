@@ -22,6 +22,9 @@ std::optional<QByteArray> readBytes(const QString& path, QString* why);
 std::optional<SermonContents> read(const QString& path, QString* error);
 bool write(const QString& path, const QByteArray& bytes, QString* error);
 
+// The one path a file goes by, links and ".." resolved, so that two names of one file compare equal.
+QString canonicalPath(const QString& path);
+
 // "The document “x.md” could not be opened. <why>"
 QString openFailureMessage(const QString& path, const QString& why);
 QString saveFailureMessage(const QString& path, const QString& why);

@@ -15,15 +15,6 @@
 #include <QDir>
 #include <QFileInfo>
 
-namespace {
-QString canonical(const QString& path)
-{
-    const QFileInfo info(path);
-    const QString resolved = info.canonicalFilePath();
-    return resolved.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : resolved;
-}
-} // namespace
-
 DocumentManager::DocumentManager(AppContext context, QObject* parent)
     : QObject(parent)
     , m_context(context)
@@ -44,9 +35,10 @@ QList<DocumentWindow*> DocumentManager::windows() const
 
 DocumentWindow* DocumentManager::windowFor(const QString& path) const
 {
-    const QString wanted = canonical(path);
+    const QString wanted = SermonFile::canonicalPath(path);
     for (DocumentWindow* window : windows())
-        if (!window->openDocument()->isUntitled() && canonical(window->openDocument()->filePath()) == wanted)
+        if (!window->openDocument()->isUntitled()
+            && SermonFile::canonicalPath(window->openDocument()->filePath()) == wanted)
             return window;
     return nullptr;
 }

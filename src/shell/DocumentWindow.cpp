@@ -29,17 +29,6 @@
 
 #include <optional>
 
-namespace {
-
-QString canonicalPath(const QString& path)
-{
-    const QFileInfo info(path);
-    const QString resolved = info.canonicalFilePath();
-    return resolved.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : resolved;
-}
-
-} // namespace
-
 DocumentWindow::DocumentWindow(std::unique_ptr<OpenDocument> document, AppContext context, QWidget* parent)
     : QMainWindow(parent)
     , m_document(std::move(document))
@@ -241,7 +230,8 @@ bool DocumentWindow::saveAsFrom(const QString& proposed)
     if (path.isEmpty())
         return false;
     // Choosing the very file that saving would rewrite is choosing to rewrite it, original kept.
-    if (m_document->isRewriteHeld() && canonicalPath(path) == canonicalPath(m_document->filePath()))
+    if (m_document->isRewriteHeld()
+        && SermonFile::canonicalPath(path) == SermonFile::canonicalPath(m_document->filePath()))
         return rewriteFile();
     if (m_context.documents) {
         if (DocumentWindow* other = m_context.documents->windowFor(path); other && other != this) {
