@@ -1,5 +1,6 @@
 #include "Look.h"
 
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QPalette>
 
@@ -50,6 +51,16 @@ Palette Palette::forAppearance(bool isDark)
     p.red = isDark ? QColor(255, 69, 58) : QColor(255, 59, 48);
     p.green = isDark ? QColor(48, 209, 88) : QColor(52, 199, 89);
     return p;
+}
+
+double monotonicSeconds()
+{
+    static const QElapsedTimer clock = [] {
+        QElapsedTimer timer;
+        timer.start();
+        return timer;
+    }();
+    return double(clock.nsecsElapsed()) / 1e9;
 }
 
 } // namespace Look

@@ -23,6 +23,9 @@ double easeOutCubic(double t);
 // Smooth at both ends, for fades.
 double easeInOut(double t);
 
+// Seconds on a monotonic clock shared by the animations (their tests inject their own).
+double monotonicSeconds();
+
 // The strong colours of one appearance. The accent is the desktop's (the palette's highlight),
 // the others are fixed pairs.
 struct Palette {
