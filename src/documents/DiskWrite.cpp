@@ -2,9 +2,12 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -197,6 +200,30 @@ QString describe(int error)
     }
 }
 
+void removeLeftoverTemporaries(const QString& path, qint64 olderThanSeconds)
+{
+    const QFileInfo target(path);
+    const QString prefix = QLatin1Char('.') + target.fileName() + QLatin1Char('.');
+    const QDir folder = target.absoluteDir();
+    const time_t now = ::time(nullptr);
+    for (const QString& name : folder.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
+        // Exactly the names replaceByRename makes: the prefix and six letters or digits.
+        if (name.size() != prefix.size() + 6 || !name.startsWith(prefix))
+            continue;
+        const QStringView suffix = QStringView(name).right(6);
+        if (!std::all_of(suffix.begin(), suffix.end(),
+                         [](QChar c) { return c.isLetterOrNumber() && c.unicode() < 128; }))
+            continue;
+        const QByteArray leftover = QFile::encodeName(folder.absoluteFilePath(name));
+        struct stat info {};
+        // Only our own plain files, and only ones no save in progress could still be writing.
+        if (::lstat(leftover.constData(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != ::geteuid()
+            || now - info.st_mtime < olderThanSeconds)
+            continue;
+        ::unlink(leftover.constData());
+    }
+}
+
 bool replaceFile(const QString& path, const QByteArray& bytes, QString* why)
 {
     // A link stays a link: the file it leads to gets the new bytes.
@@ -231,6 +258,14 @@ bool replaceFile(const QString& path, const QByteArray& bytes, QString* why)
         error = replaceInPlace(target, bytes);
     if (error && why)
         *why = describe(error);
+    if (!error) {
+        // A save killed halfway leaves its temporary file; the first save after it tidies up.
+        static QSet<QString> tidied;
+        if (!tidied.contains(targetPath)) {
+            tidied.insert(targetPath);
+            removeLeftoverTemporaries(targetPath, leftoverAgeSeconds);
+        }
+    }
     return error == 0;
 }
 

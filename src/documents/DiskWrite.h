@@ -16,6 +16,12 @@ namespace DiskWrite {
 // if that fails. False with the reason in `why` when the file keeps its old bytes.
 bool replaceFile(const QString& path, const QByteArray& bytes, QString* why);
 
+// Deletes the temporary files that saves of `path` killed halfway left beside it, if they are
+// plain files of this user untouched for `olderThanSeconds`. The first successful save of each
+// file in a run does this on its own.
+constexpr qint64 leftoverAgeSeconds = 60;
+void removeLeftoverTemporaries(const QString& path, qint64 olderThanSeconds = leftoverAgeSeconds);
+
 // The reason a call failed with `error` (an errno value), as a user reads it: "The disk is full."
 QString describe(int error);
 
