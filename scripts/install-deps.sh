@@ -10,7 +10,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libfuzzer-14-dev libclang-rt-14-dev
   fonts-dejavu-core fonts-noto-core fonts-noto-color-emoji
-  xvfb xdotool imagemagick
+  xvfb xdotool imagemagick poppler-utils
 )
 
 missing=()

@@ -1,5 +1,8 @@
 #include "documents/CommandLine.h"
+#include "shell/ManuscriptExports.h"
 #include "shell/OrantiumApp.h"
+
+#include "delivery/DeliveryPreferences.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -15,7 +18,19 @@ int main(int argc, char* argv[])
     if (CommandLine::handles(arguments)) {
         QTextStream out(stdout);
         QTextStream err(stderr);
-        return CommandLine::run(arguments, out, err);
+        if (!CommandLine::needsFonts(arguments))
+            return CommandLine::run(arguments, out, err);
+        // Drawing a PDF needs fonts, never a screen.
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QGuiApplication app(argc, argv);
+        QGuiApplication::setApplicationName(QStringLiteral("Orantium"));
+        QGuiApplication::setOrganizationName(QStringLiteral("Orantium"));
+        const DeliveryPreferences preferences;
+        const auto writePdf = [&](const SermonContents& contents, const QString& path, QString* why) {
+            return ManuscriptExports::writePdf(*contents.root, contents.metadata, path,
+                                               ManuscriptExports::settingsFrom(&preferences), why);
+        };
+        return CommandLine::run(arguments, out, err, writePdf);
     }
 
     QApplication app(argc, argv);

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "Opml.h"
 #include "SermonFile.h"
 
 #include "core/ReadingPace.h"
@@ -56,32 +57,60 @@ int usageError(const QString& message, QTextStream& err)
     return exitUsage;
 }
 
-int exportCommand(const QStringList& args, QTextStream& out, QTextStream& err)
+// The value of `--name VALUE` or `--name=VALUE` at `i`, moving `i` past it; null if not that option.
+std::optional<QString> option(const QStringList& args, qsizetype& i, QLatin1String name)
+{
+    if (args[i] == name && i + 1 < args.size())
+        return args[++i];
+    if (args[i].startsWith(QString(name) + QLatin1Char('=')))
+        return args[i].mid(name.size() + 1);
+    return std::nullopt;
+}
+
+int exportCommand(const QStringList& args, QTextStream& out, QTextStream& err, const PdfWriter& writePdf)
 {
     QString format;
     QString path;
+    QString output;
     bool check = false;
     for (qsizetype i = 0; i < args.size(); ++i) {
         if (args[i] == QLatin1String("--check"))
             check = true;
-        else if (args[i] == QLatin1String("--to") && i + 1 < args.size())
-            format = args[++i];
-        else if (args[i].startsWith(QLatin1String("--to=")))
-            format = args[i].mid(5);
-        else if (path.isEmpty() && !args[i].startsWith(QLatin1String("--")))
+        else if (auto to = option(args, i, QLatin1String("--to")))
+            format = *to;
+        else if (auto o = option(args, i, QLatin1String("-o")))
+            output = *o;
+        else if (path.isEmpty() && !args[i].startsWith(QLatin1Char('-')))
             path = args[i];
         else
             return usageError(QStringLiteral("unexpected argument \"%1\"").arg(args[i]), err);
     }
-    if (format != QLatin1String("json") && format != QLatin1String("markdown"))
-        return usageError(QStringLiteral("export needs --to json or --to markdown"), err);
+    const QStringList formats{QStringLiteral("json"), QStringLiteral("markdown"), QStringLiteral("opml"),
+                              QStringLiteral("pdf")};
+    if (!formats.contains(format))
+        return usageError(QStringLiteral("export needs --to json, markdown, opml or pdf"), err);
     if (check && format != QLatin1String("markdown"))
         return usageError(QStringLiteral("--check goes with --to markdown"), err);
+    const bool isPdf = format == QLatin1String("pdf");
+    if (isPdf != !output.isEmpty())
+        return usageError(isPdf ? QStringLiteral("--to pdf needs -o OUT.pdf") : QStringLiteral("-o goes with --to pdf"),
+                          err);
     if (path.isEmpty())
         return usageError(QStringLiteral("export needs a file"), err);
     auto contents = load(path, err);
     if (!contents)
         return exitUnreadable;
+    if (isPdf) {
+        QString why = QStringLiteral("this build can't draw");
+        if (writePdf && writePdf(*contents, output, &why))
+            return exitOK;
+        err << "orantium: " << output << ": " << why << Qt::endl;
+        return exitUnreadable;
+    }
+    if (format == QLatin1String("opml")) {
+        out << QString::fromUtf8(Opml::write(*contents->root));
+        return finish(out, err);
+    }
     if (check) {
         // Prints nothing for a file that saving keeps; else the first line it would change.
         QFile file(path);
@@ -99,6 +128,35 @@ int exportCommand(const QStringList& args, QTextStream& out, QTextStream& err)
         out << QString::fromUtf8(SermonJson::toJson(contents->metadata, *contents->root)) << '\n';
     else
         out << SermonDocument(std::move(*contents)).snapshot();
+    return finish(out, err);
+}
+
+int importCommand(const QStringList& args, QTextStream& out, QTextStream& err)
+{
+    QString format;
+    QString path;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        if (auto from = option(args, i, QLatin1String("--from")))
+            format = *from;
+        else if (path.isEmpty() && !args[i].startsWith(QLatin1Char('-')))
+            path = args[i];
+        else
+            return usageError(QStringLiteral("unexpected argument \"%1\"").arg(args[i]), err);
+    }
+    if (format != QLatin1String("json") && format != QLatin1String("opml"))
+        return usageError(QStringLiteral("import needs --from json or --from opml"), err);
+    if (path.isEmpty())
+        return usageError(QStringLiteral("import needs a file"), err);
+    QString why;
+    const std::optional<QByteArray> bytes = SermonFile::readBytes(path, &why);
+    std::optional<SermonContents> contents;
+    if (bytes)
+        contents = format == QLatin1String("json") ? SermonJson::fromJson(*bytes, &why) : Opml::read(*bytes, &why);
+    if (!contents) {
+        err << "orantium: " << path << ": " << why << Qt::endl;
+        return exitUnreadable;
+    }
+    out << SermonDocument(std::move(*contents)).snapshot();
     return finish(out, err);
 }
 
@@ -135,6 +193,10 @@ QString usage()
     return QStringLiteral("Usage:\n"
                           "  orantium [FILE.md ...]                    open sermons in windows\n"
                           "  orantium export --to json|markdown FILE   print the sermon as JSON or as saved Markdown\n"
+                          "  orantium export --to opml FILE            print its outline as OPML\n"
+                          "  orantium export --to pdf FILE -o OUT.pdf  write the printed manuscript\n"
+                          "  orantium import --from json|opml FILE     print a sermon made from JSON or OPML as\n"
+                          "                                            Markdown\n"
                           "  orantium export --to markdown --check FILE\n"
                           "                                            exit 3 and print the first line saving would\n"
                           "                                            change, if any\n"
@@ -147,11 +209,21 @@ bool handles(const QStringList& arguments)
     if (arguments.size() < 2)
         return false;
     const QString& first = arguments[1];
-    return first == QLatin1String("export") || first == QLatin1String("stats") || first == QLatin1String("--help")
-        || first == QLatin1String("-h") || first == QLatin1String("--version");
+    return first == QLatin1String("export") || first == QLatin1String("import") || first == QLatin1String("stats")
+        || first == QLatin1String("--help") || first == QLatin1String("-h") || first == QLatin1String("--version");
 }
 
-int run(const QStringList& arguments, QTextStream& out, QTextStream& err)
+bool needsFonts(const QStringList& arguments)
+{
+    if (arguments.value(1) != QLatin1String("export"))
+        return false;
+    for (qsizetype i = 2; i < arguments.size(); ++i)
+        if (option(arguments, i, QLatin1String("--to")) == QLatin1String("pdf"))
+            return true;
+    return false;
+}
+
+int run(const QStringList& arguments, QTextStream& out, QTextStream& err, const PdfWriter& writePdf)
 {
     const QString command = arguments.value(1);
     const QStringList rest = arguments.mid(2);
@@ -164,7 +236,9 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& err)
         return finish(out, err);
     }
     if (command == QLatin1String("export"))
-        return exportCommand(rest, out, err);
+        return exportCommand(rest, out, err, writePdf);
+    if (command == QLatin1String("import"))
+        return importCommand(rest, out, err);
     if (command == QLatin1String("stats"))
         return statsCommand(rest, out, err);
     return usageError(QStringLiteral("unknown command \"%1\"").arg(command), err);

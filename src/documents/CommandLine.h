@@ -1,14 +1,26 @@
 #pragma once
 
+#include "core/SermonDocument.h"
+
 #include <QStringList>
 #include <QTextStream>
 
-// The commands that work without a display: export and stats. `run` returns the exit status
-// (0 done, 1 unreadable file, 2 wrong usage, 3 `export --check`: saving would change the file); `handles` tells whether the arguments are one.
+#include <functional>
+
+// The commands that work without a window: export, import and stats. `run` returns the exit
+// status (0 done, 1 unreadable file or failed write, 2 wrong usage, 3 `export --check`: saving
+// would change the file); `handles` tells whether the arguments are one.
 namespace CommandLine {
 
+// Writes the printed manuscript of a sermon to a PDF file, or says why not in `why`. Drawing
+// needs fonts, which this library doesn't link, so the program hands it in.
+using PdfWriter = std::function<bool(const SermonContents& contents, const QString& path, QString* why)>;
+
 bool handles(const QStringList& arguments);
-int run(const QStringList& arguments, QTextStream& out, QTextStream& err);
+// True when the command draws (a PDF): the program makes a GUI application on the offscreen
+// platform first.
+bool needsFonts(const QStringList& arguments);
+int run(const QStringList& arguments, QTextStream& out, QTextStream& err, const PdfWriter& writePdf = {});
 QString usage();
 
 } // namespace CommandLine

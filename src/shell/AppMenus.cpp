@@ -3,6 +3,7 @@
 #include "ContentView.h"
 #include "DocumentManager.h"
 #include "DocumentWindow.h"
+#include "ManuscriptExports.h"
 #include "Preferences.h"
 #include "UpdateService.h"
 #include "WindowSupervisor.h"
@@ -102,11 +103,21 @@ void AppMenus::buildFileMenu(QMenuBar* bar)
     });
     m_recent = file->addMenu(QStringLiteral("Open Recent"));
     connect(m_recent, &QMenu::aboutToShow, this, &AppMenus::rebuildRecentMenu);
+    add(file, QStringLiteral("Import OPML\u2026"), {}, [this] {
+        if (m_context.documents)
+            m_context.documents->importOpmlWithPanel(m_window);
+    });
     file->addSeparator();
     add(file, QStringLiteral("Close"), QKeySequence::Close, [this] { m_window->close(); });
     m_save = add(file, QStringLiteral("Save"), QKeySequence::Save, [this] { m_window->save(); });
     m_saveAs = add(file, QStringLiteral("Save As\u2026"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
                    [this] { m_window->saveAs(); });
+    add(file, QStringLiteral("Export as PDF\u2026"), {}, [this] { ManuscriptExports::exportPdf(m_window, m_context); });
+    add(file, QStringLiteral("Export as OPML\u2026"), {},
+        [this] { ManuscriptExports::exportOpml(m_window, m_context); });
+    file->addSeparator();
+    add(file, QStringLiteral("Print\u2026"), QKeySequence::Print,
+        [this] { ManuscriptExports::print(m_window, m_context); });
     file->addSeparator();
     m_fileSettings =
         add(file, QStringLiteral("File Settings\u2026"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_I), [this] {

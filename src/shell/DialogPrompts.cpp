@@ -6,7 +6,8 @@
 #include <QStandardPaths>
 
 namespace {
-const QString sermonFilter = QStringLiteral("Sermons (*.md *.markdown);;All files (*)");
+const QString sermonFilter = QStringLiteral("Sermons (*.md *.markdown);;OPML outlines (*.opml);;All files (*)");
+const QString opmlFilter = QStringLiteral("OPML outlines (*.opml);;All files (*)");
 
 QString documentsFolder()
 {
@@ -60,6 +61,27 @@ QString DialogPrompts::chooseSavePath(QWidget* parent, const QString& proposedPa
 QString DialogPrompts::chooseFileToOpen(QWidget* parent)
 {
     const QString path = QFileDialog::getOpenFileName(parent, QStringLiteral("Open"), documentsFolder(), sermonFilter);
+    reactivate(parent);
+    return path;
+}
+
+QString DialogPrompts::chooseExportPath(QWidget* parent, const QString& proposedPath, const QString& kind,
+                                        const QString& suffix)
+{
+    QFileDialog dialog(parent, QStringLiteral("Export"), proposedPath,
+                       QStringLiteral("%1 (*.%2);;All files (*)").arg(kind, suffix));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setDefaultSuffix(suffix);
+    const bool chosen = dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty();
+    reactivate(parent);
+    return chosen ? dialog.selectedFiles().constFirst() : QString();
+}
+
+QString DialogPrompts::chooseOpmlToImport(QWidget* parent)
+{
+    const QString path =
+        QFileDialog::getOpenFileName(parent, QStringLiteral("Import OPML"), documentsFolder(), opmlFilter);
     reactivate(parent);
     return path;
 }

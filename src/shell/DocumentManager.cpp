@@ -4,6 +4,7 @@
 #include "Preferences.h"
 #include "UserPrompts.h"
 #include "documents/OpenDocument.h"
+#include "documents/Opml.h"
 #include "documents/PendingCreation.h"
 #include "documents/RecoveryStore.h"
 #include "documents/SafeFileName.h"
@@ -56,6 +57,8 @@ DocumentWindow* DocumentManager::adopt(DocumentWindow* window)
 
 DocumentWindow* DocumentManager::open(const QString& path, QWidget* parent)
 {
+    if (path.endsWith(QLatin1String(".opml"), Qt::CaseInsensitive))
+        return importOpml(path, parent);
     if (DocumentWindow* window = windowFor(path)) {
         if (m_context.preferences)
             m_context.preferences->noteRecentFile(window->openDocument()->filePath());
@@ -79,6 +82,31 @@ DocumentWindow* DocumentManager::openWithPanel(QWidget* parent)
         return nullptr;
     const QString path = m_context.prompts->chooseFileToOpen(parent);
     return path.isEmpty() ? nullptr : open(path, parent);
+}
+
+DocumentWindow* DocumentManager::importOpml(const QString& path, QWidget* parent)
+{
+    QString why;
+    std::optional<SermonContents> contents;
+    if (const auto bytes = SermonFile::readBytes(path, &why))
+        contents = Opml::read(*bytes, &why);
+    if (!contents) {
+        if (m_context.prompts)
+            m_context.prompts->showError(parent, SermonFile::openFailureMessage(path, why));
+        return nullptr;
+    }
+    auto open = untitled(std::make_unique<SermonDocument>(std::move(*contents)));
+    // Never saved as a sermon: closing it asks first.
+    open->noteChange();
+    return adopt(new DocumentWindow(std::move(open), m_context));
+}
+
+DocumentWindow* DocumentManager::importOpmlWithPanel(QWidget* parent)
+{
+    if (!m_context.prompts)
+        return nullptr;
+    const QString path = m_context.prompts->chooseOpmlToImport(parent);
+    return path.isEmpty() ? nullptr : importOpml(path, parent);
 }
 
 std::unique_ptr<SermonDocument> DocumentManager::makeNewSermon()

@@ -32,6 +32,10 @@ public:
     DocumentWindow* open(const QString& path, QWidget* parent = nullptr);
     // Asks for a file and opens it.
     DocumentWindow* openWithPanel(QWidget* parent);
+    // A new untitled sermon made from an OPML outline (opening a ".opml" file does the same);
+    // an outline that can't be read is reported and opens nothing.
+    DocumentWindow* importOpml(const QString& path, QWidget* parent = nullptr);
+    DocumentWindow* importOpmlWithPanel(QWidget* parent);
     // A new, untitled sermon made from the pending creation, if any, and shown.
     DocumentWindow* newDocument();
     // The document a new window starts with: the pending title and metadata, or "New Sermon".

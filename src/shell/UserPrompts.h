@@ -20,6 +20,11 @@ public:
     virtual QString chooseSavePath(QWidget* parent, const QString& proposedPath) = 0;
     // A sermon file to open; empty when cancelled.
     virtual QString chooseFileToOpen(QWidget* parent) = 0;
+    // A place to export to, as a file of `kind` ("PDF") ending in `suffix` ("pdf"); empty when cancelled.
+    virtual QString chooseExportPath(QWidget* parent, const QString& proposedPath, const QString& kind,
+                                     const QString& suffix) = 0;
+    // An outline to import; empty when cancelled.
+    virtual QString chooseOpmlToImport(QWidget* parent) = 0;
     virtual void showError(QWidget* parent, const QString& message) = 0;
     // The file under an open sermon with changes of its own was changed by another program.
     virtual DiskChoice askAboutChangedFile(QWidget* parent, const QString& displayName) = 0;

@@ -15,13 +15,13 @@ struct Result {
     QString err;
 };
 
-Result run(QStringList args)
+Result run(QStringList args, const CommandLine::PdfWriter& writePdf = {})
 {
     args.prepend(QStringLiteral("orantium"));
     Result r{0, {}, {}};
     QTextStream out(&r.out);
     QTextStream err(&r.err);
-    r.status = CommandLine::run(args, out, err);
+    r.status = CommandLine::run(args, out, err, writePdf);
     return r;
 }
 
@@ -83,6 +83,51 @@ TEST_F(CommandLineTest, CheckSaysWhetherSavingWouldChangeTheFile)
     }
 }
 
+TEST_F(CommandLineTest, ImportReadsWhatExportWrites)
+{
+    const QString md =
+        file("s.md",
+             "---\nscripture: John 1\nduration: 20\n---\n\n# T\n\n## A\n[//]: # (collapsed)\n\nline \u2B50\n"
+             "> quote\n");
+    const QString saved = run({QStringLiteral("export"), QStringLiteral("--to=markdown"), md}).out;
+    const QString json = file(
+        "s.json", run({QStringLiteral("export"), QStringLiteral("--to"), QStringLiteral("json"), md}).out.toUtf8());
+    const auto fromJson = run({QStringLiteral("import"), QStringLiteral("--from"), QStringLiteral("json"), json});
+    EXPECT_EQ(fromJson.status, 0) << fromJson.err.toStdString();
+    EXPECT_EQ(fromJson.out, saved);
+
+    // OPML keeps the lines, not the metadata or the folding.
+    const QString opml = file(
+        "s.opml", run({QStringLiteral("export"), QStringLiteral("--to"), QStringLiteral("opml"), md}).out.toUtf8());
+    const auto fromOpml = run({QStringLiteral("import"), QStringLiteral("--from=opml"), opml});
+    EXPECT_EQ(fromOpml.status, 0) << fromOpml.err.toStdString();
+    EXPECT_EQ(fromOpml.out, "# T\n\n## A\n\nline \u2B50\n> quote\n");
+}
+
+TEST_F(CommandLineTest, PdfGoesToTheFileNamedByDashO)
+{
+    const QString md = file("s.md", "# T\n\nline\n");
+    const QString pdf = dir.filePath(QStringLiteral("out.pdf"));
+    const QStringList args{QStringLiteral("export"), md, QStringLiteral("--to"), QStringLiteral("pdf"),
+                           QStringLiteral("-o"),     pdf};
+    EXPECT_TRUE(CommandLine::needsFonts(QStringList{QStringLiteral("orantium")} + args));
+    EXPECT_FALSE(CommandLine::needsFonts({QStringLiteral("orantium"), QStringLiteral("export"), QStringLiteral("--to"),
+                                          QStringLiteral("json"), QStringLiteral("pdf")}));
+    QString written;
+    const auto ok = run(args, [&](const SermonContents& contents, const QString& path, QString*) {
+        written = contents.root->text() + QLatin1Char(' ') + path;
+        return true;
+    });
+    EXPECT_EQ(ok.status, 0);
+    EXPECT_EQ(written, QStringLiteral("T ") + pdf);
+    const auto failed = run(args, [](const SermonContents&, const QString&, QString* why) {
+        *why = QStringLiteral("No space left on device");
+        return false;
+    });
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.err, QStringLiteral("orantium: %1: No space left on device\n").arg(pdf));
+}
+
 TEST_F(CommandLineTest, StatsUsesThePace)
 {
     const QString path = file("s.md", "# One two\n\nthree four five\n");
@@ -133,6 +178,13 @@ TEST_F(CommandLineTest, UnreadableFilesAndWrongUsage)
         {{QStringLiteral("export"), binary, QStringLiteral("--to"), QStringLiteral("markdown"),
           QStringLiteral("--check")},
          1},
+        {{QStringLiteral("export"), empty, QStringLiteral("--to"), QStringLiteral("json"), QStringLiteral("-o"),
+          QStringLiteral("x.pdf")},
+         2},
+        {{QStringLiteral("import"), empty}, 2},
+        {{QStringLiteral("import"), QStringLiteral("--from"), QStringLiteral("json")}, 2},
+        {{QStringLiteral("import"), binary, QStringLiteral("--from"), QStringLiteral("json")}, 1},
+        {{QStringLiteral("import"), empty, QStringLiteral("--from"), QStringLiteral("opml")}, 1},
         {{QStringLiteral("frobnicate")}, 2},
     };
     for (const auto& row : rows) {

@@ -2,7 +2,9 @@
 
 #include "documents/DiskWrite.h"
 #include "documents/OpenDocument.h"
+#include "documents/Opml.h"
 #include "documents/PendingCreation.h"
+#include "shell/AppMenus.h"
 #include "shell/ContentView.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
@@ -314,6 +316,31 @@ TEST_F(DocumentFilesTest, AFileThatCannotBeReadShowsAMessageAndOpensNothing)
     }
     EXPECT_TRUE(manager->windows().isEmpty());
     EXPECT_TRUE(preferences->recentFiles().isEmpty());
+}
+
+TEST_F(DocumentFilesTest, AnOutlineOpensAsANewUntitledSermonAndExportsBack)
+{
+    const QString opml = dir.filePath(QStringLiteral("talk.opml"));
+    ASSERT_TRUE(writeFile(opml,
+                          "<opml><head><title>Psalm</title></head><body><outline text=\"Still waters\"/>"
+                          "</body></opml>"));
+    const QString bad = dir.filePath(QStringLiteral("bad.opml"));
+    ASSERT_TRUE(writeFile(bad, "<html/>"));
+    EXPECT_EQ(manager->open(bad), nullptr);
+    ASSERT_EQ(prompts.errors.size(), 1);
+    EXPECT_TRUE(prompts.errors.first().contains(QStringLiteral("not an OPML outline")));
+
+    DocumentWindow* window = manager->open(opml);
+    ASSERT_TRUE(window);
+    EXPECT_TRUE(window->openDocument()->isUntitled());
+    EXPECT_TRUE(window->openDocument()->isModified()); // never saved as a sermon
+    EXPECT_EQ(window->openDocument()->document()->root()->text(), QStringLiteral("Psalm"));
+
+    const QString out = dir.filePath(QStringLiteral("out.opml"));
+    prompts.savePaths.push_back(out);
+    window->menus()->action(QStringLiteral("Export as OPML\u2026"))->trigger();
+    EXPECT_EQ(readAll(out), Opml::write(*window->openDocument()->document()->root()));
+    EXPECT_TRUE(window->menus()->action(QStringLiteral("Print\u2026")));
 }
 
 TEST_F(DocumentFilesTest, UntitledChangesAskOnCloseAndFollowTheAnswer)

@@ -85,6 +85,11 @@ public:
         openPaths.pop_front();
         return path;
     }
+    QString chooseExportPath(QWidget*, const QString& proposedPath, const QString&, const QString&) override
+    {
+        return chooseSavePath(nullptr, proposedPath);
+    }
+    QString chooseOpmlToImport(QWidget* parent) override { return chooseFileToOpen(parent); }
     void showError(QWidget*, const QString& message) override
     {
         spin();
