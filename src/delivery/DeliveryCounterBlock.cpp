@@ -1,6 +1,7 @@
 #include "DeliveryCounterBlock.h"
 
 #include "DeliveryAppearance.h"
+#include "DeliveryLegibility.h"
 #include "DeliveryText.h"
 
 #include <QAbstractButton>
@@ -18,6 +19,9 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QVariantAnimation>
+
+#include <algorithm>
+#include <cmath>
 
 using namespace DeliveryAppearance;
 using namespace Look;
@@ -86,6 +90,12 @@ protected:
     }
 };
 
+// Sizes of the figures, normal and large: the large clock is about two and a half times the size.
+constexpr double remainingSize = 24, largeRemainingSize = 64;
+constexpr double rowSize = 12, largeRowSize = 24;
+constexpr double captionSize = 10, largeCaptionSize = 16;
+constexpr int largePadding = 14;
+
 QLabel* makeLabel(QWidget* parent, double size, QFont::Weight weight)
 {
     auto* label = new QLabel(parent);
@@ -143,6 +153,9 @@ DeliveryCounterBlock::DeliveryCounterBlock(DeliveryTimer* timer, QWidget* parent
 
     m_extra = makeLabel(this, 10, QFont::Normal);
     QWidget* remainingRow = makeRow(this, {m_remaining, m_field, m_extra});
+    m_finish = makeLabel(this, captionSize, QFont::Normal);
+    m_finishRow = makeRow(this, {m_finish});
+    m_finishRow->hide();
 
     m_pillsRow = new QWidget(this);
     auto* pills = new QHBoxLayout(m_pillsRow);
@@ -189,6 +202,7 @@ DeliveryCounterBlock::DeliveryCounterBlock(DeliveryTimer* timer, QWidget* parent
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(6);
     column->addWidget(remainingRow);
+    column->addWidget(m_finishRow);
     column->addWidget(m_pillsRow);
     column->addWidget(m_totalRow);
     column->addWidget(m_clockRow);
@@ -265,6 +279,96 @@ bool DeliveryCounterBlock::isTotalRowVisible() const
     return !m_totalRow->isHidden();
 }
 
+bool DeliveryCounterBlock::isClockRowVisible() const
+{
+    return !m_clockRow->isHidden();
+}
+
+bool DeliveryCounterBlock::setLarge(bool large)
+{
+    if (m_large == large)
+        return false;
+    m_large = large;
+    applySizes();
+    refresh();
+    adjustSize();
+    emit sizeChanged();
+    return true;
+}
+
+void DeliveryCounterBlock::applySizes()
+{
+    const double time = m_large ? largeRemainingSize : remainingSize;
+    m_remaining->setFont(DeliveryText::makeFont(time, QFont::DemiBold, false));
+    m_field->setFont(DeliveryText::makeFont(time, QFont::DemiBold, false));
+    const QFontMetricsF big(m_remaining->font());
+    m_field->setFixedWidth(m_large ? int(std::ceil(big.horizontalAdvance(QStringLiteral("888")))) : 70);
+    for (QLabel* label : {m_total, m_clock})
+        label->setFont(DeliveryText::makeFont(m_large ? largeRowSize : rowSize, QFont::Normal, false));
+    for (QLabel* label : {m_totalCaption, m_clockCaption, m_extra, m_finish})
+        label->setFont(DeliveryText::makeFont(m_large ? largeCaptionSize : captionSize, QFont::Normal, false));
+    if (m_large) {
+        // Room for the longest time an evening allows, "−188:88", and the panel's padding.
+        const int inner = int(std::ceil(big.horizontalAdvance(QStringLiteral("−188:88"))));
+        setFixedWidth(inner + 2 * largePadding);
+        layout()->setContentsMargins(largePadding, largePadding - 4, largePadding, largePadding);
+    } else {
+        setFixedWidth(blockWidth);
+        layout()->setContentsMargins(0, 0, 0, 0);
+    }
+}
+
+void DeliveryCounterBlock::setFinishText(const QString& text)
+{
+    if (m_finish->text() == text && m_finishRow->isHidden() == text.isEmpty())
+        return;
+    m_finish->setText(text);
+    m_finishRow->setVisible(!text.isEmpty());
+    adjustSize();
+    emit sizeChanged();
+}
+
+void DeliveryCounterBlock::setCueGlow(double strength)
+{
+    strength = std::clamp(strength, 0.0, 1.0);
+    if (m_cueGlow == strength)
+        return;
+    m_cueGlow = strength;
+    update();
+}
+
+QColor DeliveryCounterBlock::backgroundColor() const
+{
+    return palette().color(QPalette::Base);
+}
+
+QColor DeliveryCounterBlock::figureColor(const QColor& color) const
+{
+    return m_large ? DeliveryLegibility::legible(color, backgroundColor()) : color;
+}
+
+void DeliveryCounterBlock::paintEvent(QPaintEvent*)
+{
+    if (!m_large && m_cueGlow <= 0)
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    const QRectF r = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    if (m_large) {
+        // Opaque, so the page scrolling beneath never lowers the contrast.
+        QPainterPath panel;
+        panel.addRoundedRect(r, 12, 12);
+        painter.fillPath(panel, backgroundColor());
+        painter.setPen(QPen(withAlpha(primary(), 0.15), 1));
+        painter.drawPath(panel);
+    }
+    if (m_cueGlow > 0) {
+        QPainterPath glow;
+        glow.addRoundedRect(r, 8, 8);
+        painter.fillPath(glow, withAlpha(accent(), 0.28 * m_cueGlow));
+    }
+}
+
 bool DeliveryCounterBlock::isPillsRowVisible() const
 {
     return m_showPills && m_timer->state() != TimerState::idle;
@@ -333,7 +437,7 @@ void DeliveryCounterBlock::onTimerStateChanged(TimerState state)
 
 void DeliveryCounterBlock::refresh()
 {
-    const QColor timeColor = remainingColor(m_timer->remainingSeconds(), m_timer->state());
+    const QColor timeColor = figureColor(remainingColor(m_timer->remainingSeconds(), m_timer->state()));
     m_remaining->setText(m_timer->remainingText());
     setTextColor(m_remaining, timeColor);
     setTextColor(m_field, timeColor);
@@ -344,23 +448,26 @@ void DeliveryCounterBlock::refresh()
     const int extra = extraMinutes(*m_timer);
     m_extra->setText(QStringLiteral("(+%1)").arg(extra));
     m_extra->setVisible(extra >= 1);
-    setTextColor(m_extra, tertiary());
+    setTextColor(m_extra, figureColor(tertiary()));
+    setTextColor(m_finish, figureColor(secondary()));
 
     m_total->setText(m_timer->totalElapsedText());
     m_totalRow->setAccessibleDescription(m_timer->totalElapsedText());
     m_clock->setText(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")));
-    setTextColor(m_total, secondary());
-    setTextColor(m_totalCaption, tertiary());
-    setTextColor(m_clock, tertiary());
-    setTextColor(m_clockCaption, tertiary());
+    setTextColor(m_total, figureColor(secondary()));
+    setTextColor(m_totalCaption, figureColor(tertiary()));
+    setTextColor(m_clock, figureColor(tertiary()));
+    setTextColor(m_clockCaption, figureColor(tertiary()));
     QPalette rulePalette = m_rule->palette();
     rulePalette.setColor(QPalette::Window, withAlpha(primary(), 0.15));
     m_rule->setPalette(rulePalette);
 
     const bool started = m_timer->firstStartedAt().has_value();
-    if (m_totalRow->isHidden() == started) {
+    // Large, the time of day shows before the start too: the preacher waits on the service.
+    const bool clock = started || m_large;
+    if (m_totalRow->isHidden() == started || m_clockRow->isHidden() == clock) {
         m_totalRow->setVisible(started);
-        m_clockRow->setVisible(started);
+        m_clockRow->setVisible(clock);
         adjustSize();
         emit sizeChanged();
     }

@@ -41,8 +41,20 @@ public:
     void tapRemaining();
     void addMinutes(int minutes);
 
+    // The pulpit clock: the figures at several times their size on a panel of the page's colour,
+    // each in a colour that meets 4.5:1 against it, and the time of day shown before the start.
+    bool isLarge() const { return m_large; }
+    bool setLarge(bool large);
+    // "ends 11:42" under the time; empty hides it.
+    void setFinishText(const QString& text);
+    // 0 to 1: how strongly a cue lights the block now.
+    void setCueGlow(double strength);
+    // The colour behind the figures, against which their contrast is measured.
+    QColor backgroundColor() const;
+
     // Rows now shown, for the layout and for tests.
     bool isTotalRowVisible() const;
+    bool isClockRowVisible() const;
     bool isPillsRowVisible() const;
 
 signals:
@@ -53,19 +65,26 @@ signals:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void refresh();
     void updateRows();
     void onTimerStateChanged(TimerState state);
+    void applySizes();
+    QColor figureColor(const QColor& color) const;
 
     DeliveryTimer* m_timer;
     bool m_showPills = false;
     bool m_isEditingDuration = false;
+    bool m_large = false;
+    double m_cueGlow = 0;
 
     QLabel* m_remaining = nullptr;
     QLineEdit* m_field = nullptr;
     QLabel* m_extra = nullptr;
+    QLabel* m_finish = nullptr;
+    QWidget* m_finishRow = nullptr;
     QWidget* m_pillsRow = nullptr;
     QWidget* m_totalRow = nullptr;
     QLabel* m_total = nullptr;

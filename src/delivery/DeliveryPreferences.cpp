@@ -2,7 +2,10 @@
 
 #include <QSettings>
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
+#include <optional>
 
 namespace {
 
@@ -11,12 +14,55 @@ const QString lineSpacingKey = QStringLiteral("deliveryLineSpacing");
 const QString textWidthKey = QStringLiteral("deliveryTextWidth");
 const QString wpmKey = QStringLiteral("deliveryWPM");
 const QString fullscreenKey = QStringLiteral("deliveryFullscreen");
+const QString largeClockKey = QStringLiteral("deliveryLargeClock");
+const QString endCuesKey = QStringLiteral("deliveryEndCues");
+const QString cueMinutesKey = QStringLiteral("deliveryCueMinutes");
+const QString presenterKeysKey = QStringLiteral("deliveryPresenterKeys");
 
 double readDouble(const QSettings& settings, const QString& key, double fallback, double lo, double hi)
 {
     bool ok = false;
     const double value = settings.value(key).toDouble(&ok);
     return ok && std::isfinite(value) && value >= lo && value <= hi ? value : fallback;
+}
+
+bool readBool(const QSettings& settings, const QString& key, bool fallback)
+{
+    const QVariant value = settings.value(key);
+    const QString text = value.toString().toLower();
+    if (value.typeId() == QMetaType::Bool)
+        return value.toBool();
+    if (text == QLatin1String("true") || text == QLatin1String("1"))
+        return true;
+    if (text == QLatin1String("false") || text == QLatin1String("0"))
+        return false;
+    return fallback;
+}
+
+// "5,2,1": whole minutes from 1 to 120, largest first, each once; nothing else is a list.
+std::optional<std::vector<int>> parseMinutes(const QString& text)
+{
+    std::vector<int> out;
+    for (const QString& piece : text.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        bool ok = false;
+        const int m = piece.trimmed().toInt(&ok);
+        if (!ok || m < 1 || m > 120)
+            return std::nullopt;
+        out.push_back(m);
+    }
+    if (out.empty())
+        return std::nullopt;
+    std::sort(out.begin(), out.end(), std::greater<>());
+    out.erase(std::unique(out.begin(), out.end()), out.end());
+    return out;
+}
+
+QString minutesText(const std::vector<int>& minutes)
+{
+    QStringList pieces;
+    for (int m : minutes)
+        pieces << QString::number(m);
+    return pieces.join(QLatin1Char(','));
 }
 
 } // namespace
@@ -45,16 +91,47 @@ void DeliveryPreferences::load()
     bool ok = false;
     const int wpm = s.value(wpmKey).toInt(&ok);
     m_wpm = ok && wpm >= 1 ? wpm : defaultWPM;
-    const QVariant fullscreen = s.value(fullscreenKey);
-    const QString text = fullscreen.toString().toLower();
-    if (fullscreen.typeId() == QMetaType::Bool)
-        m_fullscreen = fullscreen.toBool();
-    else if (text == QLatin1String("true") || text == QLatin1String("1"))
-        m_fullscreen = true;
-    else if (text == QLatin1String("false") || text == QLatin1String("0"))
-        m_fullscreen = false;
-    else
-        m_fullscreen = defaultFullscreen;
+    m_fullscreen = readBool(s, fullscreenKey, defaultFullscreen);
+    m_largeClock = readBool(s, largeClockKey, defaultLargeClock);
+    m_endCues = readBool(s, endCuesKey, defaultEndCues);
+    m_presenterKeys = readBool(s, presenterKeysKey, defaultPresenterKeys);
+    m_cueMinutes = parseMinutes(s.value(cueMinutesKey).toString()).value_or(defaultCueMinutes());
+}
+
+bool DeliveryPreferences::setFlag(bool& field, bool on, const QString& key, void (DeliveryPreferences::*changed)(bool))
+{
+    if (field == on)
+        return false;
+    field = on;
+    m_settings->setValue(key, on);
+    emit(this->*changed)(on);
+    return true;
+}
+
+bool DeliveryPreferences::setLargeClock(bool on)
+{
+    return setFlag(m_largeClock, on, largeClockKey, &DeliveryPreferences::largeClockChanged);
+}
+
+bool DeliveryPreferences::setEndCues(bool on)
+{
+    return setFlag(m_endCues, on, endCuesKey, &DeliveryPreferences::endCuesChanged);
+}
+
+bool DeliveryPreferences::setPresenterKeys(bool on)
+{
+    return setFlag(m_presenterKeys, on, presenterKeysKey, &DeliveryPreferences::presenterKeysChanged);
+}
+
+bool DeliveryPreferences::setCueMinutes(std::vector<int> minutes)
+{
+    const auto clean = parseMinutes(minutesText(minutes));
+    if (!clean || *clean == m_cueMinutes)
+        return false;
+    m_cueMinutes = *clean;
+    m_settings->setValue(cueMinutesKey, minutesText(m_cueMinutes));
+    emit cueMinutesChanged();
+    return true;
 }
 
 bool DeliveryPreferences::setFontSize(double size)
@@ -99,10 +176,5 @@ bool DeliveryPreferences::setWPM(int wpm)
 
 bool DeliveryPreferences::setFullscreen(bool on)
 {
-    if (m_fullscreen == on)
-        return false;
-    m_fullscreen = on;
-    m_settings->setValue(fullscreenKey, on);
-    emit fullscreenChanged(on);
-    return true;
+    return setFlag(m_fullscreen, on, fullscreenKey, &DeliveryPreferences::fullscreenChanged);
 }

@@ -1,6 +1,7 @@
 #include "DeliveryTimelineRuler.h"
 
 #include "DeliveryAppearance.h"
+#include "DeliveryLegibility.h"
 #include "DeliveryPageDrawing.h"
 #include "DeliveryText.h"
 
@@ -246,6 +247,15 @@ std::vector<int> DeliveryTimelineRuler::minuteFigureSeconds(int total)
     return seconds;
 }
 
+bool DeliveryTimelineRuler::setLegibleFigures(bool on)
+{
+    if (m_legibleFigures == on)
+        return false;
+    m_legibleFigures = on;
+    update();
+    return true;
+}
+
 double DeliveryTimelineRuler::driftSeconds(double progress, double viewFraction, double targetSeconds)
 {
     return (progress - viewFraction) * std::max(int(targetSeconds), 1);
@@ -417,7 +427,9 @@ void DeliveryTimelineRuler::drawTicksAndHeadings(QPainter& painter, double w, co
     const QFontMetricsF metrics(figureFont);
     painter.save();
     painter.setFont(figureFont);
-    painter.setPen(withAlpha(secondary(), 0.45));
+    const QColor figures = withAlpha(secondary(), 0.45);
+    painter.setPen(m_legibleFigures ? DeliveryLegibility::legible(figures, palette().color(QPalette::Window))
+                                    : figures);
     for (int q : minuteFigureSeconds(total)) {
         const double x = double(q) / total * w;
         // No figure is near as wide as the berth it keeps from heading lines.

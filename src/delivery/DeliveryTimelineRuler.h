@@ -57,6 +57,8 @@ public:
     // Centre of a line of width `lineWidth` on the device pixel grid, kept inside the ruler.
     static double snap(double x, double lineWidth, double width, double scale);
 
+    // Minute figures in a colour that meets 4.5:1 against the ruler, for the large clock.
+    bool setLegibleFigures(bool on);
     bool isFrameTicking() const;
     double currentWidth() const { return m_currentWidth; }
     // One firing of the frame timer; public so that tests and benchmarks can drive it.
@@ -115,6 +117,7 @@ private:
     PulseClock m_pulseClock;
     QTimer* m_displayLinkTimer = nullptr;
     double m_currentWidth = 0;
+    bool m_legibleFigures = false;
     DeliveryCanvasState::LayoutPtr m_stopsLayout;
     std::array<std::vector<HeadingStop>, 3> m_stops; // depths 1 to 3
     Moving m_shown;

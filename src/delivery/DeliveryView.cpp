@@ -3,13 +3,19 @@
 #include "DeliveryAppearance.h"
 #include "DeliveryCanvas.h"
 #include "DeliveryCounterBlock.h"
+#include "DeliveryCues.h"
+#include "DeliveryFinishBy.h"
+#include "DeliveryKeys.h"
 #include "DeliveryNavOverlay.h"
 #include "DeliveryPreferences.h"
+#include "DeliveryRehearsal.h"
 #include "DeliveryRunnerPlayButton.h"
 #include "DeliveryRunnerStopButton.h"
 #include "DeliveryRunnerStrip.h"
+#include "DeliverySections.h"
 #include "DeliverySwitch.h"
 #include "DeliveryText.h"
+#include "DeliveryTimekeeperWindow.h"
 #include "DeliveryTimelineRuler.h"
 #include "DeliveryTopBar.h"
 #include "FollowRunnerButton.h"
@@ -18,15 +24,25 @@
 #include "core/UndoManager.h"
 #include "core/WordCount.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QContextMenuEvent>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QGridLayout>
 #include <QHBoxLayout>
+#include <QInputDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPainter>
+#include <QPushButton>
 #include <QSlider>
 #include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
+#include <QVariantAnimation>
 
 #include <algorithm>
 #include <cmath>
@@ -71,6 +87,34 @@ QSlider* settingsSlider(int lo, int hi, QWidget* parent)
     // The page keeps the keyboard: Space must always reach the timer.
     slider->setFocusPolicy(Qt::NoFocus);
     return slider;
+}
+
+// A plain wash over part of the view that takes no clicks: the cue's light, or the dimmed page.
+class WashOverlay : public QWidget {
+public:
+    WashOverlay(std::function<QColor()> colour, QWidget* parent)
+        : QWidget(parent)
+        , m_colour(std::move(colour))
+    {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        setAttribute(Qt::WA_NoSystemBackground);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.fillRect(rect(), m_colour());
+    }
+
+private:
+    std::function<QColor()> m_colour;
+};
+
+QString minutesText(double seconds)
+{
+    const int s = int(std::lround(std::max(seconds, 0.0)));
+    return QString::asprintf("%d:%02d", s / 60, s % 60);
 }
 
 } // namespace
@@ -137,7 +181,7 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     connect(m_preferences, &DeliveryPreferences::lineSpacingChanged, this, &DeliveryView::applyPreferences);
     connect(m_preferences, &DeliveryPreferences::textWidthChanged, this, &DeliveryView::applyPreferences);
     connect(m_preferences, &DeliveryPreferences::wpmChanged, this, [this] {
-        if (!m_document->metadata().duration && m_timer->state() == TimerState::idle)
+        if (!m_document->metadata().duration && !m_finishBy && m_timer->state() == TimerState::idle)
             m_timer->setTargetMinutes(effectiveMinutes());
         applyPreferences();
     });
@@ -147,6 +191,22 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     if (!m_document->metadata().duration)
         m_timer->setTargetMinutes(effectiveMinutes());
     applyPreferences();
+
+    m_cues = new DeliveryCues(m_timer, this);
+    connect(m_cues, &DeliveryCues::cue, this, &DeliveryView::showCue);
+    m_rehearsal = new DeliveryRehearsal(m_timer, m_canvasState, this);
+    connect(m_canvas->pulseClock(), &PulseClock::ticked, m_rehearsal, &DeliveryRehearsal::observe);
+    connect(m_rehearsal, &DeliveryRehearsal::finished, this, &DeliveryView::showRehearsalSheet);
+    m_finishTimer = new QTimer(this);
+    m_finishTimer->setInterval(1000);
+    connect(m_finishTimer, &QTimer::timeout, this, &DeliveryView::followFinishBy);
+    // A duration typed in the counters replaces the finish-by time.
+    connect(m_counterBlock, &DeliveryCounterBlock::durationChanged, this, [this] { setFinishBy(std::nullopt); });
+    buildPulpitActions();
+    for (auto changed : {&DeliveryPreferences::largeClockChanged, &DeliveryPreferences::endCuesChanged})
+        connect(m_preferences, changed, this, &DeliveryView::applyPulpitPreferences);
+    connect(m_preferences, &DeliveryPreferences::cueMinutesChanged, this, &DeliveryView::applyPulpitPreferences);
+    applyPulpitPreferences();
 }
 
 DeliveryView::~DeliveryView()
@@ -270,7 +330,11 @@ void DeliveryView::placeOverlays()
     const double left = m_canvas->left();
     const int x = int(std::round(left));
     m_counterBlock->adjustSize();
-    m_counterBlock->move(x + 8, 12);
+    // The large clock stands at the page's top right, clear of the runner's head.
+    if (m_counterBlock->isLarge())
+        m_counterBlock->move(m_canvas->width() - 20 - m_counterBlock->width(), 12);
+    else
+        m_counterBlock->move(x + 8, 12);
     m_playButton->move(x + 129 - DeliveryRunnerPlayButton::symbolSize / 2,
                        26 - DeliveryRunnerPlayButton::symbolSize / 2);
     m_stopButton->move(x + 129 - DeliveryRunnerStopButton::symbolSize / 2,
@@ -311,12 +375,276 @@ void DeliveryView::keyPressEvent(QKeyEvent* event)
     default:
         break;
     }
+    // What presenter remotes send: the page passes these on to here.
+    if (!(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))) {
+        const auto action = DeliveryKeys::resolve(event->key(), m_preferences->presenterKeys());
+        if (action
+            && (*action == DeliveryKeys::Action::nextSection || *action == DeliveryKeys::Action::previousSection
+                || *action == DeliveryKeys::Action::toggleDim || *action == DeliveryKeys::Action::start)) {
+            handlePresenterKey(int(*action));
+            event->accept();
+            return;
+        }
+    }
     QWidget::keyPressEvent(event);
+}
+
+void DeliveryView::handlePresenterKey(int key)
+{
+    const auto action = DeliveryKeys::Action(key);
+    const auto& layout = m_canvasState->layout();
+    const double readingLine = m_canvasState->scrollY() + DeliverySections::readingLineOffset;
+    switch (action) {
+    case DeliveryKeys::Action::nextSection:
+        if (layout)
+            if (const auto next = DeliverySections::after(*layout, readingLine))
+                m_canvasState->navigate(next->id);
+        break;
+    case DeliveryKeys::Action::previousSection:
+        if (const auto previous = layout ? DeliverySections::before(*layout, readingLine) : std::nullopt) {
+            m_canvasState->navigate(previous->id);
+        } else {
+            // Before the first section, back is the top of the page.
+            if (m_canvasState->stopScrollDeceleration)
+                m_canvasState->stopScrollDeceleration();
+            m_canvasState->setFollowRunner(false);
+            m_canvas->scrollAnimated(0);
+        }
+        break;
+    case DeliveryKeys::Action::toggleDim:
+        setDimmed(!isDimmed());
+        break;
+    case DeliveryKeys::Action::start:
+        m_timer->start();
+        break;
+    default:
+        break;
+    }
+}
+
+bool DeliveryView::isDimmed() const
+{
+    return m_dimOverlay && m_dimOverlay->isVisible();
+}
+
+void DeliveryView::setDimmed(bool on)
+{
+    if (isDimmed() == on)
+        return;
+    if (!m_dimOverlay)
+        m_dimOverlay = new WashOverlay([] { return QColor(0, 0, 0, 235); }, this);
+    m_dimOverlay->setGeometry(rect());
+    m_dimOverlay->setVisible(on);
+    m_dimOverlay->raise();
+}
+
+void DeliveryView::buildPulpitActions()
+{
+    auto checkable = [this](const QString& text, bool checked) {
+        auto* action = new QAction(text, this);
+        action->setCheckable(true);
+        action->setChecked(checked);
+        return action;
+    };
+    m_largeClockAction = checkable(QStringLiteral("Large Clock"), m_preferences->largeClock());
+    connect(m_largeClockAction, &QAction::toggled, m_preferences, &DeliveryPreferences::setLargeClock);
+    m_cuesAction = checkable(QStringLiteral("Cues Before the End"), m_preferences->endCues());
+    connect(m_cuesAction, &QAction::toggled, m_preferences, &DeliveryPreferences::setEndCues);
+    m_finishByAction = new QAction(QStringLiteral("Finish By\u2026"), this);
+    connect(m_finishByAction, &QAction::triggered, this, &DeliveryView::askFinishBy);
+    m_timekeeperAction = checkable(QStringLiteral("Show Timer on Another Screen"), false);
+    connect(m_timekeeperAction, &QAction::toggled, this, &DeliveryView::setTimekeeperShown);
+    m_rehearseAction = checkable(QStringLiteral("Rehearse"), false);
+    connect(m_rehearseAction, &QAction::toggled, m_rehearsal, &DeliveryRehearsal::setRecording);
+}
+
+QList<QAction*> DeliveryView::pulpitActions() const
+{
+    return {m_largeClockAction, m_cuesAction, m_finishByAction, m_timekeeperAction, m_rehearseAction};
+}
+
+void DeliveryView::contextMenuEvent(QContextMenuEvent* event)
+{
+    QMenu menu(this);
+    menu.addActions(pulpitActions());
+    menu.exec(event->globalPos());
+}
+
+void DeliveryView::applyPulpitPreferences()
+{
+    const bool large = m_preferences->largeClock();
+    m_counterBlock->setLarge(large);
+    m_topBar->ruler()->setLegibleFigures(large);
+    m_cues->setMinutes(m_preferences->cueMinutes());
+    m_cues->setEnabled(m_preferences->endCues());
+    for (auto [action, on] :
+         {std::pair{m_largeClockAction, large}, std::pair{m_cuesAction, m_preferences->endCues()}}) {
+        const QSignalBlocker block(action);
+        action->setChecked(on);
+    }
+    placeOverlays();
+}
+
+void DeliveryView::showCue()
+{
+    // A brief, calm light over the top bar and the time; never a sound.
+    if (!m_cueOverlay) {
+        m_cueOverlay = new WashOverlay(
+            [this] { return Look::withAlpha(accent(), 0.22 * m_cueFlash->currentValue().toDouble()); }, this);
+        m_cueFlash = new QVariantAnimation(this);
+        m_cueFlash->setDuration(1600);
+        m_cueFlash->setStartValue(0.0);
+        m_cueFlash->setKeyValueAt(0.3, 1.0);
+        m_cueFlash->setEndValue(0.0);
+        connect(m_cueFlash, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+            m_cueOverlay->update();
+            m_counterBlock->setCueGlow(value.toDouble());
+        });
+        connect(m_cueFlash, &QVariantAnimation::finished, this, [this] {
+            m_cueOverlay->hide();
+            m_counterBlock->setCueGlow(0);
+        });
+    }
+    m_cueOverlay->setGeometry(m_topBar->geometry());
+    m_cueOverlay->show();
+    m_cueOverlay->raise();
+    m_cueFlash->stop();
+    m_cueFlash->start();
+}
+
+void DeliveryView::setFinishBy(std::optional<QTime> time)
+{
+    if (m_finishBy == time)
+        return;
+    m_finishBy = time;
+    m_counterBlock->setFinishText(time ? DeliveryFinishBy::endsText(*time) : QString());
+    if (time) {
+        followFinishBy();
+        m_finishTimer->start();
+    } else {
+        m_finishTimer->stop();
+        // Back to what the sermon itself says.
+        if (m_timer->state() == TimerState::idle)
+            m_timer->setTargetMinutes(effectiveMinutes());
+    }
+}
+
+void DeliveryView::followFinishBy()
+{
+    // Started, the target stands: the preacher's clock must not jump while speaking.
+    if (!m_finishBy || m_timer->state() != TimerState::idle)
+        return;
+    const int minutes = DeliveryFinishBy::targetMinutes(*m_finishBy, m_timer->clock()->now());
+    if (int(m_timer->targetSeconds()) != minutes * 60)
+        m_timer->setTargetMinutes(minutes);
+}
+
+void DeliveryView::askFinishBy()
+{
+    bool ok = false;
+    const QString current = m_finishBy ? m_finishBy->toString(QStringLiteral("HH:mm")) : QString();
+    const QString text = QInputDialog::getText(this, QStringLiteral("Finish By"),
+                                               QStringLiteral("End the sermon by (HH:mm); empty to use its duration:"),
+                                               QLineEdit::Normal, current, &ok);
+    if (!ok)
+        return;
+    if (text.trimmed().isEmpty())
+        setFinishBy(std::nullopt);
+    else if (const auto time = DeliveryFinishBy::parse(text))
+        setFinishBy(time);
+}
+
+DeliveryTimekeeperWindow* DeliveryView::timekeeperWindow() const
+{
+    return m_timekeeper.data();
+}
+
+void DeliveryView::setTimekeeperShown(bool on)
+{
+    if (on && !m_timekeeper) {
+        m_timekeeper = new DeliveryTimekeeperWindow(m_timer, m_canvasState, this);
+        m_timekeeper->setAttribute(Qt::WA_DeleteOnClose);
+        connect(m_timekeeper, &DeliveryTimekeeperWindow::closed, this, [this] {
+            const QSignalBlocker block(m_timekeeperAction);
+            m_timekeeperAction->setChecked(false);
+        });
+        m_timekeeper->showBeside(window());
+    } else if (!on && m_timekeeper) {
+        m_timekeeper->close();
+    }
+    const QSignalBlocker block(m_timekeeperAction);
+    m_timekeeperAction->setChecked(on);
+}
+
+bool DeliveryView::acceptMeasuredPace()
+{
+    if (!m_document->root())
+        return false;
+    const int wpm = DeliveryRehearsal::measuredWPM(m_rehearsal->results(*m_document->root(), m_preferences->wpm()));
+    if (wpm <= 0)
+        return false;
+    m_preferences->setWPM(wpm);
+    return true;
+}
+
+void DeliveryView::showRehearsalSheet()
+{
+    if (!m_document->root())
+        return;
+    const auto results = m_rehearsal->results(*m_document->root(), m_preferences->wpm());
+    const int wpm = DeliveryRehearsal::measuredWPM(results);
+    auto* sheet = new QDialog(this);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->setWindowTitle(QStringLiteral("Rehearsal"));
+    auto* grid = new QGridLayout;
+    auto cell = [&](const QString& text, int row, int column, bool bold = false) {
+        // Section names come from the file: plain text.
+        auto* label = new QLabel(text, sheet);
+        label->setTextFormat(Qt::PlainText);
+        if (bold) {
+            QFont font = label->font();
+            font.setBold(true);
+            label->setFont(font);
+        }
+        grid->addWidget(label, row, column, column == 0 ? Qt::AlignLeft : Qt::AlignRight);
+    };
+    cell(QStringLiteral("Section"), 0, 0, true);
+    cell(QStringLiteral("Spoken"), 0, 1, true);
+    cell(QStringLiteral("Estimate"), 0, 2, true);
+    int row = 1;
+    for (const auto& result : results) {
+        cell(result.text.isEmpty() ? QStringLiteral("Before the first section") : result.text, row, 0);
+        cell(minutesText(result.realSeconds), row, 1);
+        cell(minutesText(result.estimatedSeconds), row, 2);
+        ++row;
+    }
+    auto* column = new QVBoxLayout(sheet);
+    column->addLayout(grid);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, sheet);
+    if (wpm > 0) {
+        auto* summary = new QLabel(
+            QStringLiteral("You spoke %1 words a minute; the reading pace is %2.").arg(wpm).arg(m_preferences->wpm()),
+            sheet);
+        summary->setTextFormat(Qt::PlainText);
+        column->addWidget(summary);
+        QPushButton* use = buttons->addButton(QStringLiteral("Use %1 wpm").arg(wpm), QDialogButtonBox::AcceptRole);
+        use->setObjectName(QStringLiteral("useMeasuredPace"));
+    }
+    column->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::accepted, sheet, [this, sheet] {
+        acceptMeasuredPace();
+        sheet->accept();
+    });
+    connect(buttons, &QDialogButtonBox::rejected, sheet, &QDialog::reject);
+    sheet->open();
+    emit rehearsalSheetShown(sheet);
 }
 
 void DeliveryView::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
+    if (m_dimOverlay)
+        m_dimOverlay->setGeometry(rect());
     if (m_availableWidth != width()) {
         m_availableWidth = width();
         updateTextWidthRange();

@@ -7,9 +7,18 @@
 #include "core/UndoManager.h"
 
 #include <QPointer>
+#include <QTime>
 #include <QWidget>
 
+#include <optional>
+
 class DeliveryCanvas;
+class DeliveryCues;
+class DeliveryRehearsal;
+class DeliveryTimekeeperWindow;
+class QAction;
+class QMenu;
+class QVariantAnimation;
 class DeliveryCounterBlock;
 class DeliveryNavOverlay;
 class DeliveryPreferences;
@@ -21,6 +30,7 @@ class DeliveryTopBar;
 class FollowRunnerButton;
 class QLabel;
 class QSlider;
+class QTimer;
 class QToolBar;
 class SermonDocument;
 
@@ -56,9 +66,31 @@ public:
     // The counter block's duration edit: written to the document as one undo step.
     void onDurationChanged(int minutes);
 
+    // ---- At the pulpit ----
+    // The time of day the delivery must end by; while idle the target follows the clock. Kept
+    // by this view alone, never written to the file.
+    std::optional<QTime> finishBy() const { return m_finishBy; }
+    void setFinishBy(std::optional<QTime> time);
+    // Sets the target from the finish-by time and the clock now; run each second while idle.
+    void followFinishBy();
+    // The page dimmed by a presenter remote's B or period.
+    bool isDimmed() const;
+    void setDimmed(bool on);
+    // The second, frameless window that shows the timer on another screen.
+    DeliveryTimekeeperWindow* timekeeperWindow() const;
+    void setTimekeeperShown(bool on);
+    DeliveryCues* cues() const { return m_cues; }
+    DeliveryRehearsal* rehearsal() const { return m_rehearsal; }
+    // Sets the reading pace to what the last rehearsal measured; false without a measure.
+    bool acceptMeasuredPace();
+    // Large Clock, Cues Before the End, Finish By…, Show Timer on Another Screen, Rehearse.
+    QList<QAction*> pulpitActions() const;
+
 signals:
     // The document's duration was set from the counters.
     void durationChanged(int minutes);
+    // A rehearsal ended and its sheet is open.
+    void rehearsalSheetShown(QWidget* sheet);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -66,6 +98,7 @@ protected:
     void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     QWidget* buildSettingsRow();
@@ -82,6 +115,12 @@ private:
     void applyColours();
     void watchWindow();
     void setInFullscreen(bool on);
+    void buildPulpitActions();
+    void applyPulpitPreferences();
+    void handlePresenterKey(int action);
+    void showCue();
+    void askFinishBy();
+    void showRehearsalSheet();
 
     SermonDocument* m_document;
     QPointer<UndoManager> m_undoManager;
@@ -112,4 +151,18 @@ private:
     QLabel* m_spacingValue = nullptr;
     QLabel* m_widthValue = nullptr;
     DeliverySwitch* m_fullscreenSwitch = nullptr;
+
+    std::optional<QTime> m_finishBy;
+    QTimer* m_finishTimer = nullptr;
+    DeliveryCues* m_cues = nullptr;
+    QVariantAnimation* m_cueFlash = nullptr;
+    QWidget* m_cueOverlay = nullptr;
+    QWidget* m_dimOverlay = nullptr;
+    QPointer<DeliveryTimekeeperWindow> m_timekeeper;
+    DeliveryRehearsal* m_rehearsal = nullptr;
+    QAction* m_largeClockAction = nullptr;
+    QAction* m_cuesAction = nullptr;
+    QAction* m_finishByAction = nullptr;
+    QAction* m_timekeeperAction = nullptr;
+    QAction* m_rehearseAction = nullptr;
 };

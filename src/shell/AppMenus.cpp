@@ -5,14 +5,17 @@
 #include "DocumentWindow.h"
 #include "ManuscriptExports.h"
 #include "Preferences.h"
+#include "ShortcutSheet.h"
 #include "UpdateService.h"
 #include "WindowSupervisor.h"
 #include "documents/OpenDocument.h"
 
 #include "core/UndoManager.h"
+#include "delivery/DeliveryView.h"
 
 #include <QAbstractSpinBox>
 #include <QApplication>
+#include <QDialog>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMenu>
@@ -75,6 +78,11 @@ QAction* AppMenus::add(QMenu* menu, const QString& text, const QKeySequence& key
     });
     m_allActions.push_back(action);
     return action;
+}
+
+QList<QAction*> AppMenus::shortcutActions() const
+{
+    return QList<QAction*>(m_allActions.begin(), m_allActions.end());
 }
 
 WindowCommands AppMenus::commands() const
@@ -259,6 +267,13 @@ void AppMenus::buildViewMenu(QMenuBar* bar)
         if (auto record = commands().focusMode)
             record->toggle();
     });
+    // The delivery view's own actions, while there is one: it owns them and their state.
+    m_pulpitMenu = view->addMenu(QStringLiteral("At the Pulpit"));
+    connect(m_pulpitMenu, &QMenu::aboutToShow, this, [this] {
+        m_pulpitMenu->clear();
+        if (DeliveryView* delivery = m_window->contentView() ? m_window->contentView()->deliveryView() : nullptr)
+            m_pulpitMenu->addActions(delivery->pulpitActions());
+    });
 }
 
 void AppMenus::buildWindowMenu(QMenuBar* bar)
@@ -275,6 +290,12 @@ void AppMenus::buildWindowMenu(QMenuBar* bar)
 void AppMenus::buildHelpMenu(QMenuBar* bar)
 {
     QMenu* help = bar->addMenu(QStringLiteral("&Help"));
+    add(help, QStringLiteral("Keyboard Shortcuts"), {}, [this] {
+        QDialog* sheet = ShortcutSheet::make(ShortcutSheet::rows(shortcutActions()), m_window);
+        sheet->setAttribute(Qt::WA_DeleteOnClose);
+        sheet->open();
+    });
+    help->addSeparator();
     m_about = add(help, QStringLiteral("About Orantium"), {}, [this] {
         if (m_context.supervisor)
             m_context.supervisor->showAbout();
@@ -299,6 +320,7 @@ void AppMenus::refresh()
     for (QAction* zoom : {m_zoomIn, m_zoomOut, m_actualSize})
         zoom->setEnabled(records.zoom.has_value());
     m_focusMode->setEnabled(records.focusMode.has_value());
+    m_pulpitMenu->setEnabled(m_window->contentView() && m_window->contentView()->deliveryView());
     m_checkForUpdates->setEnabled(m_context.updates && m_context.updates->canCheckForUpdates());
     m_newSermon->setEnabled(m_context.supervisor != nullptr);
     m_about->setEnabled(m_context.supervisor != nullptr);

@@ -27,6 +27,9 @@ public:
     // The item with this text (without its key), or null.
     QAction* action(const QString& text) const;
 
+    // Every item the menus made, for the shortcut sheet.
+    QList<QAction*> shortcutActions() const;
+
     // Sends a pasteboard command to the text field with the keyboard, else to the node commands.
     static void performPasteboardCommand(NodeCommand command, const std::optional<NodeActions>& actions);
 
@@ -51,6 +54,7 @@ private:
     };
     std::vector<NodeEntry> m_nodeEntries;
     QMenu* m_markMenu = nullptr;
+    QMenu* m_pulpitMenu = nullptr;
     QAction *m_undo = nullptr, *m_redo = nullptr, *m_save = nullptr, *m_saveAs = nullptr;
     QAction *m_fileSettings = nullptr, *m_find = nullptr, *m_mindMap = nullptr, *m_delivery = nullptr;
     QAction *m_zoomIn = nullptr, *m_zoomOut = nullptr, *m_actualSize = nullptr, *m_focusMode = nullptr;

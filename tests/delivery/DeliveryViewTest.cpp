@@ -338,6 +338,10 @@ TEST_F(DeliveryViewTest, BadStoredPreferencesFallBackToDefaults)
         settings.setValue(QStringLiteral("deliveryTextWidth"), -4);
         settings.setValue(QStringLiteral("deliveryWPM"), QStringLiteral("fast"));
         settings.setValue(QStringLiteral("deliveryFullscreen"), QStringLiteral("maybe"));
+        settings.setValue(QStringLiteral("deliveryLargeClock"), QStringLiteral("maybe"));
+        settings.setValue(QStringLiteral("deliveryEndCues"), 7);
+        settings.setValue(QStringLiteral("deliveryPresenterKeys"), QStringLiteral("no way"));
+        settings.setValue(QStringLiteral("deliveryCueMinutes"), QStringLiteral("5,soon,1"));
     }
     {
         // A fractional size reads as a whole one, the page's fonts being whole pixels.
@@ -353,6 +357,14 @@ TEST_F(DeliveryViewTest, BadStoredPreferencesFallBackToDefaults)
     EXPECT_EQ(prefs->textWidth(), 700);
     EXPECT_EQ(prefs->wpm(), 130);
     EXPECT_FALSE(prefs->fullscreen());
+    EXPECT_FALSE(prefs->largeClock());
+    EXPECT_FALSE(prefs->endCues());
+    EXPECT_TRUE(prefs->presenterKeys());
+    EXPECT_EQ(prefs->cueMinutes(), DeliveryPreferences::defaultCueMinutes());
+    // Cue minutes are kept largest first, each once; a list with nothing usable changes nothing.
+    EXPECT_TRUE(prefs->setCueMinutes({1, 3, 3, 10}));
+    EXPECT_EQ(makePreferences()->cueMinutes(), (std::vector<int>{10, 3, 1}));
+    EXPECT_FALSE(prefs->setCueMinutes({0}));
     EXPECT_TRUE(prefs->setFullscreen(true));
     EXPECT_FALSE(prefs->setFullscreen(true));
     EXPECT_TRUE(makePreferences()->fullscreen());

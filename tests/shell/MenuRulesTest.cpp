@@ -5,21 +5,27 @@
 #include "shell/ContentView.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
+#include "shell/ShortcutSheet.h"
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
+#include "delivery/DeliveryKeys.h"
 #include "delivery/DeliveryView.h"
 #include "editing/DocumentController.h"
+#include "editing/NodeCommands.h"
 #include "map/FocusWindow.h"
 #include "map/MindMapCanvas.h"
 #include "map/NodeEditorOverlay.h"
 
 #include <QAction>
 #include <QClipboard>
+#include <QDialog>
 #include <QFile>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <QSpinBox>
+#include <QTableWidget>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -119,6 +125,50 @@ TEST_F(MenuRulesTest, DeliveryModeTakesTheMapRecordsAwayAndLeavingItEndsTheView)
 
     item(QStringLiteral("Delivery"))->trigger();
     EXPECT_NE(content->deliveryView(), nullptr);
+}
+
+TEST_F(MenuRulesTest, TheShortcutSheetIsMadeFromTheKeyTables)
+{
+    const auto rows = ShortcutSheet::rows(window->menus()->shortcutActions());
+    auto has = [&](const QString& group, const QString& action, const QString& key) {
+        return std::any_of(rows.begin(), rows.end(), [&](const ShortcutSheet::Row& row) {
+            return row.group == group && row.action == action && row.keys.split(QStringLiteral(", ")).contains(key);
+        });
+    };
+    EXPECT_TRUE(has(QStringLiteral("Menus"), QStringLiteral("Save"),
+                    QKeySequence(QKeySequence::Save).toString(QKeySequence::NativeText)));
+    for (const NodeCommands::MenuItem& entry : NodeCommands::editMenu(NodeActionState{})) {
+        if (!entry.isSeparator() && !entry.key.isEmpty()) {
+            EXPECT_TRUE(has(QStringLiteral("Mind map"), entry.label,
+                            QKeySequence(entry.key.toString()).toString(QKeySequence::NativeText)))
+                << entry.label.toStdString();
+        }
+    }
+    for (const DeliveryKeys::Binding& binding : DeliveryKeys::table()) {
+        EXPECT_TRUE(has(binding.isPresenterKey ? QStringLiteral("Presenter remotes") : QStringLiteral("Delivery"),
+                        binding.description, DeliveryKeys::keyText(binding.key)))
+            << binding.description.toStdString();
+    }
+
+    item(QStringLiteral("Keyboard Shortcuts"))->trigger();
+    auto* sheet = window->findChild<QDialog*>();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_EQ(sheet->findChild<QTableWidget*>()->rowCount(), int(rows.size()));
+    sheet->close();
+
+    // The delivery view's pulpit actions are in the View menu while it is up.
+    QMenu* pulpit = nullptr;
+    for (QMenu* menu : window->findChildren<QMenu*>())
+        if (menu->title() == QStringLiteral("At the Pulpit"))
+            pulpit = menu;
+    ASSERT_NE(pulpit, nullptr);
+    window->menus()->refresh();
+    EXPECT_FALSE(pulpit->isEnabled());
+    item(QStringLiteral("Delivery"))->trigger();
+    window->menus()->refresh();
+    EXPECT_TRUE(pulpit->isEnabled());
+    emit pulpit->aboutToShow();
+    EXPECT_EQ(pulpit->actions(), window->contentView()->deliveryView()->pulpitActions());
 }
 
 TEST_F(MenuRulesTest, MenuEditsAreTheWindowsUndoStepsAndMarkTheDocument)
