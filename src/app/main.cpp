@@ -1,8 +1,8 @@
 #include "documents/CommandLine.h"
+#include "shell/AppIcon.h"
 #include "shell/OrantiumApp.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QTextStream>
 
 int main(int argc, char* argv[])
@@ -23,9 +23,10 @@ int main(int argc, char* argv[])
     QApplication::setOrganizationName(QStringLiteral("Orantium"));
     QApplication::setDesktopFileName(QStringLiteral("app.orantium.Orantium"));
     QApplication::setStyle(QStringLiteral("Fusion"));
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("app.orantium.Orantium")));
+    QApplication::setWindowIcon(AppIcon::make());
 
-    OrantiumApp orantium(arguments);
+    // Qt has taken its own options (-platform, -style, ...) out: what is left names files.
+    OrantiumApp orantium(QCoreApplication::arguments());
     if (!orantium.start())
         return 1;
     return app.exec();
