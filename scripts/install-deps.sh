@@ -7,9 +7,11 @@ packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-base-dev-tools libqt6concurrent6 libqt6opengl6-dev libgl-dev
   libyaml-dev libicu-dev
+  librsvg2-bin  # rsvg-convert draws the icon's PNG sizes from its SVG at build time
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libfuzzer-14-dev libclang-rt-14-dev
   fonts-dejavu-core fonts-noto-core fonts-noto-color-emoji
+  libqt6svg6    # run time: Qt's SVG image and icon plugins (Debian 12 ships them here)
   xvfb xdotool imagemagick poppler-utils
 )
 

@@ -1,11 +1,11 @@
 #include "documents/CommandLine.h"
+#include "shell/AppIcon.h"
 #include "shell/ManuscriptExports.h"
 #include "shell/OrantiumApp.h"
 
 #include "delivery/DeliveryPreferences.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QTextStream>
 
 int main(int argc, char* argv[])
@@ -38,9 +38,10 @@ int main(int argc, char* argv[])
     QApplication::setOrganizationName(QStringLiteral("Orantium"));
     QApplication::setDesktopFileName(QStringLiteral("app.orantium.Orantium"));
     QApplication::setStyle(QStringLiteral("Fusion"));
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("app.orantium.Orantium")));
+    QApplication::setWindowIcon(AppIcon::make());
 
-    OrantiumApp orantium(arguments);
+    // Qt has taken its own options (-platform, -style, ...) out: what is left names files.
+    OrantiumApp orantium(QCoreApplication::arguments());
     if (!orantium.start())
         return 1;
     return app.exec();

@@ -187,6 +187,14 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     });
     connect(m_preferences, &DeliveryPreferences::fullscreenChanged, this, &DeliveryView::onFullscreenPreferenceChanged);
 
+    // The page follows the document: an undone or redone duration shows as the target at once.
+    // Other metadata changes leave the target, and any minutes added to it, alone.
+    connect(m_document, &SermonDocument::metadataChanged, this, [this] {
+        const int minutes = effectiveMinutes();
+        if (m_timer->plannedTargetSeconds() != minutes * 60.0)
+            m_timer->setTargetMinutes(minutes);
+    });
+
     // The estimate above used the default pace; the stored one decides.
     if (!m_document->metadata().duration)
         m_timer->setTargetMinutes(effectiveMinutes());

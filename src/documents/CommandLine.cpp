@@ -11,6 +11,8 @@
 
 #include <QFile>
 
+#include <optional>
+
 namespace CommandLine {
 
 namespace {
@@ -65,6 +67,62 @@ std::optional<QString> option(const QStringList& args, qsizetype& i, QLatin1Stri
     if (args[i].startsWith(QString(name) + QLatin1Char('=')))
         return args[i].mid(name.size() + 1);
     return std::nullopt;
+}
+
+// Options Qt reads from the windowed program's command line, and which of them take a value.
+const QStringList toolkitValueOptions = {
+    QStringLiteral("platform"),
+    QStringLiteral("platformpluginpath"),
+    QStringLiteral("platformtheme"),
+    QStringLiteral("plugin"),
+    QStringLiteral("qwindowgeometry"),
+    QStringLiteral("geometry"),
+    QStringLiteral("qwindowtitle"),
+    QStringLiteral("title"),
+    QStringLiteral("qwindowicon"),
+    QStringLiteral("icon"),
+    QStringLiteral("session"),
+    QStringLiteral("display"),
+    QStringLiteral("name"),
+    QStringLiteral("style"),
+    QStringLiteral("stylesheet"),
+};
+const QStringList toolkitFlags = {
+    QStringLiteral("reverse"), QStringLiteral("testability"), QStringLiteral("nograb"),
+    QStringLiteral("dograb"),  QStringLiteral("sync"),        QStringLiteral("widgetcount"),
+};
+
+// The first option that neither the app nor Qt knows, when the arguments open windows.
+std::optional<QString> unknownOption(const QStringList& arguments)
+{
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        if (!argument.startsWith(QLatin1Char('-')) || argument == QLatin1String("-"))
+            continue; // a file
+        if (argument == QLatin1String("--ui-test-fixture"))
+            continue;
+        // Qt takes its options with one dash or two, and some as "name=value".
+        QString name = argument.mid(argument.startsWith(QLatin1String("--")) ? 2 : 1);
+        if (const qsizetype equals = name.indexOf(QLatin1Char('=')); equals > 0) {
+            name.truncate(equals);
+            if (toolkitValueOptions.contains(name) || name == QLatin1String("qmljsdebugger"))
+                continue;
+            return argument;
+        }
+        if (toolkitValueOptions.contains(name)) {
+            ++i;
+            continue;
+        }
+        if (!toolkitFlags.contains(name))
+            return argument;
+    }
+    return std::nullopt;
+}
+
+bool isCommand(const QString& first)
+{
+    return first == QLatin1String("export") || first == QLatin1String("import") || first == QLatin1String("stats")
+        || first == QLatin1String("--help") || first == QLatin1String("-h") || first == QLatin1String("--version");
 }
 
 int exportCommand(const QStringList& args, QTextStream& out, QTextStream& err, const PdfWriter& writePdf)
@@ -208,9 +266,8 @@ bool handles(const QStringList& arguments)
 {
     if (arguments.size() < 2)
         return false;
-    const QString& first = arguments[1];
-    return first == QLatin1String("export") || first == QLatin1String("import") || first == QLatin1String("stats")
-        || first == QLatin1String("--help") || first == QLatin1String("-h") || first == QLatin1String("--version");
+    // An option nobody knows is wrong usage, told here rather than by opening the app.
+    return isCommand(arguments[1]) || unknownOption(arguments).has_value();
 }
 
 bool needsFonts(const QStringList& arguments)
@@ -241,6 +298,8 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& err, const 
         return importCommand(rest, out, err);
     if (command == QLatin1String("stats"))
         return statsCommand(rest, out, err);
+    if (const std::optional<QString> option = unknownOption(arguments))
+        return usageError(QStringLiteral("unknown option \"%1\"").arg(*option), err);
     return usageError(QStringLiteral("unknown command \"%1\"").arg(command), err);
 }
 

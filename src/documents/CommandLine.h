@@ -7,9 +7,10 @@
 
 #include <functional>
 
-// The commands that work without a window: export, import and stats. `run` returns the exit
+// The commands that work without a display: export, import and stats. `run` returns the exit
 // status (0 done, 1 unreadable file or failed write, 2 wrong usage, 3 `export --check`: saving
-// would change the file); `handles` tells whether the arguments are one.
+// would change the file); `handles` tells whether the arguments are one, or hold an option
+// nobody knows.
 namespace CommandLine {
 
 // Writes the printed manuscript of a sermon to a PDF file, or says why not in `why`. Drawing

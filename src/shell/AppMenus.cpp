@@ -21,6 +21,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QTextDocument>
 #include <QTextEdit>
 
@@ -281,10 +282,47 @@ void AppMenus::buildWindowMenu(QMenuBar* bar)
     QMenu* window = bar->addMenu(QStringLiteral("&Window"));
     add(window, QStringLiteral("Minimize"), QKeySequence(Qt::CTRL | Qt::Key_M), [this] { m_window->showMinimized(); });
     window->addSeparator();
+    // The open sermons go here each time the menu opens.
+    m_windowMenu = window;
+    m_windowListEnd = window->addSeparator();
+    connect(window, &QMenu::aboutToShow, this, &AppMenus::rebuildWindowList);
     m_welcome = add(window, QStringLiteral("Welcome to Orantium"), {}, [this] {
         if (m_context.supervisor)
             m_context.supervisor->showWelcome();
     });
+}
+
+void AppMenus::rebuildWindowList()
+{
+    for (QAction* action : m_windowList)
+        delete action;
+    m_windowList.clear();
+    // In the order they were opened, when the manager knows it.
+    QList<DocumentWindow*> windows;
+    if (m_context.documents)
+        windows = m_context.documents->windows();
+    else
+        windows.append(m_window);
+    for (DocumentWindow* other : windows) {
+        if (!other->isVisible() || !other->openDocument())
+            continue;
+        // A file name's "&" is shown, not taken as a shortcut.
+        auto* action = new QAction(other->openDocument()->displayName().replace(QLatin1Char('&'), QStringLiteral("&&")),
+                                   m_windowMenu);
+        action->setCheckable(true);
+        action->setChecked(other == m_window);
+        const QPointer<DocumentWindow> target(other);
+        connect(action, &QAction::triggered, this, [target] {
+            if (!target)
+                return;
+            if (target->isMinimized())
+                target->showNormal();
+            target->raise();
+            target->activateWindow();
+        });
+        m_windowMenu->insertAction(m_windowListEnd, action);
+        m_windowList.push_back(action);
+    }
 }
 
 void AppMenus::buildHelpMenu(QMenuBar* bar)

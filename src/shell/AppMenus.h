@@ -40,6 +40,8 @@ private:
     void buildWindowMenu(QMenuBar* bar);
     void buildHelpMenu(QMenuBar* bar);
     void rebuildRecentMenu();
+    // The Window menu's list of open sermons; the chosen one comes to the front.
+    void rebuildWindowList();
     QAction* add(QMenu* menu, const QString& text, const QKeySequence& key, std::function<void()> run);
     WindowCommands commands() const;
 
@@ -55,6 +57,9 @@ private:
     std::vector<NodeEntry> m_nodeEntries;
     QMenu* m_markMenu = nullptr;
     QMenu* m_pulpitMenu = nullptr;
+    QMenu* m_windowMenu = nullptr;
+    QAction* m_windowListEnd = nullptr;
+    std::vector<QAction*> m_windowList;
     QAction *m_undo = nullptr, *m_redo = nullptr, *m_save = nullptr, *m_saveAs = nullptr;
     QAction *m_fileSettings = nullptr, *m_find = nullptr, *m_mindMap = nullptr, *m_delivery = nullptr;
     QAction *m_zoomIn = nullptr, *m_zoomOut = nullptr, *m_actualSize = nullptr, *m_focusMode = nullptr;

@@ -19,6 +19,8 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidget* parent)
     : QWidget(parent)
     , m_document(document)
@@ -26,7 +28,7 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     , m_stack(new QStackedWidget(this))
     , m_mapPage(new QWidget(m_stack))
 {
-    setMinimumSize(800, 600);
+    setMinimumSize(normalMinimumWidth, 600);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_stack);
@@ -147,6 +149,10 @@ bool ContentView::setMode(AppMode mode)
         m_deliveryView = makeDeliveryView();
         m_stack->addWidget(m_deliveryView);
         m_stack->setCurrentWidget(m_deliveryView);
+        // Connected after the view's own handler, so its new minimum is there to read.
+        connect(m_deliveryView->preferences(), &DeliveryPreferences::textWidthChanged, m_deliveryView,
+                [this] { updateMinimumWidth(); });
+        updateMinimumWidth();
         m_deliveryView->setFocus();
     } else {
         // Columns has no canvas of its own here yet; it shares the map's page and zoom.
@@ -154,6 +160,7 @@ bool ContentView::setMode(AppMode mode)
         if (m_deliveryView) {
             m_deliveryView->deleteLater();
             m_deliveryView = nullptr;
+            updateMinimumWidth();
         }
         // The map comes back as a map freshly shown, as if it had never been away.
         if (previous == AppMode::delivery)
@@ -170,6 +177,23 @@ DeliveryView* ContentView::makeDeliveryView()
     // Without the application's preferences (a bare view in a test) the view keeps its own.
     DeliveryPreferences* preferences = m_preferences ? m_preferences->delivery() : nullptr;
     return new DeliveryView(m_document->document(), m_document->undoManager(), preferences, m_stack);
+}
+
+void ContentView::updateMinimumWidth()
+{
+    // The window's own minimum hides the delivery view's: this one takes the wider of the two.
+    const int needed =
+        m_deliveryView ? std::max(normalMinimumWidth, m_deliveryView->minimumWidth()) : normalMinimumWidth;
+    if (minimumWidth() == needed)
+        return;
+    // Read before the new minimum stretches this view past the window's edge.
+    const int shortBy = needed - width();
+    setMinimumWidth(needed);
+    // A narrower window widens at once where it stands; its layout takes up the new minimum.
+    if (isVisible() && shortBy > 0) {
+        QWidget* w = window();
+        w->resize(w->width() + shortBy, w->height());
+    }
 }
 
 void ContentView::openFileSettings()

@@ -63,6 +63,9 @@ signals:
     void commandsChanged();
 
 private:
+    // The document window's normal minimum width; delivery may ask for more.
+    static constexpr int normalMinimumWidth = 800;
+    void updateMinimumWidth();
     void refreshStatus();
     DeliveryView* makeDeliveryView();
     void enterFocusMode();

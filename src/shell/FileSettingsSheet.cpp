@@ -53,6 +53,8 @@ FileSettingsSheet::FileSettingsSheet(SermonDocument* document, UndoManager* undo
     m_duration->setCustomDraft(DurationRules::draftReset(m_shownMetadata.duration));
     m_occasionsDraft = m_shownMetadata.occasions;
     m_occurrences->setOccasions(m_occasionsDraft);
+    // Typing starts in the title, never on a button that Space would press.
+    m_title->setFocus();
 }
 
 void FileSettingsSheet::refreshDrafts()

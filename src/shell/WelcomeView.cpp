@@ -9,7 +9,9 @@
 #include <QApplication>
 #include <QEvent>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTextDocument>
@@ -55,6 +57,53 @@ public:
 
     QSize sizeHint() const override { return layout()->sizeHint(); }
 
+protected:
+    // Return opens the row with the keyboard, as a click does; Up and Down walk the list.
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        switch (event->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            click();
+            return;
+        case Qt::Key_Up:
+        case Qt::Key_Down:
+            if (moveFocus(event->key() == Qt::Key_Down))
+                return;
+            break;
+        default:
+            break;
+        }
+        QPushButton::keyPressEvent(event);
+    }
+
+    // A flat row draws no frame: the one with the keyboard is marked in the accent colour.
+    void paintEvent(QPaintEvent* event) override
+    {
+        QPushButton::paintEvent(event);
+        if (!hasFocus())
+            return;
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QColor accent = palette().color(QPalette::Highlight);
+        painter.setPen(QPen(accent, 1));
+        painter.setBrush(Look::withAlpha(accent, 0.12));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 6, 6);
+    }
+
+private:
+    bool moveFocus(bool down)
+    {
+        const QList<QPushButton*> rows = parentWidget()->findChildren<QPushButton*>(Qt::FindDirectChildrenOnly);
+        const qsizetype next = rows.indexOf(this) + (down ? 1 : -1);
+        if (next < 0 || next >= rows.size())
+            return false;
+        // Rows are made in list order, so the children's order is the list's.
+        rows[next]->setFocus(Qt::TabFocusReason);
+        return true;
+    }
+
+public:
     void setInk(const QColor& ink)
     {
         QPalette p = palette();
@@ -190,6 +239,21 @@ void WelcomeView::showEvent(QShowEvent* event)
 
 void WelcomeView::rebuildRecentRows()
 {
+    // Each activation reads the list again: rows that stand as they were keep the keyboard.
+    if (m_recents->entries() != m_shownEntries)
+        remakeRecentRows();
+
+    // Files that have gone leave the stored list too.
+    if (m_preferences) {
+        for (const QString& path : m_preferences->recentFiles())
+            if (!QFileInfo::exists(path))
+                m_preferences->forgetRecentFile(path);
+    }
+}
+
+void WelcomeView::remakeRecentRows()
+{
+    m_shownEntries = m_recents->entries();
     while (m_recentRows->count() > 1) {
         QLayoutItem* item = m_recentRows->takeAt(0);
         delete item->widget();
@@ -210,13 +274,6 @@ void WelcomeView::rebuildRecentRows()
         m_recentRows->insertWidget(index++, row);
     }
     m_recentSection->setVisible(!entries.isEmpty());
-
-    // Files that have gone leave the stored list too.
-    if (m_preferences) {
-        for (const QString& path : m_preferences->recentFiles())
-            if (!QFileInfo::exists(path))
-                m_preferences->forgetRecentFile(path);
-    }
 }
 
 void WelcomeView::changeEvent(QEvent* event)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "documents/RecentSermonsStore.h"
+
 #include <QWidget>
 
 #include <functional>
@@ -9,7 +11,6 @@ class QPushButton;
 class QVBoxLayout;
 class QLabel;
 class QScrollArea;
-class RecentSermonsStore;
 
 // What the welcome window shows: the name, "New Sermon", an open button and the recent sermons.
 class WelcomeView : public QWidget {
@@ -36,6 +37,7 @@ protected:
 
 private:
     void rebuildRecentRows();
+    void remakeRecentRows();
     void restyle();
 
     Preferences* m_preferences;
@@ -48,4 +50,5 @@ private:
     QLabel* m_recentHeader;
     QVBoxLayout* m_recentRows;
     QScrollArea* m_recentScroll;
+    QList<RecentSermonsStore::Entry> m_shownEntries;
 };

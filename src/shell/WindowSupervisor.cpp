@@ -18,6 +18,8 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+#include <utility>
+
 namespace {
 
 QWidget* makeWindow(const QString& identifier, const QString& title, QSize size, bool resizable)
@@ -81,6 +83,8 @@ void WindowSupervisor::present(QWidget* window)
 
 void WindowSupervisor::showWelcome()
 {
+    if (!m_isLaunching && visibleWindowCount() >= 1 && QApplication::activeWindow() != m_welcome)
+        m_returnKeyboardTo = QApplication::activeWindow();
     if (!m_welcome) {
         m_welcome = makeWindow(QStringLiteral("welcome"), QStringLiteral("Welcome to Orantium"), QSize(500, 520), true);
         m_welcome->setMinimumSize(420, 420);
@@ -151,6 +155,8 @@ void WindowSupervisor::showAbout()
     if (!m_about) {
         m_about = makeWindow(QStringLiteral("about"), QStringLiteral("About Orantium"), QSize(460, 540), false);
         m_about->layout()->addWidget(new AboutView(m_about));
+        auto* close = new QShortcut(QKeySequence(Qt::Key_Escape), m_about);
+        connect(close, &QShortcut::activated, m_about, &QWidget::close);
     }
     present(m_about);
 }
@@ -172,8 +178,13 @@ void WindowSupervisor::update()
     if (m_isLaunching)
         return;
     if (visibleWindowCount() >= 1) {
-        if (m_welcome)
-            m_welcome->hide();
+        if (!m_welcome || !m_welcome->isVisible())
+            return;
+        m_welcome->hide();
+        // Asked for while a document was open, welcome goes as soon as it comes, maybe before its
+        // own activation has landed: the keyboard goes back to the window that had it.
+        if (const QPointer<QWidget> target = std::exchange(m_returnKeyboardTo, nullptr); target && target->isVisible())
+            present(target);
     } else {
         showWelcome();
     }

@@ -57,6 +57,8 @@ private:
     QPointer<QWidget> m_welcome;
     QPointer<QWidget> m_newSermon;
     QPointer<QWidget> m_about;
+    // The window that had the keyboard when welcome was asked for over it.
+    QPointer<QWidget> m_returnKeyboardTo;
     WelcomeView* m_welcomeView = nullptr;
     RecoveryOffer* m_recoveryOffer = nullptr;
     NewSermonSheet* m_newSermonSheet = nullptr;

@@ -257,6 +257,10 @@ TEST_F(DeliveryViewTest, DurationIsWrittenAsOneUndoStep)
     undo.undo();
     EXPECT_EQ(document->metadata().duration, 20);
     EXPECT_FALSE(undo.canUndo());
+    // The view shows what the document now holds, without leaving the mode.
+    EXPECT_EQ(view->timer()->remainingText(), "20:00");
+    undo.redo();
+    EXPECT_EQ(view->timer()->remainingText(), "40:00");
 }
 
 TEST_F(DeliveryViewTest, MaxTextWidthFollowsTheWindow)

@@ -204,8 +204,37 @@ TEST_F(CommandLineTest, HelpAndVersion)
     EXPECT_EQ(run({QStringLiteral("--help")}).status, 0);
     EXPECT_TRUE(run({QStringLiteral("--help")}).out.contains(QLatin1String("export --to json|markdown")));
     EXPECT_TRUE(run({QStringLiteral("--version")}).out.startsWith(QLatin1String("orantium ")));
-    EXPECT_FALSE(CommandLine::handles({QStringLiteral("orantium"), QStringLiteral("sermon.md")}));
-    EXPECT_TRUE(CommandLine::handles({QStringLiteral("orantium"), QStringLiteral("stats")}));
+}
+
+// Files and Qt's own options open windows; commands, and options nobody knows, are answered here.
+TEST_F(CommandLineTest, OnlyFilesAndToolkitOptionsOpenTheApp)
+{
+    const struct {
+        const char* args;
+        bool handled;
+    } rows[] = {
+        {"sermon.md", false},
+        {"a.md b.md", false},
+        {"-platform offscreen sermon.md", false},
+        {"--style=Fusion -reverse sermon.md", false},
+        {"--ui-test-fixture", false},
+        {"stats", true},
+        {"--bogus", true},
+        {"-v", true},
+        {"sermon.md --bogus", true},
+        {"-platform offscreen -x", true},
+    };
+    for (const auto& row : rows) {
+        QStringList args = QString::fromLatin1(row.args).split(QLatin1Char(' '));
+        args.prepend(QStringLiteral("orantium"));
+        EXPECT_EQ(CommandLine::handles(args), row.handled) << row.args;
+    }
+    for (const char* option : {"--bogus", "-v"}) {
+        const auto r = run({QStringLiteral("sermon.md"), QString::fromLatin1(option)});
+        EXPECT_EQ(r.status, 2) << option;
+        EXPECT_TRUE(r.err.contains(QLatin1String(option))) << option;
+        EXPECT_TRUE(r.err.contains(QLatin1String("Usage:"))) << option;
+    }
 }
 
 } // namespace

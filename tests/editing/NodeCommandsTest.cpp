@@ -233,6 +233,11 @@ TEST_F(Commands, MarkerKeysArriveAsShiftedCharactersOrDigits)
     EXPECT_EQ(root()->children().back()->text(), Markers::all()[4].symbol + " c");
     key(Qt::Key_ParenRight, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(root()->children().back()->text(), "c");
+    // Each of the three is a step of its own, the removal included.
+    for (int marker : {4, 0}) {
+        key(Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(root()->children().back()->text(), Markers::all()[marker].symbol + " c");
+    }
 }
 
 struct KeyCase {

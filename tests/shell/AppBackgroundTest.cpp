@@ -1,13 +1,36 @@
 #include "ShellTestSupport.h"
 
 #include "shell/AppBackground.h"
+#include "shell/AppIcon.h"
 #include "shell/GrainOverlay.h"
 
 #include <QImage>
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 namespace {
+
+// Each size a desktop asks for is drawn for it, and drawn without any plugin.
+TEST(AppIcon, EverySizeIsItsOwnPicture)
+{
+    ensureApplication();
+    const QIcon icon = AppIcon::make();
+    QList<QSize> expected;
+    for (int size : {16, 24, 32, 48, 64, 128, 256})
+        expected.append(QSize(size, size));
+    QList<QSize> sizes = icon.availableSizes();
+    std::sort(sizes.begin(), sizes.end(), [](QSize a, QSize b) { return a.width() < b.width(); });
+    EXPECT_EQ(sizes, expected);
+    for (const QSize& size : expected) {
+        const QImage image = icon.pixmap(size).toImage();
+        ASSERT_EQ(image.size(), size);
+        // The rounded paper is opaque in the middle and clear at the corners.
+        EXPECT_EQ(qAlpha(image.pixel(size.width() / 2, size.height() / 2)), 255) << size.width();
+        EXPECT_EQ(qAlpha(image.pixel(0, 0)), 0) << size.width();
+    }
+}
 
 TEST(GrainOverlay, TheTileIsGreyNoiseMadeOnce)
 {

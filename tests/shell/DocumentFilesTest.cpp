@@ -252,6 +252,14 @@ TEST_F(DocumentFilesTest, UndoBackToTheSavedStateClearsTheModifiedMarker)
     EXPECT_FALSE(window->isWindowModified());
     open->undoManager()->redo();
     EXPECT_TRUE(open->isModified());
+
+    // Saved, undone, then changed anew (as a sheet changes it, with no edit signal): unsaved at
+    // once, the window's mark with it, though as many steps lead back as led to the save.
+    ASSERT_TRUE(window->save());
+    open->undoManager()->undo();
+    renameRoot(open, QStringLiteral("Two"));
+    EXPECT_TRUE(open->isModified());
+    EXPECT_TRUE(window->isWindowModified());
 }
 
 TEST_F(DocumentFilesTest, AutosaveWritesInPlaceShortlyAfterAChange)

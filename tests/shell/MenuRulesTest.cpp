@@ -10,6 +10,7 @@
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 #include "delivery/DeliveryKeys.h"
+#include "delivery/DeliveryPreferences.h"
 #include "delivery/DeliveryView.h"
 #include "editing/DocumentController.h"
 #include "editing/NodeCommands.h"
@@ -185,6 +186,29 @@ TEST_F(MenuRulesTest, MenuEditsAreTheWindowsUndoStepsAndMarkTheDocument)
     EXPECT_EQ(window->document()->root()->children().at(0)->children().size(), 2u);
     EXPECT_FALSE(open->isModified());
     EXPECT_TRUE(enabled(QStringLiteral("Redo")));
+}
+
+TEST_F(MenuRulesTest, DeliveryWidensTheWindowForItsColumnAndTheMapGivesTheMinimumBack)
+{
+    ContentView* content = window->contentView();
+    window->resize(900, 700);
+    QCoreApplication::processEvents();
+    const int mapMinimum = window->minimumWidth();
+    const int frame = window->width() - content->width();
+    ASSERT_LT(content->width(), 1150);
+    ASSERT_TRUE(preferences->delivery()->setTextWidth(1000));
+
+    item(QStringLiteral("Delivery"))->trigger();
+    // Widened without a hand on it to the column and its margin, and kept from narrowing below.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->width() >= 1150 + frame; }, 2000));
+    window->resize(900, 700);
+    QCoreApplication::processEvents();
+    EXPECT_GE(content->width(), 1150);
+
+    const int deliveryWidth = window->width();
+    item(QStringLiteral("Mind Map"))->trigger();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->minimumWidth() == mapMinimum; }, 2000));
+    EXPECT_EQ(window->width(), deliveryWidth);
 }
 
 TEST_F(MenuRulesTest, CopyOnTheMapReachesTheSystemClipboardAndPasteComesBack)

@@ -140,6 +140,16 @@ TEST_F(SheetTest, NewSermonNeedsATitleAndTrimsIt)
     EXPECT_EQ(created->second.duration, std::nullopt);
 }
 
+TEST_F(SheetTest, FileSettingsOpensWithTheKeyboardInTheTitle)
+{
+    SermonDocument document(SermonNode::make(QStringLiteral("Old"), 0));
+    UndoManager undo;
+    FileSettingsSheet sheet(&document, &undo);
+    sheet.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&sheet));
+    EXPECT_EQ(QApplication::focusWidget(), sheet.titleField());
+}
+
 TEST_F(SheetTest, EveryChangedFieldIsOneUndoStepAndUnchangedOnesNone)
 {
     SermonDocument document(SermonNode::make(QStringLiteral("Old"), 0));

@@ -1,18 +1,23 @@
 #include "ShellTestSupport.h"
 
 #include "documents/OpenDocument.h"
+#include "shell/AppMenus.h"
+#include "shell/ContentView.h"
 #include "shell/DialogPrompts.h"
 #include "shell/DocumentManager.h"
 #include "shell/DocumentWindow.h"
 #include "shell/FileSettingsSheet.h"
 #include "shell/NewSermonSheet.h"
+#include "shell/WelcomeView.h"
 #include "shell/WindowSupervisor.h"
 
 #include "core/SermonDocument.h"
+#include "map/MindMapCanvas.h"
 
 #include <QAction>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -123,10 +128,19 @@ TEST_F(WindowRulesTest, ClosingTheLastDocumentThroughAQuestionBringsWelcomeBack)
     EXPECT_EQ(quits, 0);
 }
 
-TEST_F(WindowRulesTest, ClosingWelcomeWithADocumentOpenJustClosesIt)
+TEST_F(WindowRulesTest, WelcomeWithADocumentOpenGivesTheKeyboardBackAndClosingItJustCloses)
 {
     supervisor->finishLaunching();
-    manager->open(path);
+    DocumentWindow* window = manager->open(path);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    // Welcome goes as soon as it comes, and the document's keys work without a click.
+    window->menus()->action(QStringLiteral("Welcome to Orantium"))->trigger();
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return !welcomeVisible() && QApplication::focusWidget() == window->canvas(); }, 2000));
+    EXPECT_EQ(QApplication::activeWindow(), window);
+    QTest::keyClick(window->canvas(), Qt::Key_2, Qt::ControlModifier);
+    EXPECT_EQ(window->contentView()->mode(), AppMode::delivery);
+
     supervisor->showWelcome();
     supervisor->welcomeWindow()->close();
     settle();
@@ -177,6 +191,63 @@ TEST_F(WindowRulesTest, ACancelledCloseLeavesEverythingAsItWas)
     settle();
     EXPECT_TRUE(window->isVisible());
     EXPECT_FALSE(welcomeVisible());
+}
+
+TEST_F(WindowRulesTest, TheKeyboardServesAboutTheRecentListAndTheWindowMenu)
+{
+    supervisor->finishLaunching();
+
+    // The row with the keyboard shows it; Down walks the list and Return opens the row.
+    const QString other = dir.filePath(QStringLiteral("b.md"));
+    ASSERT_TRUE(writeFile(other, "# B\n\nLine.\n"));
+    preferences->noteRecentFile(path);
+    preferences->noteRecentFile(other);
+    WelcomeView* view = supervisor->welcomeView();
+    view->refreshRecents();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return view->recentButtons().size() == 2; }, 10000));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(supervisor->welcomeWindow()));
+    QPushButton* first = view->recentButtons().at(0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return first->isVisible(); }, 2000)); // rows show a turn later
+    const QImage plain = first->grab().toImage();
+    first->setFocus(Qt::TabFocusReason);
+    EXPECT_NE(first->grab().toImage(), plain);
+    QString opened;
+    view->onOpenRecent = [&](const QString& chosen) { opened = chosen; };
+    QTest::keyClick(first, Qt::Key_Down);
+    QPushButton* second = view->recentButtons().at(1);
+    ASSERT_TRUE(second->hasFocus());
+    QTest::keyClick(second, Qt::Key_Return);
+    EXPECT_EQ(opened, path); // the most recent, "b.md", stands first
+
+    // The Window menu lists the open sermons, marks this one, and raises the one chosen.
+    DocumentWindow* a = manager->open(path);
+    DocumentWindow* b = manager->open(other);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(b));
+    QMenu* menu = nullptr;
+    for (QMenu* m : b->findChildren<QMenu*>())
+        if (m->title() == QStringLiteral("&Window"))
+            menu = m;
+    ASSERT_TRUE(menu);
+    emit menu->aboutToShow();
+    QStringList listed;
+    QAction* toA = nullptr;
+    for (QAction* action : menu->actions()) {
+        if (!action->isCheckable())
+            continue;
+        listed.append(action->text() + (action->isChecked() ? QStringLiteral(" *") : QString()));
+        if (action->text() == QStringLiteral("a.md"))
+            toA = action;
+    }
+    EXPECT_EQ(listed, QStringList({QStringLiteral("a.md"), QStringLiteral("b.md *")}));
+    ASSERT_TRUE(toA);
+    toA->trigger();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == a; }, 2000));
+
+    a->menus()->action(QStringLiteral("About Orantium"))->trigger();
+    QWidget* about = supervisor->aboutWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(about));
+    QTest::keyClick(about, Qt::Key_Escape);
+    EXPECT_FALSE(about->isVisible());
 }
 
 // Titles, places and file names come from files: whatever markup they hold is shown as it is
