@@ -315,6 +315,11 @@ void ColumnCanvas::syncEditor()
     if (!m_editor->isVisible() || m_editorNodeID != id) {
         // Opened, or re-targeted to the next line: the same field goes on.
         m_editorNodeID = id;
+        if (m_editOriginID != id) {
+            // A session begun elsewhere (a menu command): its text so far is what Escape restores.
+            m_editOriginalText = m_controller->editingText();
+            m_editOriginID = id;
+        }
         m_editor->open(m_controller->editingText(), frame.size.width(), isRoot);
         m_editor->show();
         placeOverlays();
@@ -364,6 +369,7 @@ void ColumnCanvas::beginEdit(const NodeID& id, bool isNew)
     if (!node)
         return;
     m_editOriginalText = node->text();
+    m_editOriginID = id;
     m_controller->startSession(id, isNew);
 }
 
@@ -464,6 +470,7 @@ void ColumnCanvas::editorCreate(Creation creation)
         break;
     }
     m_editOriginalText.clear();
+    m_editOriginID = created->id();
     recomputeLayout(true);
     m_controller->startSession(created->id(), true);
     emit edited();
@@ -500,6 +507,7 @@ void ColumnCanvas::editorSplit(int cursor)
     }
     second->setQuote(wasQuote);
     m_editOriginalText = tail;
+    m_editOriginID = second->id();
     recomputeLayout(true);
     m_controller->startSession(second->id(), tail.isEmpty());
     emit edited();

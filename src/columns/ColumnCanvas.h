@@ -121,6 +121,7 @@ private:
     ColumnAnimator m_animator;
     ScrollAnimator m_scrollAnimator;
     QString m_editOriginalText;
+    std::optional<NodeID> m_editOriginID; // the session that text belongs to
     QPointF m_panOffset;
     ColumnDragHandleOverlay* m_handles;
     ColumnEditorOverlay* m_editor;

@@ -134,6 +134,7 @@ QString usage()
 {
     return QStringLiteral("Usage:\n"
                           "  orantium [FILE.md ...]                    open sermons in windows\n"
+                          "  orantium --columns FILE.md ...            open them in the columns view\n"
                           "  orantium export --to json|markdown FILE   print the sermon as JSON or as saved Markdown\n"
                           "  orantium export --to markdown --check FILE\n"
                           "                                            exit 3 and print the first line saving would\n"
