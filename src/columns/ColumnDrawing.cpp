@@ -6,9 +6,11 @@
 #include "look/Look.h"
 
 #include <QFontMetricsF>
+#include <QHash>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPalette>
+#include <QStaticText>
 
 #include <algorithm>
 #include <cmath>
@@ -42,6 +44,22 @@ void fadeRightEdge(QPainter& painter, const QRectF& clip, const QColor& backgrou
     fillFade(painter, band, QPointF(band.left(), 0), QPointF(band.right(), 0), background, 0, 1);
 }
 
+// Shaping a line is most of the cost of drawing it, and a frame draws the same lines as the one
+// before: keep them shaped. Bounded by clearing, as the wrapping cache is.
+const QStaticText& shapedLine(const QString& text, bool semibold)
+{
+    thread_local QHash<QString, QStaticText> cache[2];
+    QHash<QString, QStaticText>& lines = cache[semibold];
+    if (const auto hit = lines.constFind(text); hit != lines.constEnd())
+        return *hit;
+    if (lines.size() >= 20000)
+        lines.clear();
+    QStaticText shaped(text);
+    shaped.setTextFormat(Qt::PlainText);
+    shaped.prepare(QTransform(), columnFont(semibold));
+    return *lines.insert(text, shaped);
+}
+
 struct Pass {
     QPainter& painter;
     const ColumnDrawInput& in;
@@ -51,7 +69,6 @@ struct Pass {
     std::map<int, ColumnStickyState> sticky;
     QRectF view; // content coordinates
     QFont fonts[2];
-    double ascent[2];
     ColumnDrawing::Stats stats;
     std::vector<std::vector<const ColumnNodeFrame*>> byColumn; // filled on first use
 
@@ -114,7 +131,7 @@ struct Pass {
             const double y = top + line.yOffset + textTop;
             if (y > clip.bottom() || y + row < clip.top())
                 continue;
-            painter.drawText(QPointF(x, y + ascent[semibold]), line.string);
+            painter.drawStaticText(QPointF(x, y), shapedLine(line.string, semibold));
         }
         if (!isSelected(id))
             fadeRightEdge(painter, clip, colors.background);
@@ -369,11 +386,8 @@ Stats draw(QPainter& painter, const ColumnDrawInput& input, const ColumnColors& 
         ColumnStickyState::compute(input.targetFrames ? *input.targetFrames : layout.frames, -input.panOffset.y()),
         QRectF(-input.panOffset.x(), -input.panOffset.y(), input.viewportSize.width(), input.viewportSize.height()),
         {columnFont(false), columnFont(true)},
-        {0, 0},
         {},
         {}};
-    pass.ascent[0] = QFontMetricsF(pass.fonts[0]).ascent();
-    pass.ascent[1] = QFontMetricsF(pass.fonts[1]).ascent();
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setRenderHint(QPainter::TextAntialiasing, true);
