@@ -103,8 +103,9 @@ std::vector<WrappedLine> wrappedLinesUncached(const QString& text, bool semibold
 std::vector<WrappedLine> wrappedLines(const QString& text, bool semibold, double columnWidth)
 {
     // Every keystroke relays the whole sermon; only the changed cell needs the text engine.
-    // Bounded by clearing: a cleared cache only costs one cold pass.
-    constexpr qsizetype maxEntries = 50000;
+    // Bounded by clearing: a cleared cache only costs one cold pass. Large enough for the
+    // largest sermons measured (100,000 lines), which would otherwise clear it on every pass.
+    constexpr qsizetype maxEntries = 250000;
     thread_local QHash<WrapKey, std::vector<WrappedLine>> cache;
     WrapKey key{text, semibold, columnWidth};
     if (const auto hit = cache.constFind(key); hit != cache.constEnd())

@@ -99,7 +99,7 @@ std::optional<QString> unknownOption(const QStringList& arguments)
         const QString& argument = arguments[i];
         if (!argument.startsWith(QLatin1Char('-')) || argument == QLatin1String("-"))
             continue; // a file
-        if (argument == QLatin1String("--ui-test-fixture"))
+        if (argument == QLatin1String("--ui-test-fixture") || argument == QLatin1String("--columns"))
             continue;
         // Qt takes its options with one dash or two, and some as "name=value".
         QString name = argument.mid(argument.startsWith(QLatin1String("--")) ? 2 : 1);
@@ -250,6 +250,7 @@ QString usage()
 {
     return QStringLiteral("Usage:\n"
                           "  orantium [FILE.md ...]                    open sermons in windows\n"
+                          "  orantium --columns FILE.md ...            open them in the columns view\n"
                           "  orantium export --to json|markdown FILE   print the sermon as JSON or as saved Markdown\n"
                           "  orantium export --to opml FILE            print its outline as OPML\n"
                           "  orantium export --to pdf FILE -o OUT.pdf  write the printed manuscript\n"

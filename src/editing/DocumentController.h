@@ -118,6 +118,8 @@ public:
     void startSession(const NodeID& id, bool isNew);
     // Ends the session; true when the line was emptied and so removed.
     bool commit(bool keepText);
+    // Closes the session and touches nothing else, for a view that settles the text itself.
+    void endSession() { setSession(std::nullopt, QString(), false); }
     // The editor's keys; each commits the session first.
     void editorReturn();
     void editorInsertLineAbove(); // Ctrl+Return: a new line before this one

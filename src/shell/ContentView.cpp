@@ -5,6 +5,8 @@
 #include "ZoomControlsView.h"
 #include "documents/OpenDocument.h"
 
+#include "columns/ColumnCanvas.h"
+#include "columns/ColumnWidthsStore.h"
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 #include "delivery/DeliveryPreferences.h"
@@ -27,6 +29,7 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     , m_preferences(preferences)
     , m_stack(new QStackedWidget(this))
     , m_mapPage(new QWidget(m_stack))
+    , m_columnWidths(new ColumnWidthsStore(this))
 {
     setMinimumSize(normalMinimumWidth, 600);
     auto* layout = new QVBoxLayout(this);
@@ -89,6 +92,18 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     connect(document->undoManager(), &UndoManager::stateChanged, this, &ContentView::refreshStatus);
     m_focusWindow = new FocusWindow(this);
     m_canvas->setFocus();
+
+    // The columns' widths are the application's: a divider dragged in one window moves in all.
+    if (preferences) {
+        delete m_columnWidths;
+        m_columnWidths =
+            new ColumnWidthsStore([preferences] { return preferences->columnWidthsText(); },
+                                  [preferences](const QString& text) { preferences->setColumnWidthsText(text); }, this);
+        connect(preferences, &Preferences::changed, m_columnWidths, [store = m_columnWidths](const QString& key) {
+            if (key == QLatin1String(Preferences::columnWidthsKey))
+                store->noteChanged();
+        });
+    }
 }
 
 ContentView::~ContentView()
@@ -97,6 +112,8 @@ ContentView::~ContentView()
     delete m_focusWindow;
     m_focusWindow = nullptr;
     m_canvas->setPasteboard(nullptr);
+    if (m_columnCanvas)
+        m_columnCanvas->setPasteboard(nullptr);
 }
 
 double ContentView::scale() const
@@ -116,6 +133,8 @@ void ContentView::refreshStatus()
 
 void ContentView::commitPendingEdit(bool keepEditing)
 {
+    if (m_columnCanvas)
+        m_columnCanvas->commitEditing();
     DocumentController* controller = m_canvas->controller();
     const std::optional<NodeID> id = controller->editingNodeID();
     if (!id)
@@ -131,6 +150,8 @@ void ContentView::commitPendingEdit(bool keepEditing)
 void ContentView::treeMutated()
 {
     m_canvas->onTreeMutated();
+    if (m_columnCanvas)
+        m_columnCanvas->recomputeLayout(false);
     refreshStatus();
 }
 
@@ -144,7 +165,15 @@ bool ContentView::setMode(AppMode mode)
     commitPendingEdit();
     const AppMode previous = m_mode;
     m_mode = mode;
-    if (mode == AppMode::delivery) {
+    if (previous == AppMode::columns)
+        dropColumns();
+    if (mode == AppMode::columns) {
+        if (m_deliveryView) {
+            m_deliveryView->deleteLater();
+            m_deliveryView = nullptr;
+        }
+        showColumns();
+    } else if (mode == AppMode::delivery) {
         // Made anew at each entry, so that leaving ends a running delivery.
         m_deliveryView = makeDeliveryView();
         m_stack->addWidget(m_deliveryView);
@@ -155,7 +184,6 @@ bool ContentView::setMode(AppMode mode)
         updateMinimumWidth();
         m_deliveryView->setFocus();
     } else {
-        // Columns has no canvas of its own here yet; it shares the map's page and zoom.
         m_stack->setCurrentWidget(m_mapPage);
         if (m_deliveryView) {
             m_deliveryView->deleteLater();
@@ -163,7 +191,7 @@ bool ContentView::setMode(AppMode mode)
             updateMinimumWidth();
         }
         // The map comes back as a map freshly shown, as if it had never been away.
-        if (previous == AppMode::delivery)
+        if (previous != AppMode::tree)
             m_canvas->reappear();
         m_canvas->setFocus();
     }
@@ -196,6 +224,38 @@ void ContentView::updateMinimumWidth()
     }
 }
 
+void ContentView::showColumns()
+{
+    m_columnsPage = new QWidget(m_stack);
+    auto* layout = new QVBoxLayout(m_columnsPage);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_columnCanvas = new ColumnCanvas(m_document->document(), m_columnWidths, m_columnsPage);
+    m_columnCanvas->setUndoManager(m_document->undoManager());
+    m_columnCanvas->setPasteboard(&m_pasteboard);
+    layout->addWidget(m_columnCanvas, 1);
+    layout->addWidget(m_statusBar); // the map's zoom stays in view, as in the map
+    DocumentController* controller = m_columnCanvas->controller();
+    connect(controller, &DocumentController::selectionChanged, this, &ContentView::commandsChanged);
+    connect(controller, &DocumentController::editingChanged, this, &ContentView::commandsChanged);
+    connect(m_columnCanvas, &ColumnCanvas::edited, m_document, &OpenDocument::noteChange);
+    connect(m_columnCanvas, &ColumnCanvas::edited, this, &ContentView::refreshStatus);
+    m_stack->addWidget(m_columnsPage);
+    m_stack->setCurrentWidget(m_columnsPage);
+    m_columnCanvas->setFocus();
+}
+
+void ContentView::dropColumns()
+{
+    if (!m_columnsPage)
+        return;
+    static_cast<QVBoxLayout*>(m_mapPage->layout())->addWidget(m_statusBar);
+    m_columnCanvas->setPasteboard(nullptr);
+    m_columnsPage->deleteLater();
+    m_columnsPage = nullptr;
+    m_columnCanvas = nullptr;
+}
+
 void ContentView::openFileSettings()
 {
     if (onOpenFileSettings)
@@ -225,6 +285,11 @@ WindowCommands ContentView::commands()
         return commands;
     if (m_zoomFunctions)
         commands.zoom = m_zoomFunctions;
+    if (m_mode == AppMode::columns && m_columnCanvas) {
+        // The node commands act on the table's selection; there is no search in it.
+        commands.nodeActions = NodeActions::forController(*m_columnCanvas->controller());
+        return commands;
+    }
     const QPointer<MindMapCanvas> canvas(m_canvas);
     commands.find = FindAction{[canvas] {
         if (canvas)

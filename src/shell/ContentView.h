@@ -9,6 +9,8 @@
 #include <functional>
 #include <optional>
 
+class ColumnCanvas;
+class ColumnWidthsStore;
 class DeliveryView;
 class FocusContentView;
 class FocusWindow;
@@ -41,6 +43,9 @@ public:
     std::function<void()> onOpenFileSettings;
     void openFileSettings();
 
+    // The columns view while that mode shows, else null.
+    ColumnCanvas* columnCanvas() const { return m_columnCanvas; }
+
     // The delivery view while that mode shows, else null.
     DeliveryView* deliveryView() const { return m_deliveryView; }
 
@@ -68,6 +73,9 @@ private:
     void updateMinimumWidth();
     void refreshStatus();
     DeliveryView* makeDeliveryView();
+    // Made anew at each entry, like the delivery view; the status bar moves along with it.
+    void showColumns();
+    void dropColumns();
     void enterFocusMode();
     void leaveFocusMode();
 
@@ -81,6 +89,9 @@ private:
     StatusBarView* m_statusBar;
     ClipboardPasteboard m_pasteboard;
     DeliveryView* m_deliveryView = nullptr;
+    ColumnWidthsStore* m_columnWidths;
+    QWidget* m_columnsPage = nullptr;
+    ColumnCanvas* m_columnCanvas = nullptr;
     FocusWindow* m_focusWindow = nullptr;
     bool m_isFocusMode = false;
 };

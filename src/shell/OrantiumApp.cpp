@@ -4,6 +4,7 @@
 #include "ContentView.h"
 #include "DialogPrompts.h"
 #include "DocumentManager.h"
+#include "DocumentWindow.h"
 #include "Preferences.h"
 #include "UpdateService.h"
 #include "WindowSupervisor.h"
@@ -58,6 +59,8 @@ OrantiumApp::OrantiumApp(const QStringList& arguments)
     for (const QString& argument : arguments.mid(1)) {
         if (argument == QLatin1String("--ui-test-fixture"))
             m_isUITestFixture = true;
+        else if (argument == QLatin1String("--columns"))
+            m_opensInColumns = true;
         else if (!argument.startsWith(QLatin1String("-")))
             m_files.append(argument);
     }
@@ -148,8 +151,11 @@ bool OrantiumApp::start()
     m_documents->setRecoveryStore(m_recovery.get());
     m_supervisor = std::make_unique<WindowSupervisor>(m_documents.get(), m_preferences.get());
     m_context = m_documents->context();
-    for (const QString& file : m_files)
-        m_documents->open(file);
+    for (const QString& file : m_files) {
+        DocumentWindow* window = m_documents->open(file);
+        if (window && m_opensInColumns)
+            window->contentView()->setMode(AppMode::columns);
+    }
     // Once the files of the command line are open, the welcome window may stand in.
     QTimer::singleShot(0, m_supervisor.get(), [supervisor = m_supervisor.get()] { supervisor->finishLaunching(); });
     return true;

@@ -41,6 +41,7 @@ private:
     void seedRecentFiles();
 
     QStringList m_files;
+    bool m_opensInColumns = false;
     bool m_isUITestFixture = false;
     bool m_isTestHost = false;
     std::unique_ptr<Preferences> m_preferences;

@@ -106,6 +106,16 @@ bool Preferences::setReadingPaceWPM(int wpm)
     return true;
 }
 
+QString Preferences::columnWidthsText() const
+{
+    return m_settings->value(QString::fromLatin1(columnWidthsKey)).toString();
+}
+
+bool Preferences::setColumnWidthsText(const QString& text)
+{
+    return store(columnWidthsKey, text);
+}
+
 QStringList Preferences::recentFiles() const
 {
     const QVariant value = m_settings->value(QString::fromLatin1(recentFilesKey));

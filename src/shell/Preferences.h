@@ -21,6 +21,7 @@ public:
     static constexpr const char* appearanceKey = "appearance";
     static constexpr const char* readingPaceKey = "readingPaceWPM";
     static constexpr const char* recentFilesKey = "recentFiles";
+    static constexpr const char* columnWidthsKey = "columnWidths";
     static constexpr int maxRecentFiles = 10;
 
     // Uses the given store (tests pass one on a temporary file); takes ownership.
@@ -35,6 +36,10 @@ public:
 
     int readingPaceWPM() const;
     bool setReadingPaceWPM(int wpm);
+
+    // The columns' widths as stored (JSON text); the columns view reads it, and falls back itself.
+    QString columnWidthsText() const;
+    bool setColumnWidthsText(const QString& text);
 
     // Most recent first; absolute paths.
     QStringList recentFiles() const;

@@ -1,0 +1,119 @@
+// The columns view over generated sermons (5,000 lines is the reference), in a 1600 by 1000 view:
+// the layout, one frame while every cell glides, and a keystroke in the editor to the next frame.
+#include "SermonGenerator.h"
+
+#include "columns/ColumnCanvas.h"
+#include "columns/ColumnEditorOverlay.h"
+#include "columns/ColumnLayout.h"
+#include "core/SermonDocument.h"
+#include "editing/DocumentController.h"
+
+#include <QApplication>
+#include <QImage>
+#include <QPainter>
+#include <QTextCursor>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+constexpr QSize viewSize(1600, 1000);
+
+// Widgets need an application; the offscreen platform needs no display.
+void ensureApplication()
+{
+    static QApplication* app = [] {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "bench_columns";
+        static char* argv[] = {name, nullptr};
+        return new QApplication(argc, argv);
+    }();
+    (void)app;
+}
+
+struct ColumnsFixture {
+    SermonDocument document;
+    ColumnCanvas canvas;
+    QImage image{viewSize, QImage::Format_ARGB32_Premultiplied};
+    double clock = 0;
+
+    explicit ColumnsFixture(int lines)
+        : document((ensureApplication(), generateSermon(lines)))
+        , canvas(&document)
+    {
+        canvas.resize(viewSize);
+        canvas.animator().setClock([this] { return clock; });
+        // Look at the middle of the table, a little scrolled, where headings are pinned.
+        canvas.setPanOffset(QPointF(0, -canvas.layout().totalSize.height() * 0.5));
+    }
+
+    void draw()
+    {
+        QPainter painter(&image);
+        canvas.drawInto(painter, false);
+    }
+};
+
+void BM_ColumnLayoutCompute(benchmark::State& state)
+{
+    ensureApplication();
+    const SermonNodePtr root = generateSermon(int(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ColumnLayout::compute(*root, {}));
+}
+BENCHMARK(BM_ColumnLayoutCompute)->Arg(300)->Arg(5000)->Arg(20000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// A frame with nothing moving, for comparison.
+void BM_ColumnFrameStill(benchmark::State& state)
+{
+    ColumnsFixture f(int(state.range(0)));
+    for (auto _ : state)
+        f.draw();
+}
+BENCHMARK(BM_ColumnFrameStill)->Arg(300)->Arg(5000)->Unit(benchmark::kMillisecond);
+
+// Every cell moves a row down (a line inserted at the top) and the glide is half way.
+void BM_ColumnFrameWhileEveryCellGlides(benchmark::State& state)
+{
+    ColumnsFixture f(int(state.range(0)));
+    f.document.root()->insertChild(0, SermonNode::make(QStringLiteral("A new first point"), 1));
+    f.canvas.recomputeLayout(true);
+    for (auto _ : state) {
+        f.clock = 0.1;
+        f.canvas.animator().tick();
+        f.draw();
+    }
+}
+BENCHMARK(BM_ColumnFrameWhileEveryCellGlides)
+    ->Arg(300)
+    ->Arg(5000)
+    ->Arg(20000)
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
+
+// A letter typed into the editor, then taken back: the node takes the text, the table relays
+// and the next frame is drawn.
+void BM_ColumnEditorKeystrokeToFrame(benchmark::State& state)
+{
+    ColumnsFixture f(int(state.range(0)));
+    const auto& children = f.document.root()->children();
+    const SermonNodePtr line = children[children.size() / 2];
+    f.canvas.beginEdit(line->id(), false);
+    ColumnEditorOverlay* editor = f.canvas.editor();
+    bool typing = true;
+    for (auto _ : state) {
+        QTextCursor cursor = editor->textCursor();
+        if (typing)
+            cursor.insertText(QStringLiteral("a"));
+        else
+            cursor.deletePreviousChar();
+        typing = !typing;
+        f.draw();
+    }
+    if (line->text().isEmpty())
+        state.SkipWithError("the keystrokes did not reach the node");
+}
+BENCHMARK(BM_ColumnEditorKeystrokeToFrame)->Arg(300)->Arg(5000)->Arg(20000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+} // namespace
