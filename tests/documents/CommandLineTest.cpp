@@ -218,6 +218,7 @@ TEST_F(CommandLineTest, OnlyFilesAndToolkitOptionsOpenTheApp)
         {"-platform offscreen sermon.md", false},
         {"--style=Fusion -reverse sermon.md", false},
         {"--ui-test-fixture", false},
+        {"--columns sermon.md", false},
         {"stats", true},
         {"--bogus", true},
         {"-v", true},
