@@ -9,6 +9,7 @@
 
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
+#include "columns/ColumnCanvas.h"
 #include "delivery/DeliveryKeys.h"
 #include "delivery/DeliveryPreferences.h"
 #include "delivery/DeliveryView.h"
@@ -126,6 +127,29 @@ TEST_F(MenuRulesTest, DeliveryModeTakesTheMapRecordsAwayAndLeavingItEndsTheView)
 
     item(QStringLiteral("Delivery"))->trigger();
     EXPECT_NE(content->deliveryView(), nullptr);
+}
+
+TEST_F(MenuRulesTest, ColumnsEditTheSameDocumentAndTheModeKeysLeaveThem)
+{
+    ContentView* content = window->contentView();
+    ASSERT_TRUE(content->setMode(AppMode::columns));
+    ColumnCanvas* columns = content->columnCanvas();
+    ASSERT_NE(columns, nullptr);
+    const SermonNodePtr target = line(0, 0);
+    const QString text = target->text();
+    columns->controller()->setSelectedNodeID(target->id());
+    // The menu's commands act on the table's selection, through the window's one undo stack.
+    ASSERT_TRUE(enabled(QStringLiteral("Delete")));
+    item(QStringLiteral("Delete"))->trigger();
+    EXPECT_NE(line(0, 0)->text(), text);
+    EXPECT_TRUE(window->isWindowModified());
+    item(QStringLiteral("Undo"))->trigger();
+    EXPECT_EQ(line(0, 0)->text(), text);
+
+    item(QStringLiteral("Mind Map"))->trigger();
+    EXPECT_EQ(content->mode(), AppMode::tree);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(content->columnCanvas(), nullptr);
 }
 
 TEST_F(MenuRulesTest, TheShortcutSheetIsMadeFromTheKeyTables)
