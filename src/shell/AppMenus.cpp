@@ -7,6 +7,7 @@
 #include "UpdateService.h"
 #include "WindowSupervisor.h"
 #include "documents/OpenDocument.h"
+#include "map/MapContextMenu.h"
 
 #include "core/UndoManager.h"
 
@@ -191,6 +192,7 @@ void AppMenus::buildEditMenu(QMenuBar* bar)
         }
         if (item.command == NodeCommand::markSubmenu) {
             m_markMenu = edit->addMenu(item.label);
+            MapContextMenu::showEmojiInColour(*m_markMenu);
             for (const NodeCommands::MarkEntry& entry : NodeCommands::markEntries()) {
                 if (entry.separatorBefore)
                     m_markMenu->addSeparator();

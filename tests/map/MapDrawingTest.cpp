@@ -238,6 +238,21 @@ TEST(MapDrawing, MatchRangesAreCaseInsensitiveAndDisjoint)
         EXPECT_EQ(MapDrawing::matchRanges(row.text, row.query), row.ranges) << row.text.toStdString();
 }
 
+TEST(MapDrawing, MarkersKeepTheirColours)
+{
+    ensureApplication();
+    for (const bool dark : {false, true}) {
+        for (const MarkerColour& m : markerColours()) {
+            const auto b = TextBitmapCache::render({m.marker, 14, double(QFont::Medium), false}, 1.0, dark);
+            ASSERT_TRUE(b) << m.name;
+            const QColor c = meanCoverColour(b->image, b->image.rect());
+            EXPECT_TRUE(c.isValid() && m.matches(c))
+                << m.name << (dark ? " dark: " : " light: ") << c.name().toStdString() << " h=" << c.hsvHue()
+                << " s=" << c.hsvSaturation() << " v=" << c.value();
+        }
+    }
+}
+
 TEST(MapDrawing, TimeBadgeRoundsMinutesUp)
 {
     struct Row {

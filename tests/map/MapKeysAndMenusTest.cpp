@@ -109,6 +109,21 @@ TEST_F(MapKeysAndMenusTest, TheMarkSubmenuSetsAMarker)
             marks = action->menu();
     ASSERT_TRUE(marks);
     ASSERT_EQ(marks->actions().size(), 11); // nine markers, a separator, the removal
+
+    // Each marker shows its colour in the menu. Black and white stand too close to a menu's
+    // own text and face to tell apart there; the map's drawing checks those.
+    marks->adjustSize();
+    const QImage picture = marks->grab().toImage();
+    const QColor face = marks->palette().color(QPalette::Window);
+    const auto colours = markerColours();
+    for (size_t i = 0; i < 7; ++i) {
+        QAction* action = marks->actions().at(qsizetype(i));
+        ASSERT_EQ(action->text(), colours[i].marker);
+        const QRect entry = marks->actionGeometry(action);
+        const QColor c = meanCoverColour(picture, entry.adjusted(0, 0, -entry.width() / 2, 0), face);
+        EXPECT_TRUE(c.isValid() && colours[i].matches(c)) << colours[i].name << ": " << c.name().toStdString();
+    }
+
     marks->actions().at(3)->trigger();
     EXPECT_TRUE(child(1)->text().startsWith(QStringLiteral("\U0001F7E2")));
 }
