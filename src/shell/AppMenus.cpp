@@ -241,6 +241,8 @@ void AppMenus::buildViewMenu(QMenuBar* bar)
         if (auto zoom = commands().zoom; zoom && zoom->zoomOut)
             zoom->zoomOut();
     });
+    m_zoomIn->setShortcuts(ZoomFunctions::zoomInKeys());
+    m_zoomOut->setShortcuts(ZoomFunctions::zoomOutKeys());
     m_actualSize = add(view, QStringLiteral("Actual Size"), QKeySequence(Qt::CTRL | Qt::Key_0), [this] {
         if (auto zoom = commands().zoom; zoom && zoom->reset)
             zoom->reset();
