@@ -2,10 +2,13 @@
 
 #include "NodeLayout.h"
 
+#include "editing/DocumentController.h"
+
 #include <QPointF>
 #include <QRectF>
 #include <QString>
 
+#include <functional>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
@@ -36,10 +39,8 @@ struct MapDrawState {
     std::optional<NodeID> editingNodeID; // not drawn: the editor stands in its place
 
     bool isSearching = false;
-    QString searchQuery;
-    std::vector<NodeID> searchMatches;
-    std::unordered_set<NodeID> searchMatchSet;
-    int currentMatchIndex = 0;
+    // The marks search puts on a node, as whoever searches works them out; drawn as given.
+    std::function<std::optional<SearchHighlight>(const SermonNode&)> searchHighlight;
 
     std::unordered_map<NodeID, QPointF> nodeAnimOffsets;
     double animationProgress = 1.0;

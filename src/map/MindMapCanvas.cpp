@@ -188,10 +188,7 @@ void MindMapCanvas::refreshDrawState()
     // The editor stands in the node's place only while it is shown.
     s.editingNodeID = m_editor->isOpen() ? c.editingNodeID() : std::nullopt;
     s.isSearching = c.isSearching();
-    s.searchQuery = c.searchQuery();
-    s.searchMatches = c.searchMatches();
-    s.searchMatchSet = std::unordered_set<NodeID>(c.searchMatchSet().begin(), c.searchMatchSet().end());
-    s.currentMatchIndex = c.currentMatchIndex();
+    s.searchHighlight = [&c](const SermonNode& node) { return c.highlight(node); };
     m_transitions.apply(s);
     m_pointer.apply(s);
 }
