@@ -23,8 +23,12 @@ struct GhostNode {
 // Where a dragged node would land: a position among a parent's children.
 struct DropTarget {
     NodeID parentID;
-    int index = 0;
+    int index = 0; // where the move inserts, counted before the moved node leaves its place
     double cursorY = 0; // canvas y of the pointer, to pick the nearer side of the indicator
+    // The slot among the parent's children as they stand where the node ends up, which the
+    // indicator shows. One further down than `index` for a single node dropped below its own
+    // place under the same parent, since the move doesn't count its leaving.
+    int landingIndex = 0;
 };
 
 // Everything a drawing pass reads besides the tree and its layout tables: the viewport, the

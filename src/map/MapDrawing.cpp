@@ -431,7 +431,7 @@ void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget&
         x = p.maxX() + indent;
         y = p.midY();
         w = 60;
-    } else if (target.index >= int(children.size())) {
+    } else if (target.landingIndex >= int(children.size())) {
         const NodeLayout* last = layoutOf(children.size() - 1);
         if (!last)
             return;
@@ -439,10 +439,10 @@ void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget&
         w = last->size.width();
         y = last->maxY() + 2;
     } else {
-        const NodeLayout* at = layoutOf(size_t(std::max(target.index, 0)));
+        const NodeLayout* at = layoutOf(size_t(std::max(target.landingIndex, 0)));
         if (!at)
             return;
-        const NodeLayout* before = target.index >= 1 ? layoutOf(size_t(target.index - 1)) : nullptr;
+        const NodeLayout* before = target.landingIndex >= 1 ? layoutOf(size_t(target.landingIndex - 1)) : nullptr;
         const double yL = at->origin.y() - 2;
         if (before && std::abs(target.cursorY - (before->maxY() + 2)) < std::abs(target.cursorY - yL)) {
             x = before->origin.x();
