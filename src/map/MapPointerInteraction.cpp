@@ -180,6 +180,11 @@ void MapPointerInteraction::release(QPointF viewPoint, Qt::KeyboardModifiers mod
 
 void MapPointerInteraction::tap(QPointF p, Qt::KeyboardModifiers modifiers)
 {
+    m_canvas.runClick([&] { tapNow(p, modifiers); });
+}
+
+void MapPointerInteraction::tapNow(QPointF p, Qt::KeyboardModifiers modifiers)
+{
     DocumentController& c = *m_canvas.controller();
     const MapLayoutState& tables = m_canvas.layoutState();
     const bool shift = modifiers & Qt::ShiftModifier;

@@ -56,8 +56,13 @@ public:
     void reset();
     void animateZoom(double target);
     void animatePan(QPointF target, double duration);
-    // Brings a node back into view if it has left it; nothing for a node in view.
-    void reveal(const NodeLayout& layout);
+    // View points along the top that an overlay covers (the find bar); 0 for none.
+    double topInset() const { return m_topInset; }
+    void setTopInset(double inset);
+    // Brings a node back into view if it has left it; nothing for a node in view. A node is in
+    // view below the top inset. With `keepColumn`, a node already partly in view across keeps
+    // its place across: after a click, the map doesn't jump sideways under the pointer.
+    void reveal(const NodeLayout& layout, bool keepColumn = false);
     void centerOn(QPointF canvasPoint);
 
     bool isAnimating() const { return bool(m_update); }
@@ -83,6 +88,7 @@ private:
     QPointF m_panOffset;
     QSizeF m_viewportSize;
     QRectF m_contentBounds;
+    double m_topInset = 0;
 
     QTimer* m_timer;
     std::function<double()> m_clock;

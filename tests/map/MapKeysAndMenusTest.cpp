@@ -158,6 +158,20 @@ TEST_F(MapKeysAndMenusTest, CtrlFOpensSearchWhichUnfoldsMatchesAndFoldsThemBack)
     EXPECT_TRUE(canvas.hasFocus());
 }
 
+TEST_F(MapKeysAndMenusTest, TheCurrentMatchIsRevealedClearOfTheSearchBar)
+{
+    canvas.openSearch();
+    SearchBarOverlay& bar = *canvas.searchBar();
+    const NodeLayout line = *canvas.layoutState().layout(child(1)->id());
+    // Its top a little below the view's top edge: in view but for the bar.
+    canvas.viewport().setPanOffset(QPointF(0, 20 - line.origin.y()));
+    bar.field()->setText(QStringLiteral("separate")); // at once: each letter would reveal another match
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !canvas.viewport().isAnimating(); }, 5000));
+    const double top = line.origin.y() * canvas.viewport().scale() + canvas.viewport().panOffset().y();
+    EXPECT_GE(top, bar.geometry().bottom());
+    EXPECT_LE(line.maxY() * canvas.viewport().scale() + canvas.viewport().panOffset().y(), canvas.height());
+}
+
 TEST_F(MapKeysAndMenusTest, SearchBarSymbolsFollowASwitchOfTheme)
 {
     // Whether a symbol is drawn in a colour: its most opaque pixel has it, give or take smoothing.

@@ -124,6 +124,33 @@ TEST_F(MapPointerTest, TwoClicksOpenTheEditorOnlyWithinTheInterval)
     }
 }
 
+TEST_F(MapPointerTest, AClickMovesNoNodeFromUnderThePointerBeforeADoubleClickCould)
+{
+    // A long line cut off at the right edge and at the bottom.
+    const SermonNodePtr line = node("Three");
+    line->setText(QStringLiteral("Three ") + QString(160, QLatin1Char('w')));
+    canvas.recomputeLayout();
+    const NodeLayout& three = *canvas.layoutState().layout(line->id());
+    canvas.viewport().setPanOffset(QPointF(0, 695 - three.midY()));
+    const QPointF pan = canvas.viewport().panOffset();
+    ASSERT_GT(toView(QPointF(three.maxX(), 0)).x(), canvas.width());
+    const QPointF at(toView(three.origin).x() + 40, 690);
+
+    now = 0;
+    click(at);
+    EXPECT_EQ(controller().selectedNodeID(), line->id());
+    EXPECT_EQ(canvas.viewport().panOffset(), pan);
+    EXPECT_FALSE(canvas.viewport().isAnimating());
+    now = 0.3;
+    click(at);
+    EXPECT_EQ(controller().editingNodeID(), line->id());
+
+    // Afterwards it comes up from the bottom, and doesn't jump sideways.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return canvas.viewport().panOffset().y() < pan.y(); }, 5000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !canvas.viewport().isAnimating(); }, 5000));
+    EXPECT_EQ(canvas.viewport().panOffset().x(), pan.x());
+}
+
 TEST_F(MapPointerTest, ClickingEmptySpaceTwiceOpensNothingAndClearsTheSelection)
 {
     click(centre("One"));
