@@ -194,9 +194,9 @@ void MapViewport::reset()
     });
 }
 
-void MapViewport::setTopInset(double inset)
+void MapViewport::setTopCover(const QRectF& cover)
 {
-    m_topInset = std::max(inset, 0.0);
+    m_topCover = cover;
 }
 
 void MapViewport::reveal(const NodeLayout& l, bool keepColumn)
@@ -209,7 +209,8 @@ void MapViewport::reveal(const NodeLayout& l, bool keepColumn)
     const double right = l.maxX() * m_scale + m_panOffset.x();
     const double bottom = l.maxY() * m_scale + m_panOffset.y();
     // What an overlay covers at the top is out of view; the quarter is taken from what is left.
-    const double inset = std::min(m_topInset, h);
+    const bool isAcrossCover = !m_topCover.isEmpty() && right > m_topCover.left() && left < m_topCover.right();
+    const double inset = isAcrossCover ? std::clamp(m_topCover.bottom(), 0.0, h) : 0.0;
     QPointF target = m_panOffset;
     // The left margin is 10 and the right none: a node sticking out on the right comes to the left.
     const bool partlyInView = right > 0 && left < w;

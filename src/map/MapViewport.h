@@ -56,12 +56,13 @@ public:
     void reset();
     void animateZoom(double target);
     void animatePan(QPointF target, double duration);
-    // View points along the top that an overlay covers (the find bar); 0 for none.
-    double topInset() const { return m_topInset; }
-    void setTopInset(double inset);
-    // Brings a node back into view if it has left it; nothing for a node in view. A node is in
-    // view below the top inset. With `keepColumn`, a node already partly in view across keeps
-    // its place across: after a click, the map doesn't jump sideways under the pointer.
+    // What an overlay covers at the top of the view (the find bar), in view points; empty for none.
+    QRectF topCover() const { return m_topCover; }
+    void setTopCover(const QRectF& cover);
+    // Brings a node back into view if it has left it; nothing for a node in view. A node across
+    // from the top cover is in view only below it. With `keepColumn`, a node already partly in
+    // view across keeps its place across: after a click, the map doesn't jump sideways under
+    // the pointer.
     void reveal(const NodeLayout& layout, bool keepColumn = false);
     void centerOn(QPointF canvasPoint);
 
@@ -88,7 +89,7 @@ private:
     QPointF m_panOffset;
     QSizeF m_viewportSize;
     QRectF m_contentBounds;
-    double m_topInset = 0;
+    QRectF m_topCover;
 
     QTimer* m_timer;
     std::function<double()> m_clock;

@@ -384,7 +384,7 @@ void MindMapCanvas::syncSearchBar()
         if (m_searchBar->isVisible()) {
             const bool hadKeyboard = m_searchBar->field()->hasFocus();
             m_searchBar->hide();
-            m_viewport.setTopInset(0);
+            m_viewport.setTopCover(QRectF());
             m_searchBar->setQuery(QString());
             if (hadKeyboard)
                 focusCanvas();
@@ -409,7 +409,8 @@ void MindMapCanvas::placeOverlays()
         const int h = m_searchBar->sizeHint().height();
         m_searchBar->setGeometry((width() - w) / 2, searchBarMargin, w, h);
         // A match revealed lands below the bar, not under it.
-        m_viewport.setTopInset(m_searchBar->isHidden() ? 0 : searchBarMargin + h);
+        m_viewport.setTopCover(m_searchBar->isHidden() ? QRectF()
+                                                       : QRectF(m_searchBar->x(), 0, w, searchBarMargin + h));
     }
     if (m_minimap) {
         m_minimap->place(size());
