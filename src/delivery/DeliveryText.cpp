@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <QTextLayout>
 
+#include "look/EmojiText.h"
+
 #include <cmath>
 
 namespace DeliveryText {
@@ -70,11 +72,20 @@ QSizeF layOut(QTextLayout& layout, double width, LineVisitor&& visit)
     return {widest, y};
 }
 
+// A layout of the page's text whose emoji runs are drawn in the colour face.
+struct PageLayout : QTextLayout {
+    PageLayout(const QString& text, const QFont& font)
+        : QTextLayout(layoutText(text), font)
+    {
+        setFormats(EmojiText::formats(this->text(), font));
+    }
+};
+
 } // namespace
 
 QSizeF measure(const QString& text, const QFont& font, double width)
 {
-    QTextLayout layout(layoutText(text), font);
+    PageLayout layout(text, font);
     const QSizeF size = layOut(layout, width, [](const QTextLine&) {});
     return {std::ceil(size.width()), std::ceil(size.height())};
 }
@@ -82,7 +93,7 @@ QSizeF measure(const QString& text, const QFont& font, double width)
 void draw(QPainter& painter, const QString& text, const QFont& font, const QColor& color, const QPointF& topLeft,
           double width)
 {
-    QTextLayout layout(layoutText(text), font);
+    PageLayout layout(text, font);
     layOut(layout, width, [](const QTextLine&) {});
     painter.setPen(color);
     layout.draw(&painter, topLeft);

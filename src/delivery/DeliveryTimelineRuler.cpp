@@ -6,6 +6,7 @@
 #include "DeliveryText.h"
 
 #include "core/PerformanceLog.h"
+#include "look/EmojiText.h"
 
 #include <QFontMetricsF>
 #include <QMouseEvent>
@@ -97,7 +98,6 @@ const std::vector<QString>& DeliveryTimelineRuler::labels(double w, const QFont&
         return m_labels.texts;
     m_labels = {m_stopsLayout, w, font, {}};
     m_labels.texts.reserve(sections.size());
-    const QFontMetricsF metrics(font);
     for (size_t i = 0; i < sections.size(); ++i) {
         const double x = sections[i].fraction * w + 3;
         const double limit = i + 1 < sections.size() ? sections[i + 1].fraction * w : w;
@@ -106,7 +106,7 @@ const std::vector<QString>& DeliveryTimelineRuler::labels(double w, const QFont&
         if (room > 0) {
             label = sections[i].text;
             label.replace(QChar(0x2028), QLatin1Char(' '));
-            label = shortenedLabel(label, metrics, room);
+            label = shortenedLabel(label, font, room);
         }
         m_labels.texts.push_back(std::move(label));
     }
@@ -270,9 +270,11 @@ DeliveryTimelineRuler::Drift DeliveryTimelineRuler::driftLevel(double driftSecon
     return Drift::calm;
 }
 
-QString DeliveryTimelineRuler::shortenedLabel(const QString& text, const QFontMetricsF& metrics, double room)
+QString DeliveryTimelineRuler::shortenedLabel(const QString& text, const QFont& font, double room)
 {
-    if (metrics.horizontalAdvance(text) <= room)
+    const QFontMetricsF metrics(font);
+    auto width = [&](const QString& piece) { return EmojiText::horizontalAdvance(metrics, font, piece); };
+    if (width(text) <= room)
         return text;
     const QString ellipsis(QChar(0x2026));
     for (qsizetype keep = text.size() - 1; keep > 0; --keep) {
@@ -283,7 +285,7 @@ QString DeliveryTimelineRuler::shortenedLabel(const QString& text, const QFontMe
                && (candidate.front() == QLatin1Char(' ') || candidate.front() == QLatin1Char('\t')))
             candidate.remove(0, 1);
         candidate += ellipsis;
-        if (metrics.horizontalAdvance(candidate) <= room)
+        if (width(candidate) <= room)
             return candidate;
     }
     return {};
@@ -475,7 +477,7 @@ void DeliveryTimelineRuler::drawLabels(QPainter& painter, double w, const Reach&
             break;
         const double limit = i + 1 < sections.size() ? sections[i + 1].fraction * w : w;
         if (!texts[i].isEmpty() && reach.touches(x - 1, limit))
-            painter.drawText(QPointF(x, 16 - metrics.descent()), texts[i]);
+            EmojiText::drawLine(painter, QPointF(x, 16 - metrics.descent()), font, texts[i]);
     }
     painter.restore();
 }

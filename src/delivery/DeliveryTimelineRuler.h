@@ -51,9 +51,9 @@ public:
     // How far the runner is ahead of the reader, in seconds; negative when the reader is ahead.
     static double driftSeconds(double progress, double viewFraction, double targetSeconds);
     static Drift driftLevel(double driftSeconds);
-    // `text` if it fits `room`, else cut back one character at a time, trimmed, with "…";
-    // empty if nothing fits.
-    static QString shortenedLabel(const QString& text, const QFontMetricsF& metrics, double room);
+    // `text` if it fits `room` in `font`, else cut back one character at a time, trimmed, with
+    // "…"; empty if nothing fits. Emoji measure as drawn, in the colour face.
+    static QString shortenedLabel(const QString& text, const QFont& font, double room);
     // Centre of a line of width `lineWidth` on the device pixel grid, kept inside the ruler.
     static double snap(double x, double lineWidth, double width, double scale);
 

@@ -157,6 +157,9 @@ public:
     void stepMatch(bool forward);
     void endSearch();
     std::optional<SearchHighlight> highlight(const NodeID& id) const;
+    // The same for a node the view already holds, without looking it up: the one place where
+    // search marks are worked out, so that every view marks what search found.
+    std::optional<SearchHighlight> highlight(const SermonNode& node) const;
 
 signals:
     void selectionChanged();

@@ -142,11 +142,19 @@ std::optional<SearchHighlight> DocumentController::highlight(const NodeID& id) c
 {
     if (!m_isSearching || m_searchQuery.isEmpty() || !m_searchMatchSet.contains(id))
         return std::nullopt;
-    SermonNodePtr node = root()->find(id);
-    if (!node)
+    const SermonNodePtr node = root()->find(id);
+    return node ? highlight(*node) : std::nullopt;
+}
+
+std::optional<SearchHighlight> DocumentController::highlight(const SermonNode& node) const
+{
+    const NodeID& id = node.id();
+    if (!m_isSearching || m_searchQuery.isEmpty() || !m_searchMatchSet.contains(id))
         return std::nullopt;
     SearchHighlight result;
-    const QString& text = node->text();
+    // Folded per character, so the ranges are offsets in the text as it stands: lower-casing
+    // first would shift them behind a letter like "İ" that lower-cases to two.
+    const QString& text = node.text();
     for (qsizetype at = text.indexOf(m_searchQuery, 0, Qt::CaseInsensitive); at >= 0;
          at = text.indexOf(m_searchQuery, at + m_searchQuery.size(), Qt::CaseInsensitive))
         result.ranges.emplace_back(int(at), int(at + m_searchQuery.size()));

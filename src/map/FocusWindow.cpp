@@ -36,8 +36,10 @@ FocusContentView::FocusContentView(SermonDocument* document, QWidget* parent)
         addAction(action);
     };
     addCommand(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F), [this] { exit(); });
-    addCommand(QKeySequence(Qt::CTRL | Qt::Key_Equal), [this] { m_canvas->zoomFunctions().zoomIn(); });
-    addCommand(QKeySequence(Qt::CTRL | Qt::Key_Minus), [this] { m_canvas->zoomFunctions().zoomOut(); });
+    for (const QKeySequence& key : ZoomFunctions::zoomInKeys())
+        addCommand(key, [this] { m_canvas->zoomFunctions().zoomIn(); });
+    for (const QKeySequence& key : ZoomFunctions::zoomOutKeys())
+        addCommand(key, [this] { m_canvas->zoomFunctions().zoomOut(); });
     addCommand(QKeySequence(Qt::CTRL | Qt::Key_0), [this] { m_canvas->zoomFunctions().reset(); });
 }
 

@@ -9,4 +9,8 @@ namespace MapContextMenu {
 
 void build(QMenu& menu, const NodeActions& actions);
 
+// Draws the entries whose titles are emoji alone (the markers) in the colour emoji face; the
+// rest of each entry, its key included, as the style always does. For the "Mark" submenus.
+void showEmojiInColour(QMenu& menu);
+
 } // namespace MapContextMenu

@@ -2,10 +2,13 @@
 
 #include "NodeLayout.h"
 
+#include "editing/DocumentController.h"
+
 #include <QPointF>
 #include <QRectF>
 #include <QString>
 
+#include <functional>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
@@ -20,8 +23,12 @@ struct GhostNode {
 // Where a dragged node would land: a position among a parent's children.
 struct DropTarget {
     NodeID parentID;
-    int index = 0;
+    int index = 0; // where the move inserts, counted before the moved node leaves its place
     double cursorY = 0; // canvas y of the pointer, to pick the nearer side of the indicator
+    // The slot among the parent's children as they stand where the node ends up, which the
+    // indicator shows. One further down than `index` for a single node dropped below its own
+    // place under the same parent, since the move doesn't count its leaving.
+    int landingIndex = 0;
 };
 
 // Everything a drawing pass reads besides the tree and its layout tables: the viewport, the
@@ -36,10 +43,8 @@ struct MapDrawState {
     std::optional<NodeID> editingNodeID; // not drawn: the editor stands in its place
 
     bool isSearching = false;
-    QString searchQuery;
-    std::vector<NodeID> searchMatches;
-    std::unordered_set<NodeID> searchMatchSet;
-    int currentMatchIndex = 0;
+    // The marks search puts on a node, as whoever searches works them out; drawn as given.
+    std::function<std::optional<SearchHighlight>(const SermonNode&)> searchHighlight;
 
     std::unordered_map<NodeID, QPointF> nodeAnimOffsets;
     double animationProgress = 1.0;

@@ -1,5 +1,6 @@
 #include "MapDrawing.h"
 
+#include "look/EmojiText.h"
 #include "look/Look.h"
 
 #include "MapLayoutState.h"
@@ -36,6 +37,40 @@ bool touches(const QRectF& visible, double x0, double y0, double x1, double y1)
         && std::max(y0, y1) >= visible.top() && std::min(y0, y1) <= visible.bottom();
 }
 
+// Thin strokes on a pixel boundary fall across two rows at half strength. This moves a stroke's
+// middle onto a pixel's middle (or onto a boundary for an even width) and makes its width whole
+// device pixels, at the zoom and the device pixel ratio in force.
+struct PixelGrid {
+    double sx = 1, sy = 1, dx = 0, dy = 0;
+    bool isActive = false;
+
+    explicit PixelGrid(const QTransform& device)
+    {
+        if (device.type() > QTransform::TxScale || device.m11() <= 0 || device.m22() <= 0)
+            return;
+        sx = device.m11();
+        sy = device.m22();
+        dx = device.dx();
+        dy = device.dy();
+        isActive = true;
+    }
+    static double devicePixels(double width, double s) { return std::max(1.0, std::round(width * s)); }
+    static double snap(double v, double width, double s, double d)
+    {
+        const double device = v * s + d;
+        const double n = devicePixels(width, s);
+        const double snapped = std::fmod(n, 2.0) == 1.0 ? std::floor(device) + 0.5 : std::round(device);
+        return (snapped - d) / s;
+    }
+    double width(double w) const { return isActive ? devicePixels(w, sy) / sy : w; }
+    double x(double v, double w) const { return isActive ? snap(v, w, sx, dx) : v; }
+    double y(double v, double w) const { return isActive ? snap(v, w, sy, dy) : v; }
+    QRectF rect(const QRectF& r, double w) const
+    {
+        return QRectF(QPointF(x(r.left(), w), y(r.top(), w)), QPointF(x(r.right(), w), y(r.bottom(), w)));
+    }
+};
+
 // Everything one pass needs that is the same for every node.
 struct Pass {
     QPainter& painter;
@@ -43,10 +78,20 @@ struct Pass {
     const MapDrawState& state;
     const MapPalette& palette;
     TextBitmapCache& cache;
-    std::array<QFontMetricsF, 3> metrics{QFontMetricsF(TreeLayout::nodeFont(0)), QFontMetricsF(TreeLayout::nodeFont(1)),
-                                         QFontMetricsF(TreeLayout::nodeFont(2))};
+    PixelGrid grid;
+    // Upright and italic (quotes) per depth class, as the bitmaps are rendered.
+    std::array<QFont, 6> fonts{
+        TreeLayout::nodeFont(0), TreeLayout::nodeFont(1), TreeLayout::nodeFont(2), italic(0), italic(1), italic(2)};
+    std::array<QFontMetricsF, 6> metrics{QFontMetricsF(fonts[0]), QFontMetricsF(fonts[1]), QFontMetricsF(fonts[2]),
+                                         QFontMetricsF(fonts[3]), QFontMetricsF(fonts[4]), QFontMetricsF(fonts[5])};
 
-    const QFontMetricsF& metricsFor(int depth) const { return metrics[std::clamp(depth, 0, 2)]; }
+    static QFont italic(int depth)
+    {
+        return TreeLayout::mapFont(TreeLayout::nodeFontSize(depth), TreeLayout::nodeFontWeight(depth), true);
+    }
+    size_t fontIndex(int depth, bool isItalic) const { return size_t(std::clamp(depth, 0, 2) + (isItalic ? 3 : 0)); }
+
+    QPen pen(const QColor& colour, double width) const { return strokePen(colour, grid.width(width)); }
 
     // Looks the bitmap up, renders and stores it on a miss; null when it can't be rendered.
     std::optional<TextBitmapCache::Bitmap> bitmap(const TextBitmapKey& key)
@@ -134,18 +179,18 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
             const auto last = layouts.find(children.back()->id());
             if (first == layouts.end() || last == layouts.end())
                 continue;
-            const double x = startX + 14;
+            const double x = pass.grid.x(startX + 14, 1.0);
             const double top = first->second.origin.y() + 3 + 2;
             const double bottom = last->second.maxY() - 2;
             // Pixel-identical to stroking everything: a brace out of view can't touch the image.
             if (!touches(visible, x - 8, top, x + 8, bottom))
                 continue;
             const double opacity = std::max(0.3 - 0.08 * parent.depth, 0.1);
-            drawBrace(painter, x, top, bottom, strokePen(Look::withAlpha(pass.palette.ink, opacity), 1.0));
+            drawBrace(painter, x, top, bottom, pass.pen(Look::withAlpha(pass.palette.ink, opacity), 1.0));
             continue;
         }
 
-        const double parentMidY = parent.midY();
+        const double parentMidY = pass.grid.y(parent.midY(), 1.0);
         const double opacity = std::max(0.4 - 0.1 * node->depth(), 0.1);
         const QColor colour = Look::withAlpha(pass.palette.ink, opacity);
         // Siblings whose bends lie beyond the same edge of the view show the same shape in it: the
@@ -164,14 +209,16 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
                 continue;
             const NodeLayout& c = cit->second;
             const bool childIsLeaf = !child->hasChildren();
-            const double endY = childIsLeaf ? c.maxY() - 2 : c.midY();
+            const double width = c.depth == 0 ? 2.0 : 1.0;
+            const double rawEndY = childIsLeaf ? c.maxY() - 2 : c.midY();
+            const double endY = pass.grid.y(rawEndY, width);
             const double endX = childIsLeaf ? c.origin.x() + 4 : c.origin.x();
             if (!touches(visible, startX, std::min(parentMidY, endY), endX, std::max(parentMidY, endY)))
                 continue;
-            const double midX = (startX + c.origin.x()) * 0.5;
+            const double midX = pass.grid.x((startX + c.origin.x()) * 0.5, width);
             const double r = std::min({8.0, midX - startX, std::abs(endY - parentMidY) * 0.5});
             QPainterPath path;
-            const bool straight = std::abs(endY - parentMidY) < 1 || (childIsLeaf && children.size() == 1);
+            const bool straight = std::abs(rawEndY - parent.midY()) < 1 || (childIsLeaf && children.size() == 1);
             if (straight) {
                 const double y = childIsLeaf ? endY : parentMidY;
                 path.moveTo(startX, y);
@@ -185,7 +232,6 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
                 path.quadTo(midX, endY, midX + r, endY);
                 path.lineTo(endX, endY);
             }
-            const double width = c.depth == 0 ? 2.0 : 1.0;
             if (!straight && width == 1.0) {
                 Trunk* trunk = endY - r > visible.bottom() ? &below : endY + r < visible.top() ? &above : nullptr;
                 if (trunk && (trunk->count == 0 || trunk->r == r)) {
@@ -196,16 +242,55 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
                     continue;
                 }
             }
-            painter.strokePath(path, strokePen(colour, width));
+            painter.strokePath(path, pass.pen(colour, width));
         }
         for (const Trunk* trunk : {&above, &below}) {
             if (trunk->count == 0)
                 continue;
             const double built = 1.0 - std::pow(1.0 - opacity, trunk->count);
-            painter.strokePath(trunk->path, strokePen(Look::withAlpha(pass.palette.ink, built), 1.0));
+            painter.strokePath(trunk->path, pass.pen(Look::withAlpha(pass.palette.ink, built), 1.0));
         }
     }
     return count;
+}
+
+// The fold button and the time badge. Drawn after every node's body and rings, so that no
+// selection ring runs through them and the next line's quote tint doesn't cover a badge.
+void drawAdornments(Pass& pass, const NodeLayout& layout)
+{
+    if (layout.isLeaf)
+        return;
+    QPainter& painter = pass.painter;
+    const MapPalette& palette = pass.palette;
+    const QRectF f = layout.frame();
+    const SermonNode* node = pass.tables.node(layout.nodeID);
+    const int words = pass.tables.subtreeWordCount(layout.nodeID);
+    const QString badge = timeBadgeText(words, pass.state.readingPaceWPM);
+    const bool hasChildren = node && node->hasChildren();
+    const bool collapsed = hasChildren && node->isCollapsed();
+    if (hasChildren) {
+        const QPointF centre(f.right(), f.center().y());
+        painter.setPen(pass.pen(Look::withAlpha(palette.ink, 0.3), 1.0));
+        painter.setBrush(palette.disclosureFace);
+        painter.drawEllipse(centre, 7, 7);
+        painter.setBrush(Qt::NoBrush);
+        // Monospaced, so that "+" and "−" stand the same width in the circle.
+        pass.drawLabel(collapsed ? QStringLiteral("+") : QString(QChar(0x2212)), 11, QFont::Medium, true, 0.5,
+                       [&](QSizeF s) { return centre - QPointF(s.width() * 0.5, s.height() * 0.5); });
+    }
+    if (badge.isEmpty())
+        return;
+    if (collapsed) {
+        // Leading edge beside the button, vertically centred.
+        const QPointF anchor(f.right() + 7 + 4, f.center().y());
+        pass.drawLabel(badge, 9, QFont::Normal, false, 0.3,
+                       [&](QSizeF s) { return anchor - QPointF(2, s.height() * 0.5); });
+    } else {
+        // Top trailing corner under the frame's right end.
+        const QPointF anchor(f.right() - 4, f.bottom() + 2);
+        pass.drawLabel(badge, 9, QFont::Normal, false, 0.3,
+                       [&](QSizeF s) { return anchor - QPointF(s.width() - 2, 0); });
+    }
 }
 
 void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bool isSelected,
@@ -213,42 +298,17 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
 {
     QPainter& painter = pass.painter;
     const MapPalette& palette = pass.palette;
+    const PixelGrid& grid = pass.grid;
     const QRectF f = layout.frame();
     const SermonNode* node = pass.tables.node(layout.nodeID);
 
     if (!layout.isLeaf) {
         const int d = layout.depth;
         const double a = d <= 0 ? 0.5 : d == 1 ? 0.35 : d == 2 ? 0.2 : 0.1;
-        painter.setPen(strokePen(Look::withAlpha(palette.ink, a), d == 0 ? 2.0 : 1.0));
+        const double width = d == 0 ? 2.0 : 1.0;
+        painter.setPen(pass.pen(Look::withAlpha(palette.ink, a), width));
         painter.setBrush(Look::withAlpha(palette.ink, a * 0.1));
-        painter.drawRoundedRect(f, 6, 6);
-
-        const int words = pass.tables.subtreeWordCount(layout.nodeID);
-        const QString badge = timeBadgeText(words, pass.state.readingPaceWPM);
-        const bool hasChildren = node && node->hasChildren();
-        const bool collapsed = hasChildren && node->isCollapsed();
-        if (hasChildren) {
-            const QPointF centre(f.right(), f.center().y());
-            painter.setPen(strokePen(Look::withAlpha(palette.ink, 0.3), 1.0));
-            painter.setBrush(palette.disclosureFace);
-            painter.drawEllipse(centre, 7, 7);
-            // Monospaced, so that "+" and "−" stand the same width in the circle.
-            pass.drawLabel(collapsed ? QStringLiteral("+") : QString(QChar(0x2212)), 11, QFont::Medium, true, 0.5,
-                           [&](QSizeF s) { return centre - QPointF(s.width() * 0.5, s.height() * 0.5); });
-        }
-        if (!badge.isEmpty()) {
-            if (collapsed) {
-                // Leading edge beside the button, vertically centred.
-                const QPointF anchor(f.right() + 7 + 4, f.center().y());
-                pass.drawLabel(badge, 9, QFont::Normal, false, 0.3,
-                               [&](QSizeF s) { return anchor - QPointF(2, s.height() * 0.5); });
-            } else {
-                // Top trailing corner under the frame's right end.
-                const QPointF anchor(f.right() - 4, f.bottom() + 2);
-                pass.drawLabel(badge, 9, QFont::Normal, false, 0.3,
-                               [&](QSizeF s) { return anchor - QPointF(s.width() - 2, 0); });
-            }
-        }
+        painter.drawRoundedRect(grid.rect(f, width), 6, 6);
     } else if (layout.isQuote) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(Look::withAlpha(palette.orange, palette.isDark ? 0.08 : 0.06));
@@ -256,8 +316,8 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
         painter.setBrush(Look::withAlpha(palette.orange, 0.5));
         painter.drawRoundedRect(QRectF(f.left() - 2, f.top() + 2, 3, f.height() - 4), 1.5, 1.5);
     } else {
-        painter.setPen(strokePen(Look::withAlpha(palette.ink, 0.15), 1.0));
-        const double y = f.bottom() - 2;
+        painter.setPen(pass.pen(Look::withAlpha(palette.ink, 0.15), 1.0));
+        const double y = grid.y(f.bottom() - 2, 1.0);
         painter.drawLine(QPointF(f.left() + 4, y), QPointF(f.right() - 4, y));
     }
 
@@ -265,13 +325,14 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
     if (marks) {
         const double grow = layout.isLeaf ? 4 : 3;
         const double radius = layout.isLeaf ? 6 : 8;
-        painter.setPen(marks->isCurrentMatch ? strokePen(MapPalette::searchOrange(0.55, 0.8), 2.5)
-                                             : strokePen(MapPalette::searchOrange(0.7, 0.5), 2.0));
-        painter.drawRoundedRect(f.adjusted(-grow, -grow, grow, grow), radius, radius);
+        const double width = marks->isCurrent ? 2.5 : 2.0;
+        painter.setPen(marks->isCurrent ? pass.pen(MapPalette::searchOrange(0.55, 0.8), width)
+                                        : pass.pen(MapPalette::searchOrange(0.7, 0.5), width));
+        painter.drawRoundedRect(grid.rect(f.adjusted(-grow, -grow, grow, grow), width), radius, radius);
     }
     if (isSelected) {
-        painter.setPen(strokePen(palette.accent, 2.0));
-        painter.drawRoundedRect(f.adjusted(-2, -2, 2, 2), 8, 8);
+        painter.setPen(pass.pen(palette.accent, 2.0));
+        painter.drawRoundedRect(grid.rect(f.adjusted(-2, -2, 2, 2), 2.0), 8, 8);
     }
 
     QString text = ghostText ? *ghostText : node ? node->text() : QString();
@@ -281,8 +342,12 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
     const double v = layout.isLeaf ? TreeLayout::leafVerticalPadding : TreeLayout::branchVerticalPadding;
 
     if (marks && !marks->ranges.empty() && !ghostText) {
-        const QFontMetricsF& fm = pass.metricsFor(layout.depth);
-        const double lineHeight = TreeLayout::lineHeight(fm);
+        // Measured in the face the text is drawn in: a quote's italic runs narrower or wider.
+        const size_t face = pass.fontIndex(layout.depth, layout.isQuote);
+        const QFont& font = pass.fonts[face];
+        const QFontMetricsF& fm = pass.metrics[face];
+        auto width = [&](const QString& piece) { return std::ceil(EmojiText::horizontalAdvance(fm, font, piece)); };
+        const double lineHeight = TreeLayout::lineHeight(pass.metrics[pass.fontIndex(layout.depth, false)]);
         const QStringList lines = text.split(QLatin1Char('\n'));
         std::vector<qsizetype> starts;
         qsizetype running = 0;
@@ -291,8 +356,7 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
             running += line.size() + 1;
         }
         painter.setPen(Qt::NoPen);
-        painter.setBrush(marks->isCurrentMatch ? MapPalette::searchOrange(0.55, 0.4)
-                                               : MapPalette::searchOrange(0.8, 0.3));
+        painter.setBrush(marks->isCurrent ? MapPalette::searchOrange(0.55, 0.4) : MapPalette::searchOrange(0.8, 0.3));
         for (const auto& [start, end] : marks->ranges) {
             qsizetype index = 0;
             for (qsizetype i = 0; i < qsizetype(starts.size()); ++i)
@@ -301,8 +365,8 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
             const QString& line = lines[index];
             const qsizetype localStart = std::min(start - starts[size_t(index)], line.size());
             const qsizetype localEnd = std::max(localStart, std::min(end - starts[size_t(index)], line.size()));
-            const double prefixW = std::ceil(fm.horizontalAdvance(line.left(localStart)));
-            const double matchW = std::ceil(fm.horizontalAdvance(line.mid(localStart, localEnd - localStart)));
+            const double prefixW = width(line.left(localStart));
+            const double matchW = width(line.mid(localStart, localEnd - localStart));
             painter.drawRoundedRect(
                 QRectF(f.left() + 16 + prefixW - 1, f.top() + v + lineHeight * double(index), matchW + 2, lineHeight),
                 2, 2);
@@ -320,27 +384,32 @@ int drawNodes(Pass& pass, const NodeLayouts& layouts, const QRectF& visible)
 {
     const MapDrawState& state = pass.state;
     QPainter& painter = pass.painter;
+    // Branches drawn, with their opacity, for the fold buttons and badges on top.
+    std::vector<std::pair<const NodeLayout*, double>> branches;
     int drawn = 0;
     for (const auto& [id, layout] : layouts) {
         if (state.editingNodeID && *state.editingNodeID == id)
             continue;
         if (!visible.intersects(layout.frame()))
             continue;
-        const bool fading = state.fadeInNodeIDs.count(id) > 0;
-        if (fading)
-            painter.setOpacity(state.animationProgress);
+        const double opacity = state.fadeInNodeIDs.count(id) > 0 ? state.animationProgress : 1.0;
+        painter.setOpacity(opacity);
         const bool isSelected =
             (state.selectedNodeID && *state.selectedNodeID == id) || state.selectedNodeIDs.count(id) > 0;
         std::optional<SearchHighlight> marks;
-        if (state.isSearching) {
-            const SermonNode* node = pass.tables.node(id);
-            marks = highlight(state, id, node ? node->text() : QString());
-        }
+        if (state.isSearching && state.searchHighlight)
+            if (const SermonNode* node = pass.tables.node(id))
+                marks = state.searchHighlight(*node);
         drawNode(pass, layout, nullptr, isSelected, marks);
-        if (fading)
-            painter.setOpacity(1.0);
         ++drawn;
+        if (!layout.isLeaf)
+            branches.emplace_back(&layout, opacity);
     }
+    for (const auto& [layout, opacity] : branches) {
+        painter.setOpacity(opacity);
+        drawAdornments(pass, *layout);
+    }
+    painter.setOpacity(1.0);
     return drawn;
 }
 
@@ -362,7 +431,7 @@ void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget&
         x = p.maxX() + indent;
         y = p.midY();
         w = 60;
-    } else if (target.index >= int(children.size())) {
+    } else if (target.landingIndex >= int(children.size())) {
         const NodeLayout* last = layoutOf(children.size() - 1);
         if (!last)
             return;
@@ -370,10 +439,10 @@ void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget&
         w = last->size.width();
         y = last->maxY() + 2;
     } else {
-        const NodeLayout* at = layoutOf(size_t(std::max(target.index, 0)));
+        const NodeLayout* at = layoutOf(size_t(std::max(target.landingIndex, 0)));
         if (!at)
             return;
-        const NodeLayout* before = target.index >= 1 ? layoutOf(size_t(target.index - 1)) : nullptr;
+        const NodeLayout* before = target.landingIndex >= 1 ? layoutOf(size_t(target.landingIndex - 1)) : nullptr;
         const double yL = at->origin.y() - 2;
         if (before && std::abs(target.cursorY - (before->maxY() + 2)) < std::abs(target.cursorY - yL)) {
             x = before->origin.x();
@@ -386,7 +455,8 @@ void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget&
         }
     }
     QPainter& painter = pass.painter;
-    painter.setPen(strokePen(pass.palette.accent, 2.0));
+    y = pass.grid.y(y, 2.0);
+    painter.setPen(pass.pen(pass.palette.accent, 2.0));
     painter.drawLine(QPointF(x, y), QPointF(x + w, y));
     painter.setPen(Qt::NoPen);
     painter.setBrush(pass.palette.accent);
@@ -397,11 +467,11 @@ void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget&
 void drawLasso(Pass& pass, const QRectF& rect)
 {
     QPainter& painter = pass.painter;
-    QPen pen = strokePen(Look::withAlpha(pass.palette.accent, 0.5), 1.0);
+    QPen pen = pass.pen(Look::withAlpha(pass.palette.accent, 0.5), 1.0);
     pen.setDashPattern({4, 3});
     painter.setPen(pen);
     painter.setBrush(Look::withAlpha(pass.palette.accent, 0.08));
-    painter.drawRoundedRect(rect, 2, 2);
+    painter.drawRoundedRect(pass.grid.rect(rect, 1.0), 2, 2);
     painter.setBrush(Qt::NoBrush);
 }
 
@@ -412,36 +482,6 @@ QRectF visibleRect(QSizeF viewSize, QPointF panOffset, double scale)
     const double s = scale > 0 ? scale : 1.0;
     return QRectF(-panOffset.x() / s, -panOffset.y() / s, viewSize.width() / s, viewSize.height() / s)
         .adjusted(-cullMargin, -cullMargin, cullMargin, cullMargin);
-}
-
-std::vector<std::pair<qsizetype, qsizetype>> matchRanges(const QString& text, const QString& query)
-{
-    std::vector<std::pair<qsizetype, qsizetype>> ranges;
-    if (query.isEmpty())
-        return ranges;
-    const QString haystack = text.toLower();
-    const QString needle = query.toLower();
-    qsizetype from = 0;
-    while (true) {
-        const qsizetype at = haystack.indexOf(needle, from);
-        if (at < 0)
-            break;
-        ranges.emplace_back(at, at + needle.size());
-        from = at + needle.size();
-    }
-    return ranges;
-}
-
-std::optional<SearchHighlight> highlight(const MapDrawState& state, const NodeID& id, const QString& text)
-{
-    if (!state.isSearching || state.searchQuery.isEmpty() || state.searchMatchSet.count(id) == 0)
-        return std::nullopt;
-    SearchHighlight marks;
-    marks.ranges = matchRanges(text, state.searchQuery);
-    const int index = state.currentMatchIndex;
-    marks.isCurrentMatch =
-        index >= 0 && index < int(state.searchMatches.size()) && state.searchMatches[size_t(index)] == id;
-    return marks;
 }
 
 QString timeBadgeText(int words, int wordsPerMinute)
@@ -478,7 +518,7 @@ MapDrawStats drawCanvas(QPainter& painter, QSizeF viewSize, const MapLayoutState
         painter.translate(state.panOffset);
         painter.scale(state.scale, state.scale);
 
-        Pass pass{painter, tables, state, palette, textCache};
+        Pass pass{painter, tables, state, palette, textCache, PixelGrid(painter.deviceTransform())};
         stats.connections = performanceLog::signpostInterval("drawConnections", performanceLog::noMessage,
                                                              [&] { return drawConnections(pass, *display, visible); });
         stats.drawn = performanceLog::signpostInterval("drawNodes", performanceLog::noMessage,
@@ -497,6 +537,7 @@ MapDrawStats drawCanvas(QPainter& painter, QSizeF viewSize, const MapLayoutState
                 continue;
             painter.setOpacity(1.0 - state.animationProgress);
             drawNode(pass, ghost.layout, &ghost.text, false, std::nullopt);
+            drawAdornments(pass, ghost.layout);
             painter.setOpacity(1.0);
         }
         if (state.dragNodeID && state.dropTarget)

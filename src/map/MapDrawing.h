@@ -24,21 +24,11 @@ struct MapDrawStats {
 // the palette and the text bitmaps, painting into any QPainter (a widget or a plain image).
 namespace MapDrawing {
 
-// A search's marks on one node: character ranges of every occurrence of the query.
-struct SearchHighlight {
-    bool isCurrentMatch = false;
-    std::vector<std::pair<qsizetype, qsizetype>> ranges; // (start, end)
-};
-
 // Nodes this far beyond the view's edge are still drawn, so nothing pops in at the border.
 inline constexpr double cullMargin = 50;
 
 // The part of the canvas in view, in canvas points, grown by the cull margin.
 QRectF visibleRect(QSizeF viewSize, QPointF panOffset, double scale);
-
-// Non-overlapping, case-insensitive occurrences of `query` in `text`, left to right.
-std::vector<std::pair<qsizetype, qsizetype>> matchRanges(const QString& text, const QString& query);
-std::optional<SearchHighlight> highlight(const MapDrawState& state, const NodeID& id, const QString& text);
 
 // "3 min" for a branch's words at a pace, rounded up; empty when there are no words.
 QString timeBadgeText(int words, int wordsPerMinute);

@@ -44,19 +44,23 @@ std::optional<DropTarget> MapPointerInteraction::computeDropTarget(const MapLayo
 {
     if (dragNodeIDs.empty() || !tables.root)
         return std::nullopt;
-    // Nothing lands inside what is being moved, folded parts included.
+    // Nothing lands inside what is being moved, folded parts included. The members found below
+    // another one move with it; the others are the tops.
     std::unordered_set<NodeID> excluded;
-    std::vector<const SermonNode*> stack;
+    std::unordered_set<NodeID> belowAnother;
+    std::vector<std::pair<const SermonNode*, bool>> stack; // node, is a member where the walk starts
     for (const NodeID& id : dragNodeIDs)
         if (const SermonNode* node = tables.node(id))
-            stack.push_back(node);
+            stack.emplace_back(node, true);
     while (!stack.empty()) {
-        const SermonNode* node = stack.back();
+        const auto [node, isStart] = stack.back();
         stack.pop_back();
+        if (!isStart)
+            belowAnother.insert(node->id());
         if (!excluded.insert(node->id()).second)
             continue;
         for (const auto& child : node->children())
-            stack.push_back(child.get());
+            stack.emplace_back(child.get(), false);
     }
 
     const NodeLayout* nearest = nullptr;
@@ -79,14 +83,29 @@ std::optional<DropTarget> MapPointerInteraction::computeDropTarget(const MapLayo
     if (!nearest)
         return std::nullopt;
 
-    const DropTarget lastChild{nearestNode->id(), int(nearestNode->children().size()), cursor.y()};
-    if (cursor.x() > nearest->maxX())
-        return lastChild;
-    const SermonNodePtr parent = tables.root->parent(nearestNode->id());
-    const int index = parent ? parent->indexOfChild(nearestNode->id()) : -1;
-    if (!parent || index < 0)
-        return lastChild;
-    return DropTarget{parent->id(), cursor.y() >= nearest->midY() ? index + 1 : index, cursor.y()};
+    const int count = int(nearestNode->children().size());
+    DropTarget target{nearestNode->id(), count, cursor.y(), count};
+    if (cursor.x() <= nearest->maxX()) {
+        const SermonNodePtr parent = tables.root->parent(nearestNode->id());
+        const int index = parent ? parent->indexOfChild(nearestNode->id()) : -1;
+        if (parent && index >= 0) {
+            const int at = cursor.y() >= nearest->midY() ? index + 1 : index;
+            target = DropTarget{parent->id(), at, cursor.y(), at};
+        }
+    }
+    // A single node is moved by an index that counts it in its old place, so dropped below that
+    // place under the same parent it lands one slot further down: the indicator shows that slot.
+    std::optional<NodeID> single;
+    int tops = 0;
+    for (const NodeID& id : dragNodeIDs)
+        if (!belowAnother.count(id) && tables.node(id) && ++tops == 1)
+            single = id;
+    if (tops == 1 && target.parentID != *single) {
+        const SermonNodePtr parent = tables.root->parent(*single);
+        if (parent && parent->id() == target.parentID && parent->indexOfChild(*single) < target.index)
+            target.landingIndex = std::min(target.index + 1, int(parent->children().size()));
+    }
+    return target;
 }
 
 std::vector<NodeID> MapPointerInteraction::visibleRange(const MapLayoutState& tables, const NodeID& a, const NodeID& b)
@@ -160,6 +179,11 @@ void MapPointerInteraction::release(QPointF viewPoint, Qt::KeyboardModifiers mod
 }
 
 void MapPointerInteraction::tap(QPointF p, Qt::KeyboardModifiers modifiers)
+{
+    m_canvas.runClick([&] { tapNow(p, modifiers); });
+}
+
+void MapPointerInteraction::tapNow(QPointF p, Qt::KeyboardModifiers modifiers)
 {
     DocumentController& c = *m_canvas.controller();
     const MapLayoutState& tables = m_canvas.layoutState();

@@ -64,6 +64,7 @@ public:
     void setClock(std::function<double()> clock);
 
 private:
+    void tapNow(QPointF canvasPoint, Qt::KeyboardModifiers modifiers);
     void begin(QPointF start, Qt::KeyboardModifiers modifiers);
     void update(QPointF start, QPointF current, QPointF viewTranslation);
     void end();

@@ -194,7 +194,12 @@ void MapViewport::reset()
     });
 }
 
-void MapViewport::reveal(const NodeLayout& l)
+void MapViewport::setTopCover(const QRectF& cover)
+{
+    m_topCover = cover;
+}
+
+void MapViewport::reveal(const NodeLayout& l, bool keepColumn)
 {
     const double w = m_viewportSize.width(), h = m_viewportSize.height();
     if (w <= 0 || h <= 0)
@@ -203,12 +208,16 @@ void MapViewport::reveal(const NodeLayout& l)
     const double top = l.origin.y() * m_scale + m_panOffset.y();
     const double right = l.maxX() * m_scale + m_panOffset.x();
     const double bottom = l.maxY() * m_scale + m_panOffset.y();
+    // What an overlay covers at the top is out of view; the quarter is taken from what is left.
+    const bool isAcrossCover = !m_topCover.isEmpty() && right > m_topCover.left() && left < m_topCover.right();
+    const double inset = isAcrossCover ? std::clamp(m_topCover.bottom(), 0.0, h) : 0.0;
     QPointF target = m_panOffset;
     // The left margin is 10 and the right none: a node sticking out on the right comes to the left.
-    if (left < 10 || right > w)
+    const bool partlyInView = right > 0 && left < w;
+    if ((left < 10 || right > w) && !(keepColumn && partlyInView))
         target.setX(10 - l.origin.x() * m_scale);
-    if (top < 10)
-        target.setY(h * 0.25 - l.midY() * m_scale);
+    if (top < inset + 10)
+        target.setY(inset + (h - inset) * 0.25 - l.midY() * m_scale);
     else if (bottom > h - 10)
         target.setY(h * 0.75 - l.midY() * m_scale);
     if (target == m_panOffset)

@@ -56,8 +56,14 @@ public:
     void reset();
     void animateZoom(double target);
     void animatePan(QPointF target, double duration);
-    // Brings a node back into view if it has left it; nothing for a node in view.
-    void reveal(const NodeLayout& layout);
+    // What an overlay covers at the top of the view (the find bar), in view points; empty for none.
+    QRectF topCover() const { return m_topCover; }
+    void setTopCover(const QRectF& cover);
+    // Brings a node back into view if it has left it; nothing for a node in view. A node across
+    // from the top cover is in view only below it. With `keepColumn`, a node already partly in
+    // view across keeps its place across: after a click, the map doesn't jump sideways under
+    // the pointer.
+    void reveal(const NodeLayout& layout, bool keepColumn = false);
     void centerOn(QPointF canvasPoint);
 
     bool isAnimating() const { return bool(m_update); }
@@ -83,6 +89,7 @@ private:
     QPointF m_panOffset;
     QSizeF m_viewportSize;
     QRectF m_contentBounds;
+    QRectF m_topCover;
 
     QTimer* m_timer;
     std::function<double()> m_clock;

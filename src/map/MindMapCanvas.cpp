@@ -22,9 +22,11 @@
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QPointer>
+#include <QTimer>
 #include <QWheelEvent>
 
 #include <cmath>
+#include <utility>
 
 namespace {
 // Pixels a mouse wheel notch moves the map; touchpads report their own pixel deltas.
@@ -51,6 +53,7 @@ MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
     , m_controller(nullptr)
     , m_ownPasteboard(std::make_unique<MemoryPasteboard>())
     , m_pointer(*this)
+    , m_clickRevealTimer(new QTimer(this))
 {
     setObjectName(QStringLiteral("mindMapCanvas"));
     setAccessibleName(QStringLiteral("mindMapCanvas"));
@@ -66,6 +69,15 @@ MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
         update();
     });
     connect(&m_transitions, &MapTransitionAnimator::frame, this, [this] { update(); });
+    m_clickRevealTimer->setSingleShot(true);
+    m_clickRevealTimer->setInterval(int(std::lround(MapPointerInteraction::doubleClickInterval * 1000)));
+    connect(m_clickRevealTimer, &QTimer::timeout, this, [this] {
+        const auto id = std::exchange(m_clickRevealID, std::nullopt);
+        // Only while the clicked node is still the selection; a key may have moved on since.
+        if (id && m_controller->selectedNodeID() == id)
+            if (const NodeLayout* layout = m_layout.layout(*id))
+                m_viewport.reveal(*layout, true);
+    });
 
     // Undo swaps the whole tree: keep what was shown, so that the restored tree can glide from
     // it. Connected before the controller, whose own reaction selects and reveals afterwards.
@@ -188,10 +200,7 @@ void MindMapCanvas::refreshDrawState()
     // The editor stands in the node's place only while it is shown.
     s.editingNodeID = m_editor->isOpen() ? c.editingNodeID() : std::nullopt;
     s.isSearching = c.isSearching();
-    s.searchQuery = c.searchQuery();
-    s.searchMatches = c.searchMatches();
-    s.searchMatchSet = std::unordered_set<NodeID>(c.searchMatchSet().begin(), c.searchMatchSet().end());
-    s.currentMatchIndex = c.currentMatchIndex();
+    s.searchHighlight = [&c](const SermonNode& node) { return c.highlight(node); };
     m_transitions.apply(s);
     m_pointer.apply(s);
 }
@@ -375,6 +384,7 @@ void MindMapCanvas::syncSearchBar()
         if (m_searchBar->isVisible()) {
             const bool hadKeyboard = m_searchBar->field()->hasFocus();
             m_searchBar->hide();
+            m_viewport.setTopCover(QRectF());
             m_searchBar->setQuery(QString());
             if (hadKeyboard)
                 focusCanvas();
@@ -384,9 +394,9 @@ void MindMapCanvas::syncSearchBar()
     m_searchBar->setQuery(c.searchQuery());
     m_searchBar->setMatches(int(c.searchMatches().size()), c.currentMatchIndex());
     if (!m_searchBar->isVisible()) {
-        placeOverlays();
         m_searchBar->show();
         m_searchBar->raise();
+        placeOverlays();
     }
 }
 
@@ -398,6 +408,9 @@ void MindMapCanvas::placeOverlays()
         const int w = std::max(0, std::min(width() - 2 * searchBarMargin, searchBarWidth));
         const int h = m_searchBar->sizeHint().height();
         m_searchBar->setGeometry((width() - w) / 2, searchBarMargin, w, h);
+        // A match revealed lands below the bar, not under it.
+        m_viewport.setTopCover(m_searchBar->isHidden() ? QRectF()
+                                                       : QRectF(m_searchBar->x(), 0, w, searchBarMargin + h));
     }
     if (m_minimap) {
         m_minimap->place(size());
@@ -407,8 +420,22 @@ void MindMapCanvas::placeOverlays()
 
 void MindMapCanvas::reveal(const NodeID& id)
 {
+    if (m_isClicking) {
+        m_clickRevealID = id;
+        m_clickRevealTimer->start();
+        return;
+    }
     if (const NodeLayout* layout = m_layout.layout(id))
         m_viewport.reveal(*layout);
+}
+
+void MindMapCanvas::runClick(const std::function<void()>& click)
+{
+    const bool outer = !m_isClicking;
+    m_isClicking = true;
+    click();
+    if (outer)
+        m_isClicking = false;
 }
 
 void MindMapCanvas::centerOn(QPointF canvasPoint)

@@ -24,6 +24,7 @@ class MinimapOverlay;
 class NodeEditorOverlay;
 class Pasteboard;
 class QMenu;
+class QTimer;
 class SearchBarOverlay;
 class SermonDocument;
 class UndoManager;
@@ -94,6 +95,9 @@ public:
     void clearTextBitmaps();
 
     void reveal(const NodeID& id);
+    // Runs a click. What it selects is revealed only once the double click it may begin can no
+    // longer come, so that the second click finds the node where the first one left it.
+    void runClick(const std::function<void()>& click);
     void centerOn(QPointF canvasPoint);
     QPointF canvasPoint(QPointF viewPoint) const { return m_viewport.canvasPoint(viewPoint); }
     // The first node whose frame holds a canvas point.
@@ -142,6 +146,9 @@ private:
     MinimapOverlay* m_minimap = nullptr;
     std::function<int()> m_readingPace;
     bool m_hasAppeared = false;
+    bool m_isClicking = false;
+    std::optional<NodeID> m_clickRevealID;
+    QTimer* m_clickRevealTimer;
 
     // The layouts and texts from before the tree was swapped, for the glide after undo and redo.
     NodeLayouts m_layoutsBeforeSwap;

@@ -2,6 +2,7 @@
 
 #include "MapPalette.h"
 #include "TreeLayout.h"
+#include "look/EmojiText.h"
 #include "look/Look.h"
 
 #include "editing/TextPieces.h"
@@ -11,6 +12,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPlainTextEdit>
+#include <QSyntaxHighlighter>
 #include <QTextDocument>
 #include <QTimer>
 
@@ -33,6 +35,19 @@ double verticalPadding(const NodeLayout& layout)
     return layout.isLeaf ? TreeLayout::leafVerticalPadding : TreeLayout::branchVerticalPadding;
 }
 
+// Emoji in the colour face while typing, as the map draws them.
+class ColourEmojiHighlighter : public QSyntaxHighlighter {
+public:
+    using QSyntaxHighlighter::QSyntaxHighlighter;
+
+protected:
+    void highlightBlock(const QString& text) override
+    {
+        for (const QTextLayout::FormatRange& range : EmojiText::formats(text, document()->defaultFont()))
+            setFormat(range.start, range.length, range.format);
+    }
+};
+
 QString fieldText(const QPlainTextEdit& field)
 {
     QString text = field.document()->toRawText();
@@ -45,13 +60,15 @@ QString fieldText(const QPlainTextEdit& field)
 QSizeF NodeEditorOverlay::editorSize(const QString& modelText, int depth)
 {
     // The editor never shows a quote's italic.
-    const QFontMetricsF metrics(TreeLayout::nodeFont(depth));
+    const QFont font = TreeLayout::nodeFont(depth);
+    const QFontMetricsF metrics(font);
     QString text = modelText;
     text.replace(QLatin1Char('\n'), TextPieces::softLineBreak);
     const QStringList lines = text.split(TextPieces::softLineBreak);
     double width = 0;
     for (const QString& line : lines)
-        width = std::max(width, metrics.horizontalAdvance(line.isEmpty() ? QStringLiteral(" ") : line));
+        width =
+            std::max(width, EmojiText::horizontalAdvance(metrics, font, line.isEmpty() ? QStringLiteral(" ") : line));
     const double lineHeight = metrics.ascent() + std::abs(metrics.descent()) + metrics.leading();
     return {width + slack, lineHeight * double(lines.size())};
 }
@@ -90,6 +107,7 @@ NodeEditorOverlay::NodeEditorOverlay(QWidget* parent)
     m_field->setAutoFillBackground(false);
     m_field->installEventFilter(this);
     connect(m_field, &QPlainTextEdit::textChanged, this, &NodeEditorOverlay::fieldTextChanged);
+    new ColourEmojiHighlighter(m_field->document());
     hide();
 }
 

@@ -1,6 +1,7 @@
 #include "TextBitmapCache.h"
 
 #include "TreeLayout.h"
+#include "look/EmojiText.h"
 #include "look/Look.h"
 
 #include "core/PerformanceLog.h"
@@ -104,7 +105,7 @@ std::optional<TextBitmapCache::Bitmap> TextBitmapCache::render(const TextBitmapK
     for (QString& line : lines) {
         if (line.isEmpty())
             line = QStringLiteral(" ");
-        maxW = std::max(maxW, metrics.horizontalAdvance(line));
+        maxW = std::max(maxW, EmojiText::horizontalAdvance(metrics, font, line));
     }
     const double ascent = metrics.ascent();
     const double lw = std::ceil(maxW) + 4;
@@ -130,10 +131,9 @@ std::optional<TextBitmapCache::Bitmap> TextBitmapCache::render(const TextBitmapK
         QPainter painter(&image);
         painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
         painter.scale(r, r);
-        painter.setFont(font);
         painter.setPen(Look::ink(isDark));
         for (qsizetype i = 0; i < lines.size(); ++i)
-            painter.drawText(QPointF(2, ascent + lh * double(i)), lines[i]);
+            EmojiText::drawLine(painter, QPointF(2, ascent + lh * double(i)), font, lines[i]);
     }
     return Bitmap{std::move(image), QSizeF(lw, hh)};
 }

@@ -1,5 +1,7 @@
 #include "TreeLayout.h"
 
+#include "look/EmojiText.h"
+
 #include "core/PerformanceLog.h"
 #include "core/SermonNode.h"
 
@@ -21,22 +23,25 @@ constexpr QChar lineSeparator(0x2028);
 
 // Metrics for one depth class, made once per layout run rather than once per node.
 struct DepthMetrics {
+    QFont font;
     QFontMetricsF metrics;
     double lineHeight;
     explicit DepthMetrics(int depth)
-        : metrics(nodeFont(depth))
+        : font(nodeFont(depth))
+        , metrics(font)
         , lineHeight(TreeLayout::lineHeight(metrics))
     {
     }
 };
 
 // The widest line's width, rounded up, and the number of lines.
-TextExtent measureText(const QFontMetricsF& metrics, const QString& text)
+TextExtent measureText(const DepthMetrics& m, const QString& text)
 {
     TextExtent extent;
     auto measureLine = [&](const QString& line) {
         ++extent.lines;
-        const double w = std::ceil(metrics.horizontalAdvance(line.isEmpty() ? QStringLiteral(" ") : line));
+        const double w =
+            std::ceil(EmojiText::horizontalAdvance(m.metrics, m.font, line.isEmpty() ? QStringLiteral(" ") : line));
         extent.width = std::max(extent.width, w);
     };
     qsizetype start = 0;
@@ -113,7 +118,7 @@ double lineHeight(const QFontMetricsF& metrics)
 QSizeF measureNode(const QString& text, int depth, bool isLeaf)
 {
     const DepthMetrics m(depth);
-    return nodeSize(m, measureText(m.metrics, text), isLeaf);
+    return nodeSize(m, measureText(m, text), isLeaf);
 }
 
 void MeasureCache::clear()
@@ -156,8 +161,8 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
             const int depthClass = std::clamp(node.depth(), 0, 2);
             const DepthMetrics& m = metrics[size_t(depthClass)];
             const TextExtent extent = cache
-                ? cache->extent(depthClass, node.text(), [&] { return measureText(m.metrics, node.text()); })
-                : measureText(m.metrics, node.text());
+                ? cache->extent(depthClass, node.text(), [&] { return measureText(m, node.text()); })
+                : measureText(m, node.text());
             return nodeSize(m, extent, !node.hasChildren());
         };
 

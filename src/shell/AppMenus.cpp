@@ -9,6 +9,7 @@
 #include "UpdateService.h"
 #include "WindowSupervisor.h"
 #include "documents/OpenDocument.h"
+#include "map/MapContextMenu.h"
 
 #include "core/UndoManager.h"
 #include "delivery/DeliveryView.h"
@@ -211,6 +212,7 @@ void AppMenus::buildEditMenu(QMenuBar* bar)
         }
         if (item.command == NodeCommand::markSubmenu) {
             m_markMenu = edit->addMenu(item.label);
+            MapContextMenu::showEmojiInColour(*m_markMenu);
             for (const NodeCommands::MarkEntry& entry : NodeCommands::markEntries()) {
                 if (entry.separatorBefore)
                     m_markMenu->addSeparator();
@@ -259,6 +261,8 @@ void AppMenus::buildViewMenu(QMenuBar* bar)
         if (auto zoom = commands().zoom; zoom && zoom->zoomOut)
             zoom->zoomOut();
     });
+    m_zoomIn->setShortcuts(ZoomFunctions::zoomInKeys());
+    m_zoomOut->setShortcuts(ZoomFunctions::zoomOutKeys());
     m_actualSize = add(view, QStringLiteral("Actual Size"), QKeySequence(Qt::CTRL | Qt::Key_0), [this] {
         if (auto zoom = commands().zoom; zoom && zoom->reset)
             zoom->reset();

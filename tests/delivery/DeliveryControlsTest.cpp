@@ -1,8 +1,10 @@
 #include "DeliveryTestSupport.h"
+#include "MarkerColours.h"
 
 #include "delivery/DeliveryAppearance.h"
 #include "delivery/DeliveryCanvasState.h"
 #include "delivery/DeliveryCounterBlock.h"
+#include "delivery/DeliveryText.h"
 #include "delivery/DeliveryTimelineRuler.h"
 #include "delivery/DeliveryTimer.h"
 
@@ -13,6 +15,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QRegion>
 
 namespace {
@@ -225,22 +228,36 @@ TEST_F(DeliveryControlsTest, SnapLandsOnPixelCentresInsideTheRuler)
     EXPECT_DOUBLE_EQ(DeliveryTimelineRuler::snap(900, 1.2, 900, 2), 899.4);
 }
 
+TEST_F(DeliveryControlsTest, PageTextKeepsTheMarkersColours)
+{
+    for (const MarkerColour& m : markerColours()) {
+        const QFont font = DeliveryText::makeFont(15, QFont::Normal);
+        QImage image(QSize(40, 40), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        DeliveryText::draw(painter, m.marker, font, Qt::black, QPointF(4, 4), 36);
+        painter.end();
+        const QColor c = meanCoverColour(image, image.rect());
+        EXPECT_TRUE(c.isValid() && m.matches(c)) << m.name << ": " << c.name().toStdString();
+    }
+}
+
 TEST_F(DeliveryControlsTest, LabelsShortenWithoutTrailingSpace)
 {
     const QFont font = QGuiApplication::font();
     const QFontMetricsF metrics(font);
     const QString text = QStringLiteral("Come and see");
-    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, metrics, metrics.horizontalAdvance(text)), text);
+    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, font, metrics.horizontalAdvance(text)), text);
 
     // Room for "Come…" but not for "Come a…": the space before "and" must not survive.
     const QString come = QStringLiteral("Come") + QChar(0x2026);
     const double room = metrics.horizontalAdvance(come) + 0.5;
     ASSERT_LT(room, metrics.horizontalAdvance(QStringLiteral("Come a") + QChar(0x2026)));
-    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, metrics, room), come);
+    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, font, room), come);
 
     const QString single = QStringLiteral("C") + QChar(0x2026);
-    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, metrics, metrics.horizontalAdvance(single)), single);
-    EXPECT_TRUE(DeliveryTimelineRuler::shortenedLabel(text, metrics, 1).isEmpty());
+    EXPECT_EQ(DeliveryTimelineRuler::shortenedLabel(text, font, metrics.horizontalAdvance(single)), single);
+    EXPECT_TRUE(DeliveryTimelineRuler::shortenedLabel(text, font, 1).isEmpty());
 }
 
 TEST_F(DeliveryControlsTest, HeadingStopsAndNextHeadings)

@@ -123,16 +123,34 @@ TEST_F(Search, ALineDeletedDuringSearchIsNotRestored)
 
 TEST_F(Search, HighlightMarksEveryOccurrenceAndTheCurrentMatch)
 {
-    node("Close")->setText("Oh no, NO, nO");
+    const SermonNodePtr close = node("Close");
+    close->setText("Oh no, NO, nO");
     controller->setSearchQuery("no");
-    const auto mark = controller->highlight(id("Oh no, NO, nO"));
+    const auto mark = controller->highlight(close->id());
     ASSERT_TRUE(mark);
     EXPECT_TRUE(mark->isCurrent);
     EXPECT_EQ(mark->ranges, (std::vector<std::pair<int, int>>{{3, 5}, {7, 9}, {11, 13}}));
     EXPECT_FALSE(controller->highlight(id("Opening")));
 
+    // Occurrences don't overlap, and are offsets in the text as it stands, even behind a letter
+    // that lower-cases to two.
+    struct Row {
+        const char* text;
+        const char* query;
+        std::vector<std::pair<int, int>> ranges;
+    };
+    for (const Row& row : {Row{"aaaa", "aa", {{0, 2}, {2, 4}}}, Row{"aaa", "aa", {{0, 2}}},
+                           Row{"\u0130stanbul \u0130STANBUL", "stan", {{1, 5}, {10, 14}}}}) {
+        controller->setSearchQuery(QString());
+        close->setText(QString::fromUtf8(row.text));
+        controller->setSearchQuery(QString::fromUtf8(row.query));
+        const auto rowMark = controller->highlight(*close);
+        ASSERT_TRUE(rowMark) << row.text;
+        EXPECT_EQ(rowMark->ranges, row.ranges) << row.text;
+    }
+
     controller->endSearch();
-    EXPECT_FALSE(controller->highlight(id("Oh no, NO, nO")));
+    EXPECT_FALSE(controller->highlight(close->id()));
 }
 
 TEST_F(Search, SavedFlagsAreThoseAtTheMomentOfSaving)

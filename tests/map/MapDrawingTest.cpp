@@ -4,6 +4,10 @@
 #include "map/MapLayoutState.h"
 #include "map/MapPalette.h"
 #include "map/TextBitmapCache.h"
+#include "map/TreeLayout.h"
+
+#include "core/SermonDocument.h"
+#include "editing/DocumentController.h"
 
 #include <QPainter>
 
@@ -36,8 +40,8 @@ struct Picture {
     }
     const NodeLayout& at(const SermonNodePtr& node) const { return tables.cachedLayouts.at(node->id()); }
 
-    // Whether anything was painted in a pixel (or the one above it: a 1-point line on a whole
-    // coordinate covers two rows at half strength).
+    // Whether anything was painted in a pixel or the one above it (a line on a whole coordinate
+    // takes the pixel row below it).
     bool inked(double x, double y) const
     {
         for (int dy : {-1, 0}) {
@@ -129,6 +133,21 @@ TEST(MapDrawing, FoldButtonSignIsMonospacedElevenMedium)
     }
 }
 
+TEST(MapDrawing, FoldButtonsLieOverTheSelectionRing)
+{
+    auto root = SermonNode::make(QStringLiteral("Main idea"), 0);
+    root->addChild(QStringLiteral("Presence"));
+    Picture p(root);
+    p.state.selectedNodeID = root->id();
+    p.draw();
+    // The ring runs 2 outside the frame, through the button's face below its sign.
+    const NodeLayout& l = p.at(root);
+    const QColor face = p.image.pixelColor(int(l.maxX() + 2), int(l.midY() + 4));
+    const QColor accent = MapPalette::forAppearance(false).accent;
+    EXPECT_GT(std::abs(face.blue() - accent.blue()) + std::abs(face.red() - accent.red()), 100)
+        << face.name().toStdString();
+}
+
 TEST(MapDrawing, NodeUnderEditIsLeftOutButItsConnectionStays)
 {
     auto root = SermonNode::make(QStringLiteral("Opening"), 0);
@@ -191,51 +210,111 @@ TEST(MapDrawing, CullsBeyondTheMarginOfFiftyPoints)
     }
 }
 
-TEST(MapDrawing, SearchHighlightCountsEmptyLines)
+TEST(MapDrawing, SearchHighlightStartsAtTheMatchedLetters)
 {
-    auto root = SermonNode::make(QStringLiteral("Root"), 0);
-    auto node = root->addChild(QStringLiteral("one") + QChar(0x2028) + QChar(0x2028) + QStringLiteral("target"));
-    Picture p(root);
-    p.state.isSearching = true;
-    p.state.searchQuery = QStringLiteral("TARGET");
-    p.state.searchMatches = {node->id()};
-    p.state.searchMatchSet = {node->id()};
-    p.draw();
-
-    const NodeLayout& l = p.at(node);
-    const double lineHeight = (l.size.height() - 6) / 3;
-    auto orangeIn = [&](int line) {
-        const int y0 = int(l.origin.y() + 3 + lineHeight * line + 2);
-        for (int y = y0; y < int(y0 + lineHeight - 4); ++y)
-            for (int x = int(l.origin.x() + 16); x < int(l.origin.x() + 40); ++x) {
-                const QColor c = p.image.pixelColor(x, y);
-                if (c.red() - c.blue() > 80 && c.green() > c.blue())
-                    return true;
-            }
-        return false;
+    // The marks are the controller's, drawn where the matched letters stand in the face the
+    // line is drawn in: on the right line, behind a letter that lower-cases to two, in italics.
+    struct Row {
+        const char* what;
+        QString text, query;
+        bool isQuote;
+        int line;
+        QString prefix; // the line's letters before the match
     };
-    EXPECT_FALSE(orangeIn(0));
-    EXPECT_FALSE(orangeIn(1));
-    EXPECT_TRUE(orangeIn(2));
+    const QChar br(0x2028);
+    const std::vector<Row> rows{
+        {"empty line counted", QStringLiteral("one") + br + br + QStringLiteral("target"), QStringLiteral("TARGET"),
+         false, 2, QString()},
+        {"dotted capital", QStringLiteral("\u0130stanbul"), QStringLiteral("stan"), false, 0, QStringLiteral("\u0130")},
+        {"italic quote", QStringLiteral("Whatever you did for one of the least of these"), QStringLiteral("least"),
+         true, 0, QStringLiteral("Whatever you did for one of the ")},
+    };
+    for (const Row& row : rows) {
+        auto root = SermonNode::make(QStringLiteral("Root"), 0);
+        auto node = root->addChild(row.text);
+        node->setQuote(row.isQuote);
+        SermonDocument document(root, {});
+        DocumentController controller(&document, nullptr);
+        controller.beginSearch();
+        controller.setSearchQuery(row.query);
+        Picture p(root);
+        p.state.isSearching = true;
+        p.state.searchHighlight = [&](const SermonNode& n) { return controller.highlight(n); };
+        p.draw();
+
+        const NodeLayout& l = p.at(node);
+        const QFont font = TreeLayout::mapFont(TreeLayout::nodeFontSize(1), TreeLayout::nodeFontWeight(1), row.isQuote);
+        const double lineHeight = TreeLayout::lineHeight(QFontMetricsF(TreeLayout::nodeFont(1)));
+        const double expected = l.origin.x() + 16 + std::ceil(QFontMetricsF(font).horizontalAdvance(row.prefix)) - 1;
+        const int y = int(l.origin.y() + 3 + lineHeight * row.line + lineHeight * 0.5);
+        int first = -1;
+        for (int x = int(l.origin.x()) + 4; x < int(l.maxX()) && first < 0; ++x) { // past a quote's bar
+            const QColor c = p.image.pixelColor(x, y);
+            if (c.red() - c.blue() > 60 && c.green() > c.blue() + 20)
+                first = x;
+        }
+        EXPECT_NEAR(first, expected, 1.0) << row.what;
+    }
 }
 
-TEST(MapDrawing, MatchRangesAreCaseInsensitiveAndDisjoint)
+TEST(MapDrawing, ThinStrokesCoverWholeDevicePixels)
 {
-    using Ranges = std::vector<std::pair<qsizetype, qsizetype>>;
+    // A line of one point is one device pixel at 100%, two on a double-density screen, and
+    // whole pixels at any zoom: never two rows at half strength.
     struct Row {
-        QString text, query;
-        Ranges ranges;
+        double scale, ratio;
     };
-    const std::vector<Row> rows{
-        {QStringLiteral("Romans 8"), QStringLiteral("ROM"), {{0, 3}}},
-        {QStringLiteral("aaaa"), QStringLiteral("aa"), {{0, 2}, {2, 4}}},
-        {QStringLiteral("aaa"), QStringLiteral("aa"), {{0, 2}}},
-        {QStringLiteral("grace upon Grace"), QStringLiteral("grace"), {{0, 5}, {11, 16}}},
-        {QStringLiteral("grace"), QString(), {}},
-        {QStringLiteral("grace"), QStringLiteral("mercy"), {}},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(MapDrawing::matchRanges(row.text, row.query), row.ranges) << row.text.toStdString();
+    auto root = SermonNode::make(QStringLiteral("Main idea"), 0);
+    auto branch = root->addChild(QStringLiteral("What he promised"));
+    auto leaf = branch->addChild(QStringLiteral("Presence"));
+    for (const char* text : {"Provision", "Peace"})
+        branch->addChild(QString::fromLatin1(text));
+    root->addChild(QStringLiteral("Why it holds"))->addChild(QStringLiteral("Faithfulness"));
+    for (const Row& row : {Row{1.0, 1}, Row{1.0, 2}, Row{1.5, 1}, Row{2.0, 1}, Row{0.8, 1}, Row{1.2, 2}}) {
+        Picture p(root);
+        p.state.scale = row.scale;
+        p.state.panOffset = QPointF(0.3, 0.3); // off the grid on purpose
+        p.image = QImage((QSizeF(900, 500) * row.ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+        p.image.setDevicePixelRatio(row.ratio);
+        p.draw();
+        const double k = row.scale * row.ratio;
+        const int expected = std::max(1, int(std::lround(k)));
+        auto device = [&](QPointF canvas) { return (canvas * row.scale + p.state.panOffset) * row.ratio; };
+        // Device pixels on a short run across a stroke, from `at` along `step`, darker than a
+        // level that a stroke at half strength still passes, and a fill behind it doesn't.
+        auto across = [&](QPointF at, QPoint step, int level) {
+            int count = 0;
+            for (int i = -4; i <= 4; ++i)
+                count += p.image.pixelColor(at.toPoint() + step * i).red() < level;
+            return count;
+        };
+        const NodeLayout& u = p.at(leaf);
+        const QPointF underline = device(QPointF(u.origin.x() + 30, u.maxY() - 2));
+        EXPECT_EQ(across(underline, QPoint(0, 1), 250), expected) << "underline at " << row.scale << " x" << row.ratio;
+        const NodeLayout& r = p.at(root);
+        const QPointF top = device(QPointF(r.origin.x() + 40, r.origin.y()));
+        // The title's outline is two points wide.
+        EXPECT_EQ(across(top, QPoint(0, 1), 235), std::max(1, int(std::lround(2 * k))))
+            << "outline at " << row.scale << " x" << row.ratio;
+        const NodeLayout& b = p.at(branch);
+        const QPointF trunk = device(QPointF((r.maxX() + b.origin.x()) * 0.5, (r.midY() + b.midY()) * 0.5));
+        EXPECT_EQ(across(trunk, QPoint(1, 0), 250), expected) << "connector at " << row.scale << " x" << row.ratio;
+    }
+}
+
+TEST(MapDrawing, MarkersKeepTheirColours)
+{
+    ensureApplication();
+    for (const bool dark : {false, true}) {
+        for (const MarkerColour& m : markerColours()) {
+            const auto b = TextBitmapCache::render({m.marker, 14, double(QFont::Medium), false}, 1.0, dark);
+            ASSERT_TRUE(b) << m.name;
+            const QColor c = meanCoverColour(b->image, b->image.rect());
+            EXPECT_TRUE(c.isValid() && m.matches(c))
+                << m.name << (dark ? " dark: " : " light: ") << c.name().toStdString() << " h=" << c.hsvHue()
+                << " s=" << c.hsvSaturation() << " v=" << c.value();
+        }
+    }
 }
 
 TEST(MapDrawing, TimeBadgeRoundsMinutesUp)

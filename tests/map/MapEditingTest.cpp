@@ -160,6 +160,21 @@ TEST_F(MapEditingTest, EscapeKeepsTheStoredTextOfAnExistingLine)
 }
 
 // The field's first glyph stands where the map draws the node's text, at any zoom.
+TEST_F(MapEditingTest, TheEditorShowsAMarkerInItsColour)
+{
+    const MarkerColour orange = markerColours()[1];
+    root()->setText(orange.marker + QStringLiteral(" Title"));
+    canvas.onTreeMutated();
+    key(Qt::Key_Space);
+    ASSERT_TRUE(editor().isOpen());
+    const QImage picture = canvas.grab().toImage();
+    // The start of the line, about one emoji wide.
+    const QRect line(field().mapTo(&canvas, QPoint(0, 0)), field().size());
+    const QRect marker(line.topLeft(), QSize(line.height() * 6 / 5, line.height()));
+    const QColor c = meanCoverColour(picture, marker, canvas.palette().color(QPalette::Window));
+    EXPECT_TRUE(c.isValid() && orange.matches(c)) << c.name().toStdString();
+}
+
 TEST_F(MapEditingTest, TheEditorLiesOverTheNodeTextAtZoomOneAndTwo)
 {
     root()->addChild(QStringLiteral("A line to edit"));

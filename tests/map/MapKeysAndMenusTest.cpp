@@ -109,6 +109,21 @@ TEST_F(MapKeysAndMenusTest, TheMarkSubmenuSetsAMarker)
             marks = action->menu();
     ASSERT_TRUE(marks);
     ASSERT_EQ(marks->actions().size(), 11); // nine markers, a separator, the removal
+
+    // Each marker shows its colour in the menu. Black and white stand too close to a menu's
+    // own text and face to tell apart there; the map's drawing checks those.
+    marks->adjustSize();
+    const QImage picture = marks->grab().toImage();
+    const QColor face = marks->palette().color(QPalette::Window);
+    const auto colours = markerColours();
+    for (size_t i = 0; i < 7; ++i) {
+        QAction* action = marks->actions().at(qsizetype(i));
+        ASSERT_EQ(action->text(), colours[i].marker);
+        const QRect entry = marks->actionGeometry(action);
+        const QColor c = meanCoverColour(picture, entry.adjusted(0, 0, -entry.width() / 2, 0), face);
+        EXPECT_TRUE(c.isValid() && colours[i].matches(c)) << colours[i].name << ": " << c.name().toStdString();
+    }
+
     marks->actions().at(3)->trigger();
     EXPECT_TRUE(child(1)->text().startsWith(QStringLiteral("\U0001F7E2")));
 }
@@ -141,6 +156,20 @@ TEST_F(MapKeysAndMenusTest, CtrlFOpensSearchWhichUnfoldsMatchesAndFoldsThemBack)
     EXPECT_FALSE(controller().isSearching());
     EXPECT_TRUE(child(0)->isCollapsed());
     EXPECT_TRUE(canvas.hasFocus());
+}
+
+TEST_F(MapKeysAndMenusTest, TheCurrentMatchIsRevealedClearOfTheSearchBar)
+{
+    canvas.openSearch();
+    SearchBarOverlay& bar = *canvas.searchBar();
+    const NodeLayout line = *canvas.layoutState().layout(child(1)->id());
+    // Its top a little below the view's top edge: in view but for the bar.
+    canvas.viewport().setPanOffset(QPointF(0, 20 - line.origin.y()));
+    bar.field()->setText(QStringLiteral("separate")); // at once: each letter would reveal another match
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !canvas.viewport().isAnimating(); }, 5000));
+    const double top = line.origin.y() * canvas.viewport().scale() + canvas.viewport().panOffset().y();
+    EXPECT_GE(top, bar.geometry().bottom());
+    EXPECT_LE(line.maxY() * canvas.viewport().scale() + canvas.viewport().panOffset().y(), canvas.height());
 }
 
 TEST_F(MapKeysAndMenusTest, SearchBarSymbolsFollowASwitchOfTheme)

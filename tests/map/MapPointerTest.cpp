@@ -124,6 +124,33 @@ TEST_F(MapPointerTest, TwoClicksOpenTheEditorOnlyWithinTheInterval)
     }
 }
 
+TEST_F(MapPointerTest, AClickMovesNoNodeFromUnderThePointerBeforeADoubleClickCould)
+{
+    // A long line cut off at the right edge and at the bottom.
+    const SermonNodePtr line = node("Three");
+    line->setText(QStringLiteral("Three ") + QString(160, QLatin1Char('w')));
+    canvas.recomputeLayout();
+    const NodeLayout& three = *canvas.layoutState().layout(line->id());
+    canvas.viewport().setPanOffset(QPointF(0, 695 - three.midY()));
+    const QPointF pan = canvas.viewport().panOffset();
+    ASSERT_GT(toView(QPointF(three.maxX(), 0)).x(), canvas.width());
+    const QPointF at(toView(three.origin).x() + 40, 690);
+
+    now = 0;
+    click(at);
+    EXPECT_EQ(controller().selectedNodeID(), line->id());
+    EXPECT_EQ(canvas.viewport().panOffset(), pan);
+    EXPECT_FALSE(canvas.viewport().isAnimating());
+    now = 0.3;
+    click(at);
+    EXPECT_EQ(controller().editingNodeID(), line->id());
+
+    // Afterwards it comes up from the bottom, and doesn't jump sideways.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return canvas.viewport().panOffset().y() < pan.y(); }, 5000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !canvas.viewport().isAnimating(); }, 5000));
+    EXPECT_EQ(canvas.viewport().panOffset().x(), pan.x());
+}
+
 TEST_F(MapPointerTest, ClickingEmptySpaceTwiceOpensNothingAndClearsTheSelection)
 {
     click(centre("One"));
@@ -330,6 +357,46 @@ TEST_F(MapPointerTest, DroppingOnANodesLowerHalfPutsItAfterThatNode)
     const NodeLayout& one = layout("One");
     drag(centre("Story"), toView(QPointF(one.origin.x() + 2, one.midY() - 1)));
     EXPECT_EQ(children("Middle"), (QStringList{"Story", "One", "Two"}));
+}
+
+TEST_F(MapPointerTest, TheDropIndicatorShowsWhereTheNodeLands)
+{
+    // Under Middle: One, Two, Three. The node lands right behind the child the indicator
+    // stands under (first when none), also when dragged down within its own parent.
+    struct Row {
+        std::vector<const char*> moving; // the last is grabbed
+        const char* over;
+        bool lowerHalf;
+    };
+    const std::vector<Row> rows{
+        {{"One"}, "Two", false},  {{"One"}, "Two", true},  {{"One"}, "Three", false}, {{"One"}, "Three", true},
+        {{"Three"}, "One", true}, {{"Two"}, "One", false}, {{"Story"}, "Two", true},  {{"One", "Two"}, "Three", true},
+    };
+    for (const Row& row : rows) {
+        const QString grabbed = QString::fromLatin1(row.moving.back());
+        click(centre(QString::fromLatin1(row.moving.front())));
+        for (size_t i = 1; i < row.moving.size(); ++i)
+            click(centre(QString::fromLatin1(row.moving[i])), Qt::ShiftModifier);
+        const NodeLayout& over = layout(QString::fromLatin1(row.over));
+        const QPointF to = toView(QPointF(over.origin.x() + 2, over.midY() + (row.lowerHalf ? 1 : -1)));
+        const QPointF from = centre(grabbed);
+        send(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        send(QEvent::MouseMove, (from + to) / 2, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        send(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        const auto target = canvas.drawState().dropTarget;
+        ASSERT_TRUE(target) << row.over;
+        const auto& siblings = document.root()->find(target->parentID)->children();
+        const QString shownAfter =
+            target->landingIndex > 0 ? siblings.at(size_t(target->landingIndex - 1))->text() : QString();
+        send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+
+        const SermonNodePtr parent = document.root()->find(target->parentID);
+        const int landed = parent->indexOfChild(id(grabbed));
+        const int first = int(row.moving.size()) - 1;
+        EXPECT_EQ(landed - first, shownAfter.isEmpty() ? 0 : parent->indexOfChild(id(shownAfter)) + 1)
+            << row.moving.front() << " over " << row.over << (row.lowerHalf ? " lower" : " upper");
+        document.undo();
+    }
 }
 
 TEST_F(MapPointerTest, DraggingPartOfAMultipleSelectionMovesTheWholeSelection)

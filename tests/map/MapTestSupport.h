@@ -13,3 +13,5 @@ inline void ensureApplication()
     static QApplication* app = new QApplication(argc, argv);
     (void)app;
 }
+
+#include "MarkerColours.h"

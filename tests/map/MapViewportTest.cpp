@@ -144,6 +144,8 @@ TEST(MapViewport, RevealBringsANodeBackAtTheSideItLeft)
         const char* name;
         QRectF frame;
         std::optional<QPointF> target; // none: no motion at all
+        QRectF topCover = {}; // the find bar
+        bool keepColumn = false; // after a click
     };
     // View 800 × 600 at scale 1, pan (0, 0).
     const std::vector<Row> rows{
@@ -152,13 +154,20 @@ TEST(MapViewport, RevealBringsANodeBackAtTheSideItLeft)
         {"past the right edge", {700, 100, 200, 30}, QPointF(-690, 0)},
         {"above", {100, -100, 200, 30}, QPointF(0, 150 - (-100 + 15))},
         {"below", {100, 595, 200, 30}, QPointF(0, 450 - (595 + 15))},
+        {"under the bar", {100, 40, 200, 30}, QPointF(0, 50 + 550 * 0.25 - (40 + 15)), {250, 0, 300, 50}},
+        {"just below the bar", {100, 61, 200, 30}, std::nullopt, {250, 0, 300, 50}},
+        {"beside the bar", {100, 40, 200, 30}, std::nullopt, {350, 0, 300, 50}},
+        {"clicked past the right edge", {700, 100, 200, 30}, std::nullopt, {}, true},
+        {"clicked past the right edge and the bottom", {700, 595, 200, 30}, QPointF(0, 450 - (595 + 15)), {}, true},
+        {"clicked but wholly left of the view", {-300, 100, 200, 30}, QPointF(310, 0), {}, true},
     };
     for (const Row& row : rows) {
         SteppedViewport v({800, 600}, {-1000, -1000, 5000, 5000});
         NodeLayout layout;
         layout.origin = row.frame.topLeft();
         layout.size = row.frame.size();
-        v.viewport.reveal(layout);
+        v.viewport.setTopCover(row.topCover);
+        v.viewport.reveal(layout, row.keepColumn);
         EXPECT_EQ(v.viewport.isAnimating(), row.target.has_value()) << row.name;
         v.finish();
         EXPECT_EQ(v.viewport.panOffset(), row.target.value_or(QPointF(0, 0))) << row.name;

@@ -333,6 +333,25 @@ TEST_F(MenuRulesTest, ALineStillInTheEditorIsInTheFileAfterSaveDeliveryAndClose)
     EXPECT_TRUE(fileText().contains(QStringLiteral("Kept on close"))) << fileText().toStdString();
 }
 
+TEST_F(MenuRulesTest, ZoomKeysTakeEitherPlusAndEitherMinus)
+{
+    struct Row {
+        Qt::Key key;
+        Qt::KeyboardModifiers mods;
+        double scale;
+    };
+    const Qt::KeyboardModifiers ctrl = Qt::ControlModifier, keypad = Qt::ControlModifier | Qt::KeypadModifier;
+    QApplication::setActiveWindow(window);
+    MindMapCanvas* map = window->canvas();
+    map->setFocus();
+    for (const Row& row : {Row{Qt::Key_Equal, ctrl, 1.2}, Row{Qt::Key_Plus, ctrl, 1.5}, Row{Qt::Key_Plus, keypad, 2.0},
+                           Row{Qt::Key_Minus, ctrl, 1.5}, Row{Qt::Key_Minus, keypad, 1.2}}) {
+        QTest::keyClick(map, row.key, row.mods);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return map->viewport().scale() == row.scale; }, 2000))
+            << QKeySequence(QKeyCombination(row.mods, row.key)).toString().toStdString();
+    }
+}
+
 TEST_F(MenuRulesTest, FocusModeEditsAreTheWindowsStepsAndLeavingGivesTheKeyboardBack)
 {
     ContentView* content = window->contentView();
