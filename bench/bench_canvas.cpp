@@ -74,7 +74,6 @@ struct CanvasFixture {
     PaintCounter paints;
     NodeID leaf;
 
-
     explicit CanvasFixture(int lines)
     {
         ensureApplication();
