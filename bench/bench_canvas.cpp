@@ -195,6 +195,33 @@ void BM_TypeCharacter(benchmark::State& state)
 }
 BENCHMARK(BM_TypeCharacter)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
+// One character typed at the end of a very long line (the argument is its length in characters)
+// in a short sermon: the editor grows to fit what was typed.
+void BM_TypeCharacterInLongLine(benchmark::State& state)
+{
+    ensureApplication();
+    SermonDocument document(generateSermon(300));
+    const auto nodes = document.root()->flattened();
+    QString text;
+    for (size_t i = 0; text.size() < state.range(0); i = (i + 1) % nodes.size())
+        text += nodes[i]->text() + QLatin1Char(' ');
+    text.truncate(qsizetype(state.range(0)));
+    const NodeID line = nodes.back()->id();
+    nodes.back()->setText(text);
+    MindMapCanvas canvas(&document);
+    canvas.resize(viewSize);
+    canvas.show();
+    QCoreApplication::processEvents();
+    canvas.controller()->startSession(line, false);
+    nextFrame();
+    for (auto _ : state) {
+        press(canvas.editorOverlay()->field(), Qt::Key_A, Qt::NoModifier, QStringLiteral("a"));
+        nextFrame();
+    }
+    state.counters["characters"] = double(canvas.controller()->editingText().size());
+}
+BENCHMARK(BM_TypeCharacterInLongLine)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
+
 // Return on a selected line: an undo step, a new line below, the relayout and its editor.
 void BM_Return(benchmark::State& state)
 {

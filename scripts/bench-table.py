@@ -4,7 +4,7 @@ and how it grows from 5,000 to 100,000 lines (log(t100k / t5k) / log 20: 1 is li
 
     scripts/bench-table.py [--min-time S] [--repetitions N] [--filter REGEX] [--json FILE] PROGRAM...
 
-With repetitions the median of the runs is shown. Counters that are not rates (nodes, bytes a node,
+With repetitions the median of the runs is shown. --cpu shows the main thread's processor time. Counters that are not rates (nodes, bytes a node,
 megabytes held) follow the time at each size in a second table.
 """
 import argparse
@@ -30,9 +30,12 @@ def run(program, args):
     return json.loads(out)
 
 
+CLOCK = "real_time"
+
+
 def to_ms(entry):
     scale = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}[entry.get("time_unit", "ns")]
-    return entry["real_time"] * scale
+    return entry[CLOCK] * scale
 
 
 def collect(report, repetitions, rows, memory):
@@ -80,8 +83,12 @@ def main():
     parser.add_argument("--repetitions", type=int, default=1)
     parser.add_argument("--filter", default="")
     parser.add_argument("--json", help="also write the collected figures here")
+    parser.add_argument("--cpu", action="store_true",
+                        help="the main thread's processor time instead of the wall clock (steadier on a busy machine)")
     parser.add_argument("programs", nargs="+")
     args = parser.parse_args()
+    global CLOCK
+    CLOCK = "cpu_time" if args.cpu else "real_time"
 
     rows, memory = OrderedDict(), OrderedDict()
     for program in args.programs:
