@@ -20,9 +20,9 @@ test: deps
 	@cmake --build --preset test -j $(JOBS)
 	ctest --preset test -j $(JOBS)
 
+# Every benchmark at 300 to 100,000 lines, as one table with each one's growth.
 bench: build
-	@for b in build/release/bench/bench_*; do [ -f "$$b" ] && [ -x "$$b" ] || continue; \
-		echo "== $$b"; $$b --benchmark_min_time=0.2 || exit 1; done
+	@scripts/bench-table.py --min-time 0.2 build/release/bench/bench_*
 
 FUZZ_SECONDS ?= 60
 fuzz: deps

@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+#include <benchmark/benchmark.h>
+
 #include <random>
 
 // Builds a realistic sermon of about `lines` nodes: main points with sub-points, spoken lines
@@ -48,4 +50,11 @@ inline SermonNodePtr generateSermon(int lines, unsigned seed = 7)
         }
     }
     return root;
+}
+
+// The sizes every benchmark runs at: a sermon, a long series, a year of them, a book.
+inline void sermonSizes(benchmark::internal::Benchmark* b)
+{
+    for (int lines : {300, 5000, 20000, 100000})
+        b->Arg(lines);
 }

@@ -7,6 +7,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <malloc.h>
+
+#include <random>
+
 namespace {
 
 QString sermonText(int lines)
@@ -22,7 +26,7 @@ void BM_ReadSermon(benchmark::State& state)
         benchmark::DoNotOptimize(MarkdownCodec::parseBody(split.body));
     }
 }
-BENCHMARK(BM_ReadSermon)->Arg(300)->Arg(5000)->Arg(20000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReadSermon)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
 void BM_WriteSermon(benchmark::State& state)
 {
@@ -33,15 +37,46 @@ void BM_WriteSermon(benchmark::State& state)
     for (auto _ : state)
         benchmark::DoNotOptimize(MarkdownCodec::serialize(metadata, *root));
 }
-BENCHMARK(BM_WriteSermon)->Arg(300)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_WriteSermon)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
+// Bytes in use on the heap, for what a history holds.
+size_t heapInUse()
+{
+    return mallinfo2().uordblks;
+}
+
+// One undo step as an edit takes it, after one line's text changed, and the memory that a full
+// history of such steps holds: the counters are bytes a node for one step, and megabytes for all.
 void BM_CaptureUndo(benchmark::State& state)
 {
-    SermonDocument document(generateSermon(int(state.range(0))));
-    for (auto _ : state)
+    const int lines = int(state.range(0));
+    SermonDocument document(generateSermon(lines));
+    const auto nodes = document.root()->flattened();
+    std::mt19937 random(11);
+    auto editOneLine = [&] {
+        const auto& node = nodes[std::uniform_int_distribution<size_t>(0, nodes.size() - 1)(random)];
+        node->setText(node->text() + QLatin1Char('.'));
+    };
+    for (auto _ : state) {
+        state.PauseTiming();
+        editOneLine();
+        state.ResumeTiming();
         document.captureUndo(std::nullopt);
+    }
+
+    SermonDocument history(generateSermon(lines));
+    const auto historyNodes = history.root()->flattened();
+    const size_t before = heapInUse();
+    for (int step = 0; step < SermonDocument::undoLimit; ++step) {
+        const auto& node = historyNodes[std::uniform_int_distribution<size_t>(0, historyNodes.size() - 1)(random)];
+        node->setText(node->text() + QLatin1Char('.'));
+        history.captureUndo(std::nullopt);
+    }
+    const double held = double(heapInUse() - before);
+    state.counters["bytesPerNode"] = held / SermonDocument::undoLimit / double(historyNodes.size());
+    state.counters["historyMB"] = held / 1e6;
 }
-BENCHMARK(BM_CaptureUndo)->Arg(300)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CaptureUndo)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
 void BM_NodeWordFractions(benchmark::State& state)
 {
@@ -56,6 +91,6 @@ void BM_NodeWordFractions(benchmark::State& state)
     for (auto _ : state)
         benchmark::DoNotOptimize(WordCount::nodeWordFractions(*root));
 }
-BENCHMARK(BM_NodeWordFractions)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_NodeWordFractions)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
 } // namespace

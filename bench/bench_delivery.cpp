@@ -142,12 +142,6 @@ DeliveryFixture& fixture(int lines)
     return *f;
 }
 
-void sizes(benchmark::internal::Benchmark* b)
-{
-    for (int lines : {300, 5000, 20000, 100000})
-        b->Arg(lines);
-}
-
 // One frame while the clock runs and the page stands still: where the runner stands, its strip
 // restored from the kept text layer and drawn over, and the ruler and its runner strip repainted
 // where a frame asks.
@@ -177,7 +171,7 @@ void BM_DeliveryFrame(benchmark::State& bench)
     f.setCounters(bench);
     bench.counters["rulerPaints"] = benchmark::Counter(double(f.rulerPaints), benchmark::Counter::kAvgIterations);
 }
-BENCHMARK(BM_DeliveryFrame)->Apply(sizes)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DeliveryFrame)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
 // The whole ruler: what a resize or a new layout costs it.
 void BM_RulerPaint(benchmark::State& bench)
@@ -187,7 +181,7 @@ void BM_RulerPaint(benchmark::State& bench)
         f.ruler->render(&f.rulerImage);
     f.setCounters(bench);
 }
-BENCHMARK(BM_RulerPaint)->Apply(sizes)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RulerPaint)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
 // A whole text layer: what a scroll, a resize or a following frame costs.
 void BM_PagePass(benchmark::State& bench)
@@ -201,7 +195,7 @@ void BM_PagePass(benchmark::State& bench)
     f.setCounters(bench);
     bench.counters["items"] = double(f.layout().items.size());
 }
-BENCHMARK(BM_PagePass)->Apply(sizes)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PagePass)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
 // The layout, run again on each change of a setting or of the target's minutes.
 void BM_Layout(benchmark::State& bench)
@@ -211,6 +205,6 @@ void BM_Layout(benchmark::State& bench)
         benchmark::DoNotOptimize(DeliveryContentLayout::compute(*f.root, f.minutes, textWidth, 15, 1.8));
     f.setCounters(bench);
 }
-BENCHMARK(BM_Layout)->Apply(sizes)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Layout)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
 } // namespace

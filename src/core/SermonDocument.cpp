@@ -70,16 +70,21 @@ bool SermonDocument::setRoot(SermonNodePtr root)
 
 UndoSnapshot SermonDocument::present() const
 {
-    return {m_root->deepCopy(false), m_metadata, m_currentSelectedNodeID};
+    return {m_root->freeze(), m_metadata, m_currentSelectedNodeID};
 }
 
-void SermonDocument::restore(UndoSnapshot snapshot)
+void SermonDocument::restore(SermonNodePtr root, const SermonMetadata& metadata, std::optional<NodeID> selection)
 {
-    setRoot(std::move(snapshot.root));
-    setMetadata(snapshot.metadata);
-    m_lastRestoredNodeID = snapshot.selectedNodeID;
+    setRoot(std::move(root));
+    setMetadata(metadata);
+    m_lastRestoredNodeID = selection;
     ++m_undoRedoGeneration;
     emit undoRedoGenerationChanged(m_undoRedoGeneration);
+}
+
+void SermonDocument::restore(const UndoSnapshot& snapshot)
+{
+    restore(SermonNode::thaw(snapshot.root), snapshot.metadata, snapshot.selectedNodeID);
 }
 
 void SermonDocument::fileStep(UndoManager* manager, void (SermonDocument::*step)(UndoManager*))
@@ -95,7 +100,7 @@ void SermonDocument::fileStep(UndoManager* manager, void (SermonDocument::*step)
 
 void SermonDocument::captureUndo(std::optional<NodeID> selection, UndoManager* manager)
 {
-    m_undoStack.push_back({m_root->deepCopy(false), m_metadata, selection});
+    m_undoStack.push_back({m_root->freeze(), m_metadata, selection});
     if (m_undoStack.size() > size_t(undoLimit))
         m_undoStack.erase(m_undoStack.begin());
     m_redoStack.clear();
@@ -108,7 +113,7 @@ void SermonDocument::replaceContents(SermonContents contents, UndoManager* manag
         return;
     captureUndo(m_currentSelectedNodeID, manager);
     const NodeID rootID = contents.root->id();
-    restore({std::move(contents.root), std::move(contents.metadata), rootID});
+    restore(std::move(contents.root), contents.metadata, rootID);
 }
 
 void SermonDocument::undo(UndoManager* manager)
@@ -118,7 +123,7 @@ void SermonDocument::undo(UndoManager* manager)
     UndoSnapshot taken = std::move(m_undoStack.back());
     m_undoStack.pop_back();
     m_redoStack.push_back(present());
-    restore(std::move(taken));
+    restore(taken);
     fileStep(manager, &SermonDocument::redo);
 }
 
@@ -129,7 +134,7 @@ void SermonDocument::redo(UndoManager* manager)
     UndoSnapshot taken = std::move(m_redoStack.back());
     m_redoStack.pop_back();
     m_undoStack.push_back(present());
-    restore(std::move(taken));
+    restore(taken);
     fileStep(manager, &SermonDocument::undo);
 }
 

@@ -11,9 +11,10 @@
 
 class UndoManager;
 
-// One undo step: the whole tree (ids kept), the metadata and the selection to restore.
+// One undo step: the whole tree (ids kept), the metadata and the selection to restore. The tree
+// is frozen, sharing its unchanged lines with the steps beside it.
 struct UndoSnapshot {
-    SermonNodePtr root;
+    FrozenNodePtr root;
     SermonMetadata metadata;
     std::optional<NodeID> selectedNodeID;
 };
@@ -71,7 +72,8 @@ signals:
 
 private:
     UndoSnapshot present() const;
-    void restore(UndoSnapshot snapshot);
+    void restore(SermonNodePtr root, const SermonMetadata& metadata, std::optional<NodeID> selection);
+    void restore(const UndoSnapshot& snapshot);
     // Tells the manager a step exists; its handler runs `step` on this document.
     void fileStep(UndoManager* manager, void (SermonDocument::*step)(UndoManager*));
 

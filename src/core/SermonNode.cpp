@@ -183,6 +183,90 @@ SermonNodePtr SermonNode::deepCopy(bool freshIDs) const
     return top;
 }
 
+FrozenNode::FrozenNode(const NodeID& id, QString text, int depth, bool isCollapsed, bool isQuote,
+                       std::vector<FrozenNodePtr> children)
+    : m_id(id)
+    , m_text(std::move(text))
+    , m_depth(depth)
+    , m_isCollapsed(isCollapsed)
+    , m_isQuote(isQuote)
+    , m_children(std::move(children))
+{
+}
+
+FrozenNode::~FrozenNode()
+{
+    // As for live nodes: a deep chain is let go from a work list, never by nested destructors.
+    std::vector<FrozenNodePtr> pending = std::move(m_children);
+    while (!pending.empty()) {
+        FrozenNodePtr node = std::move(pending.back());
+        pending.pop_back();
+        if (node && node.use_count() == 1) {
+            // The last owner: nobody else can see the node while its children move out.
+            auto& children = const_cast<FrozenNode&>(*node).m_children;
+            for (auto& child : children)
+                pending.push_back(std::move(child));
+            children.clear();
+        }
+    }
+}
+
+FrozenNodePtr SermonNode::freeze() const
+{
+    // Post-order, so that every child is frozen before its parent compares against it.
+    std::vector<std::pair<const SermonNode*, bool>> stack{{this, false}};
+    while (!stack.empty()) {
+        auto& [node, childrenDone] = stack.back();
+        if (!childrenDone) {
+            childrenDone = true;
+            const SermonNode* parent = node;
+            for (auto it = parent->m_children.rbegin(); it != parent->m_children.rend(); ++it)
+                stack.emplace_back(it->get(), false);
+            continue;
+        }
+        const SermonNode& n = *node;
+        stack.pop_back();
+        const FrozenNode* f = n.m_frozen.get();
+        bool unchanged = f && f->m_depth == n.m_depth && f->m_isCollapsed == n.m_isCollapsed
+            && f->m_isQuote == n.m_isQuote && f->m_id == n.m_id && f->m_children.size() == n.m_children.size()
+            && (f->m_text.constData() == n.m_text.constData() || f->m_text == n.m_text);
+        for (size_t i = 0; unchanged && i < n.m_children.size(); ++i)
+            unchanged = f->m_children[i] == n.m_children[i]->m_frozen;
+        if (unchanged)
+            continue;
+        std::vector<FrozenNodePtr> children;
+        children.reserve(n.m_children.size());
+        for (const auto& child : n.m_children)
+            children.push_back(child->m_frozen);
+        n.m_frozen =
+            std::make_shared<const FrozenNode>(n.m_id, n.m_text, n.m_depth, n.m_isCollapsed, n.m_isQuote, children);
+    }
+    return m_frozen;
+}
+
+SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen)
+{
+    auto thawOne = [](const FrozenNodePtr& from) {
+        auto to = std::make_shared<SermonNode>(from->m_id, from->m_text, from->m_depth);
+        to->m_isCollapsed = from->m_isCollapsed;
+        to->m_isQuote = from->m_isQuote;
+        to->m_children.reserve(from->m_children.size());
+        to->m_frozen = from;
+        return to;
+    };
+    SermonNodePtr top = thawOne(frozen);
+    std::vector<std::pair<const FrozenNode*, SermonNode*>> stack{{frozen.get(), top.get()}};
+    while (!stack.empty()) {
+        auto [from, to] = stack.back();
+        stack.pop_back();
+        for (const auto& child : from->m_children) {
+            to->m_children.push_back(thawOne(child));
+            stack.emplace_back(child.get(), to->m_children.back().get());
+        }
+    }
+    return top;
+}
+
 void SermonNode::setDepthRecursive(int depth)
 {
     std::vector<std::pair<SermonNode*, int>> stack{{this, depth}};

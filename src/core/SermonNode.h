@@ -11,6 +11,36 @@
 class SermonNode;
 using SermonNodePtr = std::shared_ptr<SermonNode>;
 using ConstSermonNodePtr = std::shared_ptr<const SermonNode>;
+class FrozenNode;
+using FrozenNodePtr = std::shared_ptr<const FrozenNode>;
+
+// A line as it stood when an undo step was taken. Never changed once made, so the steps of a
+// history share every line that did not change between them, and a step costs the lines
+// that changed and the path above them, not the whole tree.
+class FrozenNode {
+public:
+    FrozenNode(const NodeID& id, QString text, int depth, bool isCollapsed, bool isQuote,
+               std::vector<FrozenNodePtr> children);
+    ~FrozenNode();
+    FrozenNode(const FrozenNode&) = delete;
+    FrozenNode& operator=(const FrozenNode&) = delete;
+
+    const NodeID& id() const { return m_id; }
+    const QString& text() const { return m_text; }
+    int depth() const { return m_depth; }
+    bool isCollapsed() const { return m_isCollapsed; }
+    bool isQuote() const { return m_isQuote; }
+    const std::vector<FrozenNodePtr>& children() const { return m_children; }
+
+private:
+    friend class SermonNode;
+    NodeID m_id;
+    QString m_text;
+    int m_depth;
+    bool m_isCollapsed;
+    bool m_isQuote;
+    std::vector<FrozenNodePtr> m_children;
+};
 
 // One line of the sermon tree. Parents own their children; undo snapshots own copies.
 // Every walk here is iterative: a file can nest lists thousands of levels deep.
@@ -49,6 +79,13 @@ public:
     std::vector<SermonNodePtr> flattened();
     std::vector<ConstSermonNodePtr> flattened() const;
     SermonNodePtr deepCopy(bool freshIDs) const;
+
+    // The subtree as it stands now, frozen. What is unchanged since the last freeze is shared
+    // with it: a node remembers its frozen form and makes a new one only when it or something
+    // below it differs.
+    FrozenNodePtr freeze() const;
+    // A live tree made from a frozen one, ids kept; its nodes remember where they came from.
+    static SermonNodePtr thaw(const FrozenNodePtr& frozen);
 
     void setDepthRecursive(int depth);
     void setChildrenDepth(int depth);
@@ -93,4 +130,6 @@ private:
     std::vector<SermonNodePtr> m_children;
     bool m_isCollapsed = false;
     bool m_isQuote = false;
+    // The last frozen form, reused by the next freeze if nothing changed.
+    mutable FrozenNodePtr m_frozen;
 };

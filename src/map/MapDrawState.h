@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
@@ -18,6 +19,14 @@
 struct GhostNode {
     NodeLayout layout;
     QString text;
+};
+
+// What a running glide shows besides the final layout: where the nodes that stay started, as
+// offsets that shrink to nothing as it runs, the nodes that fade in and the ghosts that fade out.
+struct MapGlide {
+    std::unordered_map<NodeID, QPointF> initialOffsets;
+    std::unordered_set<NodeID> fadeIn;
+    std::unordered_map<NodeID, GhostNode> ghosts;
 };
 
 // Where a dragged node would land: a position among a parent's children.
@@ -46,10 +55,18 @@ struct MapDrawState {
     // The marks search puts on a node, as whoever searches works them out; drawn as given.
     std::function<std::optional<SearchHighlight>(const SermonNode&)> searchHighlight;
 
-    std::unordered_map<NodeID, QPointF> nodeAnimOffsets;
-    double animationProgress = 1.0;
-    std::unordered_set<NodeID> fadeInNodeIDs;
-    std::unordered_map<NodeID, GhostNode> fadeOutGhosts;
+    // Shared with the animator, not copied each frame; none when nothing glides.
+    std::shared_ptr<const MapGlide> glide;
+    double animationProgress = 1.0; // eased
+
+    // Where a node is shown off its final place at this point of the glide.
+    QPointF animOffset(const NodeID& id) const
+    {
+        if (!glide || glide->initialOffsets.empty())
+            return {};
+        const auto it = glide->initialOffsets.find(id);
+        return it == glide->initialOffsets.end() ? QPointF() : it->second * (1 - animationProgress);
+    }
 
     std::optional<NodeID> dragNodeID;
     std::optional<DropTarget> dropTarget;

@@ -133,6 +133,36 @@ struct Pass {
     }
 };
 
+// The layouts as a frame shows them: each node moved by what is left of its glide. Looked up
+// per node, so that a frame never copies the whole table.
+class ShownLayouts {
+public:
+    ShownLayouts(const NodeLayouts& layouts, const MapDrawState& state)
+        : m_layouts(layouts)
+        , m_state(state)
+    {
+    }
+    bool empty() const { return m_layouts.empty(); }
+    const NodeLayouts& final() const { return m_layouts; }
+    std::optional<NodeLayout> find(const NodeID& id) const
+    {
+        const auto it = m_layouts.find(id);
+        if (it == m_layouts.end())
+            return std::nullopt;
+        return shown(it->second);
+    }
+    NodeLayout shown(const NodeLayout& layout) const
+    {
+        NodeLayout moved = layout;
+        moved.origin += m_state.animOffset(layout.nodeID);
+        return moved;
+    }
+
+private:
+    const NodeLayouts& m_layouts;
+    const MapDrawState& m_state;
+};
+
 void drawBrace(QPainter& painter, double x, double top, double bottom, const QPen& pen)
 {
     const double mid = (top + bottom) * 0.5;
@@ -150,7 +180,7 @@ void drawBrace(QPainter& painter, double x, double top, double bottom, const QPe
     painter.strokePath(lower, pen);
 }
 
-int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visible)
+int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
 {
     const SermonNode* root = pass.tables.root.get();
     if (!root || layouts.empty())
@@ -164,24 +194,24 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
         if (node->isCollapsed() || !node->hasChildren())
             continue;
         const auto pit = layouts.find(node->id());
-        if (pit == layouts.end())
+        if (!pit)
             continue;
         ++count;
         const auto& children = node->children();
         for (const auto& child : children)
             stack.push_back(child.get());
 
-        const NodeLayout& parent = pit->second;
+        const NodeLayout& parent = *pit;
         const double startX = parent.maxX();
 
         if (node->hasOnlyLeafChildren() && children.size() >= 2) {
             const auto first = layouts.find(children.front()->id());
             const auto last = layouts.find(children.back()->id());
-            if (first == layouts.end() || last == layouts.end())
+            if (!first || !last)
                 continue;
             const double x = pass.grid.x(startX + 14, 1.0);
-            const double top = first->second.origin.y() + 3 + 2;
-            const double bottom = last->second.maxY() - 2;
+            const double top = first->origin.y() + 3 + 2;
+            const double bottom = last->maxY() - 2;
             // Pixel-identical to stroking everything: a brace out of view can't touch the image.
             if (!touches(visible, x - 8, top, x + 8, bottom))
                 continue;
@@ -205,9 +235,9 @@ int drawConnections(Pass& pass, const NodeLayouts& layouts, const QRectF& visibl
         Trunk above, below;
         for (const auto& child : children) {
             const auto cit = layouts.find(child->id());
-            if (cit == layouts.end())
+            if (!cit)
                 continue;
-            const NodeLayout& c = cit->second;
+            const NodeLayout& c = *cit;
             const bool childIsLeaf = !child->hasChildren();
             const double width = c.depth == 0 ? 2.0 : 1.0;
             const double rawEndY = childIsLeaf ? c.maxY() - 2 : c.midY();
@@ -380,20 +410,21 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
         pass.drawBitmap(*b, QPointF(f.left() + TreeLayout::horizontalPadding - 2, f.top() + v));
 }
 
-int drawNodes(Pass& pass, const NodeLayouts& layouts, const QRectF& visible)
+int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
 {
     const MapDrawState& state = pass.state;
     QPainter& painter = pass.painter;
     // Branches drawn, with their opacity, for the fold buttons and badges on top.
     std::vector<std::pair<const NodeLayout*, double>> branches;
     int drawn = 0;
-    for (const auto& [id, layout] : layouts) {
+    for (const auto& [id, final] : layouts.final()) {
         if (state.editingNodeID && *state.editingNodeID == id)
             continue;
+        const NodeLayout layout = layouts.shown(final);
         if (!visible.intersects(layout.frame()))
             continue;
-        const double opacity = state.fadeInNodeIDs.count(id) > 0 ? state.animationProgress : 1.0;
-        painter.setOpacity(opacity);
+        const bool fading = state.glide && state.glide->fadeIn.count(id) > 0;
+        painter.setOpacity(fading ? state.animationProgress : 1.0);
         const bool isSelected =
             (state.selectedNodeID && *state.selectedNodeID == id) || state.selectedNodeIDs.count(id) > 0;
         std::optional<SearchHighlight> marks;
@@ -413,36 +444,33 @@ int drawNodes(Pass& pass, const NodeLayouts& layouts, const QRectF& visible)
     return drawn;
 }
 
-void drawDropIndicator(Pass& pass, const NodeLayouts& layouts, const DropTarget& target)
+void drawDropIndicator(Pass& pass, const ShownLayouts& layouts, const DropTarget& target)
 {
     const SermonNode* parent = pass.tables.node(target.parentID);
     const auto pit = layouts.find(target.parentID);
-    if (!parent || pit == layouts.end())
+    if (!parent || !pit)
         return;
-    const NodeLayout& p = pit->second;
+    const NodeLayout& p = *pit;
     const double indent = parent->hasOnlyLeafChildren() ? TreeLayout::leafIndent : TreeLayout::branchIndent;
     const auto& children = parent->children();
-    auto layoutOf = [&](size_t i) -> const NodeLayout* {
-        const auto it = layouts.find(children[i]->id());
-        return it == layouts.end() ? nullptr : &it->second;
-    };
+    auto layoutOf = [&](size_t i) { return layouts.find(children[i]->id()); };
     double x = 0, y = 0, w = 0;
     if (children.empty()) {
         x = p.maxX() + indent;
         y = p.midY();
         w = 60;
     } else if (target.landingIndex >= int(children.size())) {
-        const NodeLayout* last = layoutOf(children.size() - 1);
+        const auto last = layoutOf(children.size() - 1);
         if (!last)
             return;
         x = last->origin.x();
         w = last->size.width();
         y = last->maxY() + 2;
     } else {
-        const NodeLayout* at = layoutOf(size_t(std::max(target.landingIndex, 0)));
+        const auto at = layoutOf(size_t(std::max(target.landingIndex, 0)));
         if (!at)
             return;
-        const NodeLayout* before = target.landingIndex >= 1 ? layoutOf(size_t(target.landingIndex - 1)) : nullptr;
+        const auto before = target.landingIndex >= 1 ? layoutOf(size_t(target.landingIndex - 1)) : std::nullopt;
         const double yL = at->origin.y() - 2;
         if (before && std::abs(target.cursorY - (before->maxY() + 2)) < std::abs(target.cursorY - yL)) {
             x = before->origin.x();
@@ -503,15 +531,8 @@ MapDrawStats drawCanvas(QPainter& painter, QSizeF viewSize, const MapLayoutState
         const QRectF visible = visibleRect(viewSize, state.panOffset, state.scale);
 
         // Animation only offsets what is shown; the tables keep the final places.
-        NodeLayouts shifted;
-        const NodeLayouts* display = &tables.cachedLayouts;
-        if (!state.nodeAnimOffsets.empty()) {
-            shifted = tables.cachedLayouts;
-            for (const auto& [id, offset] : state.nodeAnimOffsets)
-                if (const auto it = shifted.find(id); it != shifted.end())
-                    it->second.origin += offset;
-            display = &shifted;
-        }
+        const ShownLayouts shown(tables.cachedLayouts, state);
+        const ShownLayouts* display = &shown;
 
         painter.save();
         painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
@@ -532,7 +553,7 @@ MapDrawStats drawCanvas(QPainter& painter, QSizeF viewSize, const MapLayoutState
                 .arg(textCache.count());
         });
 
-        for (const auto& [id, ghost] : state.fadeOutGhosts) {
+        for (const auto& [id, ghost] : state.glide ? state.glide->ghosts : std::unordered_map<NodeID, GhostNode>()) {
             if (!visible.intersects(ghost.layout.frame()))
                 continue;
             painter.setOpacity(1.0 - state.animationProgress);

@@ -9,9 +9,18 @@
 #include <cmath>
 #include <memory>
 
+namespace {
+const std::shared_ptr<const MapGlide>& noGlide()
+{
+    static const auto none = std::make_shared<const MapGlide>();
+    return none;
+}
+} // namespace
+
 MapTransitionAnimator::MapTransitionAnimator(QObject* parent)
     : QObject(parent)
     , m_timer(new QTimer(this))
+    , m_glide(noGlide())
 {
     m_timer->setTimerType(Qt::PreciseTimer);
     m_timer->setInterval(1000 / 60);
@@ -25,8 +34,9 @@ bool MapTransitionAnimator::animateTransition(const NodeLayouts& oldLayouts,
                                               const std::unordered_map<NodeID, QString>& oldTexts,
                                               const NodeLayouts& newLayouts, double duration)
 {
-    std::unordered_map<NodeID, QPointF> offsets;
-    std::unordered_map<NodeID, GhostNode> ghosts;
+    auto glide = std::make_shared<MapGlide>();
+    auto& offsets = glide->initialOffsets;
+    auto& ghosts = glide->ghosts;
     for (const auto& [id, old] : oldLayouts) {
         const auto now = newLayouts.find(id);
         if (now != newLayouts.end()) {
@@ -37,7 +47,7 @@ bool MapTransitionAnimator::animateTransition(const NodeLayouts& oldLayouts,
             ghosts.emplace(id, GhostNode{old, text->second});
         }
     }
-    std::unordered_set<NodeID> fresh;
+    auto& fresh = glide->fadeIn;
     for (const auto& entry : newLayouts)
         if (!oldLayouts.count(entry.first))
             fresh.insert(entry.first);
@@ -46,10 +56,7 @@ bool MapTransitionAnimator::animateTransition(const NodeLayouts& oldLayouts,
 
     // An interrupted transition starts over from the final layouts: nodes may jump by what was left.
     m_timer->stop();
-    m_initialOffsets = offsets;
-    m_offsets = std::move(offsets);
-    m_ghosts = std::move(ghosts);
-    m_fresh = std::move(fresh);
+    m_glide = std::move(glide);
     m_progress = 0;
     m_duration = duration;
     m_start = m_clock();
@@ -63,12 +70,18 @@ bool MapTransitionAnimator::isRunning() const
     return m_timer->isActive();
 }
 
+std::unordered_map<NodeID, QPointF> MapTransitionAnimator::nodeAnimOffsets() const
+{
+    std::unordered_map<NodeID, QPointF> offsets;
+    for (const auto& [id, initial] : m_glide->initialOffsets)
+        offsets.emplace(id, initial * (1 - m_progress));
+    return offsets;
+}
+
 void MapTransitionAnimator::apply(MapDrawState& state) const
 {
-    state.nodeAnimOffsets = m_offsets;
+    state.glide = m_glide == noGlide() ? nullptr : m_glide;
     state.animationProgress = m_progress;
-    state.fadeInNodeIDs = m_fresh;
-    state.fadeOutGhosts = m_ghosts;
 }
 
 void MapTransitionAnimator::setClock(std::function<double()> clock)
@@ -88,18 +101,13 @@ void MapTransitionAnimator::tick()
     }
     const double e = Look::easeOutCubic(t);
     m_progress = e;
-    for (auto& [id, offset] : m_offsets)
-        offset = m_initialOffsets[id] * (1 - e);
     emit frame();
 }
 
 void MapTransitionAnimator::finish()
 {
     m_timer->stop();
-    m_initialOffsets.clear();
-    m_offsets.clear();
-    m_ghosts.clear();
-    m_fresh.clear();
+    m_glide = noGlide();
     m_progress = 1.0;
     emit frame();
 }

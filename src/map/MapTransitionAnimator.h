@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <unordered_map>
 
 class QTimer;
@@ -29,11 +30,13 @@ public:
 
     bool isRunning() const;
     double animationProgress() const { return m_progress; }
-    const std::unordered_map<NodeID, QPointF>& nodeAnimOffsets() const { return m_offsets; }
-    const std::unordered_map<NodeID, GhostNode>& fadeOutGhosts() const { return m_ghosts; }
-    const std::unordered_set<NodeID>& fadeInNodeIDs() const { return m_fresh; }
+    // The offsets at this point of the glide, worked out on asking: a frame draws them from the
+    // starting offsets and the progress instead.
+    std::unordered_map<NodeID, QPointF> nodeAnimOffsets() const;
+    const std::unordered_map<NodeID, GhostNode>& fadeOutGhosts() const { return m_glide->ghosts; }
+    const std::unordered_set<NodeID>& fadeInNodeIDs() const { return m_glide->fadeIn; }
 
-    // Copies the animation fields into what the drawing pass reads.
+    // Hands the running glide to what the drawing pass reads, shared rather than copied.
     void apply(MapDrawState& state) const;
 
     // Seconds from a monotonic clock; replaceable so that tests can step the transition.
@@ -52,8 +55,5 @@ private:
     double m_start = 0;
     double m_duration = defaultDuration;
     double m_progress = 1.0;
-    std::unordered_map<NodeID, QPointF> m_initialOffsets;
-    std::unordered_map<NodeID, QPointF> m_offsets;
-    std::unordered_map<NodeID, GhostNode> m_ghosts;
-    std::unordered_set<NodeID> m_fresh;
+    std::shared_ptr<const MapGlide> m_glide;
 };

@@ -36,15 +36,6 @@ constexpr double magnificationPerWheelDegree = 0.1 / 15.0;
 constexpr int searchBarMargin = 12;
 constexpr int searchBarWidth = 460;
 
-// The texts of a whole tree, for ghosts of whatever an undo takes away.
-std::unordered_map<NodeID, QString> allTexts(const MapLayoutState& tables)
-{
-    std::unordered_map<NodeID, QString> texts;
-    texts.reserve(tables.nodeLookup.size());
-    for (const auto& [id, node] : tables.nodeLookup)
-        texts.emplace(id, node->text());
-    return texts;
-}
 } // namespace
 
 MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
@@ -54,6 +45,7 @@ MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
     , m_ownPasteboard(std::make_unique<MemoryPasteboard>())
     , m_pointer(*this)
     , m_clickRevealTimer(new QTimer(this))
+    , m_relayoutTimer(new QTimer(this))
 {
     setObjectName(QStringLiteral("mindMapCanvas"));
     setAccessibleName(QStringLiteral("mindMapCanvas"));
@@ -74,22 +66,24 @@ MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
     connect(m_clickRevealTimer, &QTimer::timeout, this, [this] {
         const auto id = std::exchange(m_clickRevealID, std::nullopt);
         // Only while the clicked node is still the selection; a key may have moved on since.
-        if (id && m_controller->selectedNodeID() == id)
+        if (id && m_controller->selectedNodeID() == id) {
+            ensureLayout();
             if (const NodeLayout* layout = m_layout.layout(*id))
                 m_viewport.reveal(*layout, true);
+        }
     });
+    m_relayoutTimer->setSingleShot(true);
+    m_relayoutTimer->setInterval(0);
+    connect(m_relayoutTimer, &QTimer::timeout, this, &MindMapCanvas::ensureLayout);
 
-    // Undo swaps the whole tree: keep what was shown, so that the restored tree can glide from
-    // it. Connected before the controller, whose own reaction selects and reveals afterwards.
+    // Undo swaps the whole tree: the restored tree glides from what was shown, and every line
+    // that leaves fades out with the text it had.
     connect(m_document, &SermonDocument::rootChanged, this, [this] {
-        m_layoutsBeforeSwap = m_layout.cachedLayouts;
-        m_textsBeforeSwap = allTexts(m_layout);
+        if (!m_glide || !m_glide->held)
+            m_glide = PendingGlide{false, true, {}, false, {}, {}};
+        else
+            m_glide->ghostsFromOldTree = true;
         onTreeMutated();
-    });
-    connect(m_document, &SermonDocument::undoRedoGenerationChanged, this, [this] {
-        m_transitions.animateTransition(m_layoutsBeforeSwap, m_textsBeforeSwap, m_layout.cachedLayouts);
-        m_layoutsBeforeSwap.clear();
-        m_textsBeforeSwap.clear();
     });
 
     m_controller = new DocumentController(m_document, nullptr, this);
@@ -103,7 +97,7 @@ MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
     m_viewport.onShowMinimap = [this] { m_minimap->showMinimap(); };
     connectController();
     contextMenuPresenter = [](QMenu& menu, QPoint at) { menu.exec(at); };
-    recomputeLayout();
+    m_relayoutTimer->start();
 }
 
 MindMapCanvas::~MindMapCanvas()
@@ -175,8 +169,16 @@ void MindMapCanvas::setPasteboard(Pasteboard* pasteboard)
         m_controller->setPasteboard(pasteboard);
 }
 
+const MapLayoutState& MindMapCanvas::layoutState() const
+{
+    // Laying out is no change anyone can see but the layout itself.
+    const_cast<MindMapCanvas*>(this)->ensureLayout();
+    return m_layout;
+}
+
 const MapDrawState& MindMapCanvas::drawState()
 {
+    ensureLayout();
     refreshDrawState();
     return m_drawState;
 }
@@ -246,12 +248,35 @@ std::unordered_map<NodeID, QString> MindMapCanvas::selectionTexts(bool includeSe
 void MindMapCanvas::runWithTransition(const std::function<void()>& change,
                                       const std::unordered_map<NodeID, QString>& oldTexts, bool revealSelection)
 {
-    const NodeLayouts before = m_layout.cachedLayouts;
+    if (m_glide && m_glide->held)
+        return change(); // inside another command, whose glide covers this one
+    ensureLayout();
+    m_glide = PendingGlide{true, false, oldTexts, false, {}, {}};
     change();
-    m_transitions.animateTransition(before, oldTexts, m_layout.cachedLayouts);
+    ensureLayout();
+    startGlide();
     if (revealSelection)
         if (const auto id = m_controller->selectedNodeID())
             reveal(*id);
+}
+
+void MindMapCanvas::startGlide()
+{
+    if (!m_glide)
+        return;
+    PendingGlide glide = std::move(*m_glide);
+    m_glide.reset();
+    if (!glide.hasBefore)
+        return; // nothing was laid out again: nothing moved
+    if (glide.ghostsFromOldTree) {
+        for (const auto& [id, old] : glide.before) {
+            if (m_layout.cachedLayouts.count(id))
+                continue;
+            if (const auto node = glide.oldNodes.find(id); node != glide.oldNodes.end())
+                glide.texts.emplace(id, node->second->text());
+        }
+    }
+    m_transitions.animateTransition(glide.before, glide.texts, m_layout.cachedLayouts);
 }
 
 NodeActions MindMapCanvas::nodeActions()
@@ -305,11 +330,15 @@ void MindMapCanvas::runEditorKey(const std::function<void()>& key)
 {
     const auto id = m_controller->editingNodeID();
     const bool wasNew = m_controller->editingIsNew();
-    const NodeLayouts before = m_layout.cachedLayouts;
+    ensureLayout();
+    m_glide = PendingGlide{true, false, {}, false, {}, {}};
     key();
+    ensureLayout();
     // A line that was there before the edit and was emptied leaves; the others glide up.
     if (id && !wasNew && !m_document->root()->find(*id))
-        m_transitions.animateTransition(before, {}, m_layout.cachedLayouts);
+        startGlide();
+    else
+        m_glide.reset();
 }
 
 void MindMapCanvas::commitEditing()
@@ -333,17 +362,37 @@ void MindMapCanvas::focusCanvas()
 void MindMapCanvas::onTreeMutated()
 {
     clearTextBitmaps();
-    recomputeLayout();
+    m_layoutIsStale = true;
+    m_relayoutTimer->start();
+    update();
+}
+
+void MindMapCanvas::ensureLayout()
+{
+    if (m_layoutIsStale)
+        recomputeLayout();
 }
 
 void MindMapCanvas::recomputeLayout()
 {
+    m_layoutIsStale = false;
+    m_relayoutTimer->stop();
+    ++m_layoutPasses;
+    if (m_glide && !m_glide->hasBefore) {
+        // The layout that was shown is what the glide starts from; the new one replaces it.
+        m_glide->before = std::move(m_layout.cachedLayouts);
+        if (m_glide->ghostsFromOldTree)
+            m_glide->oldNodes = std::move(m_layout.nodeLookup);
+        m_glide->hasBefore = true;
+    }
     m_layout.recomputeLayout(m_document->root());
     m_viewport.setContentBounds(m_layout.cachedContentBounds);
     syncEditor();
     if (m_minimap)
         m_minimap->treeChanged();
     update();
+    if (m_glide && !m_glide->held)
+        startGlide();
 }
 
 void MindMapCanvas::clearTextBitmaps()
@@ -355,6 +404,7 @@ void MindMapCanvas::syncEditor()
 {
     if (!m_editor)
         return;
+    ensureLayout();
     const auto id = m_controller->editingNodeID();
     const NodeLayout* layout = id ? m_layout.layout(*id) : nullptr;
     if (!layout) {
@@ -425,6 +475,7 @@ void MindMapCanvas::reveal(const NodeID& id)
         m_clickRevealTimer->start();
         return;
     }
+    ensureLayout();
     if (const NodeLayout* layout = m_layout.layout(id))
         m_viewport.reveal(*layout);
 }
@@ -445,7 +496,7 @@ void MindMapCanvas::centerOn(QPointF canvasPoint)
 
 std::optional<NodeID> MindMapCanvas::hitNode(QPointF p) const
 {
-    return MapPointerInteraction::hitNode(m_layout, p);
+    return MapPointerInteraction::hitNode(layoutState(), p);
 }
 
 void MindMapCanvas::paintEvent(QPaintEvent*)
@@ -453,6 +504,7 @@ void MindMapCanvas::paintEvent(QPaintEvent*)
     QPainter painter(this);
     const bool dark = Look::isDarkPalette(palette());
     painter.fillRect(rect(), palette().color(QPalette::Window));
+    ensureLayout();
     refreshDrawState();
     MapDrawing::drawCanvas(painter, QSizeF(size()), m_layout, m_drawState, MapPalette::forAppearance(dark),
                            m_textCache);
@@ -476,7 +528,7 @@ void MindMapCanvas::showEvent(QShowEvent* event)
 void MindMapCanvas::appear()
 {
     m_hasAppeared = true;
-    recomputeLayout();
+    ensureLayout();
     // The title is selected at once, so that typing can start without a click.
     if (!m_controller->selectedNodeID())
         m_controller->setSelectedNodeID(m_document->root()->id());
@@ -501,7 +553,7 @@ void MindMapCanvas::reappear()
     m_controller->setExtendingSelection(false);
     m_controller->setSelectedNodeID(std::nullopt);
     m_controller->setNavigationDepth(0);
-    clearTextBitmaps();
+    onTreeMutated();
     m_viewport.setViewportSize(QSizeF(size()));
     appear();
 }

@@ -47,7 +47,8 @@ public:
 
     MapViewport& viewport() { return m_viewport; }
     const MapViewport& viewport() const { return m_viewport; }
-    const MapLayoutState& layoutState() const { return m_layout; }
+    // The layout of the tree as it stands: a change since the last pass is laid out first.
+    const MapLayoutState& layoutState() const;
     // What the last pass drew, refreshed from the controller, the gestures and the transition.
     const MapDrawState& drawState();
     TextBitmapCache& textCache() { return m_textCache; }
@@ -89,9 +90,14 @@ public:
     // Shows the right-click menu; replaceable so that tests never block on a modal menu.
     std::function<void(QMenu& menu, QPoint globalPosition)> contextMenuPresenter;
 
-    // After any change to the tree: the text may have changed, so the bitmaps go too.
+    // After any change to the tree: the text may have changed, so the bitmaps go too. The
+    // relayout is deferred, so that the several notices of one change cost one pass; whatever
+    // reads the layout before that runs it at once.
     void onTreeMutated();
     void recomputeLayout();
+    void ensureLayout();
+    // How often the tree was laid out: once a change, however many notices it sent.
+    int layoutPasses() const { return m_layoutPasses; }
     void clearTextBitmaps();
 
     void reveal(const NodeID& id);
@@ -121,6 +127,17 @@ protected:
 
 private:
     void appear();
+    // A glide from the layout before a change to the one after it. Held while a command runs,
+    // which starts it at its end; otherwise it starts with the first relayout.
+    struct PendingGlide {
+        bool held = false;
+        bool ghostsFromOldTree = false; // undo: every line that leaves fades out
+        std::unordered_map<NodeID, QString> texts;
+        bool hasBefore = false;
+        NodeLayouts before;
+        std::unordered_map<NodeID, SermonNodePtr> oldNodes;
+    };
+    void startGlide();
     void connectController();
     void refreshDrawState();
     void syncEditor();
@@ -150,7 +167,8 @@ private:
     std::optional<NodeID> m_clickRevealID;
     QTimer* m_clickRevealTimer;
 
-    // The layouts and texts from before the tree was swapped, for the glide after undo and redo.
-    NodeLayouts m_layoutsBeforeSwap;
-    std::unordered_map<NodeID, QString> m_textsBeforeSwap;
+    bool m_layoutIsStale = true;
+    int m_layoutPasses = 0;
+    QTimer* m_relayoutTimer;
+    std::optional<PendingGlide> m_glide;
 };

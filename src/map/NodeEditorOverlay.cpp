@@ -57,20 +57,64 @@ QString fieldText(const QPlainTextEdit& field)
 }
 } // namespace
 
+namespace {
+// A line longer than twice this is measured in pieces, each cut after a space and kept by its
+// text, so that a key in a very long line measures one piece again rather than the whole line.
+// Shorter lines are measured whole.
+constexpr qsizetype pieceLength = 512;
+
+template <typename Width>
+QSizeF sizeOfText(const QString& modelText, const QFontMetricsF& metrics, Width width)
+{
+    QString text = modelText;
+    text.replace(QLatin1Char('\n'), TextPieces::softLineBreak);
+    const QStringList lines = text.split(TextPieces::softLineBreak);
+    double widest = 0;
+    for (const QString& line : lines)
+        widest = std::max(widest, line.isEmpty() ? metrics.horizontalAdvance(QStringLiteral(" ")) : width(line));
+    const double lineHeight = metrics.ascent() + std::abs(metrics.descent()) + metrics.leading();
+    return {widest + slack, lineHeight * double(lines.size())};
+}
+} // namespace
+
 QSizeF NodeEditorOverlay::editorSize(const QString& modelText, int depth)
 {
     // The editor never shows a quote's italic.
     const QFont font = TreeLayout::nodeFont(depth);
     const QFontMetricsF metrics(font);
-    QString text = modelText;
-    text.replace(QLatin1Char('\n'), TextPieces::softLineBreak);
-    const QStringList lines = text.split(TextPieces::softLineBreak);
-    double width = 0;
-    for (const QString& line : lines)
-        width =
-            std::max(width, EmojiText::horizontalAdvance(metrics, font, line.isEmpty() ? QStringLiteral(" ") : line));
-    const double lineHeight = metrics.ascent() + std::abs(metrics.descent()) + metrics.leading();
-    return {width + slack, lineHeight * double(lines.size())};
+    return sizeOfText(modelText, metrics,
+                      [&](const QString& line) { return EmojiText::horizontalAdvance(metrics, font, line); });
+}
+
+QSizeF NodeEditorOverlay::grownEditorSize(const QString& modelText)
+{
+    if (m_pieceDepth != m_layout.depth) {
+        m_pieceWidths.clear();
+        m_pieceDepth = m_layout.depth;
+    }
+    const QFont font = TreeLayout::nodeFont(m_layout.depth);
+    const QFontMetricsF metrics(font);
+    std::unordered_map<QString, double> used;
+    auto width = [&](const QString& line) {
+        if (line.size() <= 2 * pieceLength)
+            return EmojiText::horizontalAdvance(metrics, font, line);
+        double total = 0;
+        for (qsizetype start = 0; start < line.size();) {
+            const qsizetype space = line.indexOf(QLatin1Char(' '), start + pieceLength);
+            const qsizetype end = space < 0 ? line.size() : space + 1;
+            const QString piece = line.mid(start, end - start);
+            const auto known = m_pieceWidths.find(piece);
+            const double w =
+                known != m_pieceWidths.end() ? known->second : EmojiText::horizontalAdvance(metrics, font, piece);
+            used.emplace(piece, w);
+            total += w;
+            start = end;
+        }
+        return total;
+    };
+    const QSizeF size = sizeOfText(modelText, metrics, width);
+    m_pieceWidths = std::move(used); // only what the text holds now
+    return size;
 }
 
 QRectF NodeEditorOverlay::fieldRect(const NodeLayout& layout, QSizeF size)
@@ -216,7 +260,7 @@ void NodeEditorOverlay::fieldTextChanged()
     if (m_isSettingText)
         return;
     const QString model = text();
-    const QSizeF size = editorSize(model, m_layout.depth);
+    const QSizeF size = grownEditorSize(model);
     if (size != m_editorSize) {
         m_editorSize = size;
         place();

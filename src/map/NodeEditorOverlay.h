@@ -9,6 +9,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <unordered_map>
 
 class QPlainTextEdit;
 
@@ -65,6 +66,8 @@ protected:
 private:
     void place();
     void fieldTextChanged();
+    // editorSize as the text grows key by key: a very long line's unchanged pieces keep their widths.
+    QSizeF grownEditorSize(const QString& modelText);
     bool handleKey(int key, Qt::KeyboardModifiers modifiers);
 
     QPlainTextEdit* m_field;
@@ -74,4 +77,6 @@ private:
     QPointF m_pan;
     bool m_isOpen = false;
     bool m_isSettingText = false;
+    std::unordered_map<QString, double> m_pieceWidths;
+    int m_pieceDepth = -1;
 };

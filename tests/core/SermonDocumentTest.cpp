@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <vector>
+
 namespace {
 
 SermonDocument makeDocument()
@@ -60,6 +63,47 @@ TEST(SermonDocument, UndoRedoRestoresTreeMetadataAndSelection)
     EXPECT_TRUE(doc.root()->children().empty());
     EXPECT_EQ(doc.lastRestoredNodeID(), doc.root()->id());
     EXPECT_EQ(doc.undoRedoGeneration(), 2);
+}
+
+TEST(SermonDocument, AStepKeepsTheTreeAsItWasAndSharesWhatDidNotChange)
+{
+    struct Row {
+        const char* change;
+        std::function<void(SermonNode& a)> apply; // changes only the first branch, if anything
+    };
+    const std::vector<Row> rows{
+        {"nothing", [](SermonNode&) {}},
+        {"a line's text", [](SermonNode& a) { a.children()[0]->setText(QStringLiteral("changed")); }},
+        {"a fold", [](SermonNode& a) { a.setCollapsed(true); }},
+        {"a quote", [](SermonNode& a) { a.children()[1]->setQuote(true); }},
+        {"a line added", [](SermonNode& a) { a.addChild(QStringLiteral("new")); }},
+        {"a line removed", [](SermonNode& a) { a.removeChild(0); }},
+        {"lines swapped", [](SermonNode& a) { a.moveChild(0, 1); }},
+    };
+    for (const Row& row : rows) {
+        auto root = SermonNode::make(QStringLiteral("Title"), 0);
+        const auto a = root->addChild(QStringLiteral("A"));
+        a->addChild(QStringLiteral("a1"));
+        a->addChild(QStringLiteral("a2"));
+        root->addChild(QStringLiteral("B"))->addChild(QStringLiteral("b1"));
+        SermonDocument doc(root);
+        const QString before = outline(*root);
+
+        doc.captureUndo(std::nullopt);
+        row.apply(*a);
+        const QString after = outline(*root);
+        doc.captureUndo(std::nullopt);
+
+        const FrozenNodePtr first = doc.undoStack()[0].root;
+        const FrozenNodePtr second = doc.undoStack()[1].root;
+        EXPECT_EQ(outline(*SermonNode::thaw(first)), before) << row.change;
+        EXPECT_EQ(outline(*SermonNode::thaw(second)), after) << row.change;
+        EXPECT_EQ(first->children()[1], second->children()[1]) << row.change; // the other branch
+        EXPECT_EQ(first == second, before == after) << row.change;
+        doc.undo();
+        EXPECT_EQ(outline(*doc.root()), after) << row.change;
+        EXPECT_EQ(doc.root()->children()[0]->id(), a->id()) << row.change;
+    }
 }
 
 TEST(SermonDocument, ANewEditEmptiesRedo)

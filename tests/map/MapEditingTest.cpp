@@ -104,6 +104,18 @@ TEST_F(MapEditingTest, ShiftReturnAddsASecondLineAndTheFieldGrows)
     key(Qt::Key_Return);
     EXPECT_EQ(root()->children().at(0)->text(), QStringLiteral("First\u2028second line that is longer"));
     EXPECT_GT(canvas.layoutState().layout(id)->size.width(), before);
+
+    // A very long line grows with each key to the width of what it holds, and no wider.
+    QString words;
+    while (words.size() < 4000)
+        words += QStringLiteral("grace and peace to you ");
+    controller().startSession(root()->children().at(0)->id(), false);
+    field().setPlainText(words);
+    for (const QString& more : {QStringLiteral("x"), QStringLiteral(" mercy"), QStringLiteral("Amen.")}) {
+        type(more);
+        const QSizeF whole = NodeEditorOverlay::editorSize(field().toPlainText(), 1);
+        EXPECT_NEAR(editor().currentEditorSize().width(), whole.width(), 1.0) << more.toStdString();
+    }
 }
 
 TEST_F(MapEditingTest, CtrlReturnOnTheTitleOnlyCommits)

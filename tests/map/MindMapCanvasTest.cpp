@@ -6,10 +6,14 @@
 
 #include "core/SermonDocument.h"
 #include "editing/DocumentController.h"
+#include "editing/NodeCommands.h"
 
 #include <QWheelEvent>
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
 
 namespace {
 
@@ -165,6 +169,38 @@ TEST_F(MindMapCanvasTest, NewRootIsLaidOutAfresh)
     document.setRoot(SermonNode::make(QStringLiteral("Another"), 0));
     EXPECT_EQ(canvas.layoutState().cachedLayouts.size(), 1u);
     EXPECT_EQ(canvas.textCache().count(), 0u);
+}
+
+TEST_F(MindMapCanvasTest, EachChangeIsLaidOutOnceHoweverOftenItIsAnnounced)
+{
+    struct Row {
+        const char* change;
+        std::function<void()> apply;
+        size_t nodesAfter;
+    };
+    const std::vector<Row> rows{
+        {"the first appearance", [this] { canvas.show(); }, 83},
+        {"a new line", [this] { canvas.performCommand(NodeCommand::newLineBelow); }, 84},
+        {"an undo", [this] { document.undo(); }, 83},
+        {"a redo", [this] { document.redo(); }, 84},
+        {"a change told twice",
+         [this] {
+             document.root()->addChild(QStringLiteral("Closing"));
+             canvas.onTreeMutated();
+             canvas.onTreeMutated();
+         },
+         85},
+    };
+    canvas.controller()->setSelectedNodeID(document.root()->children()[1]->id());
+    int before = 0; // a new map, not laid out yet
+    for (const Row& row : rows) {
+        row.apply();
+        QCoreApplication::processEvents();
+        canvas.grab();
+        EXPECT_EQ(canvas.layoutState().cachedLayouts.size(), row.nodesAfter) << row.change;
+        EXPECT_EQ(canvas.layoutPasses() - before, 1) << row.change;
+        before = canvas.layoutPasses();
+    }
 }
 
 } // namespace

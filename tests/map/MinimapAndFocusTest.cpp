@@ -48,7 +48,12 @@ public:
         canvas.show();
         minimap().fade().setClock([this] { return now; });
     }
-    MinimapOverlay& minimap() const { return *canvas.minimap(); }
+    // The map lays a change out a turn later; the minimap follows that pass.
+    MinimapOverlay& minimap() const
+    {
+        canvas.layoutState();
+        return *canvas.minimap();
+    }
     SermonNodePtr child(int part, int index = -1) const
     {
         const SermonNodePtr p = document.root()->children().at(size_t(part));
