@@ -424,7 +424,8 @@ int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
         if (!visible.intersects(layout.frame()))
             continue;
         const bool fading = state.glide && state.glide->fadeIn.count(id) > 0;
-        painter.setOpacity(fading ? state.animationProgress : 1.0);
+        const double opacity = fading ? state.animationProgress : 1.0;
+        painter.setOpacity(opacity);
         const bool isSelected =
             (state.selectedNodeID && *state.selectedNodeID == id) || state.selectedNodeIDs.count(id) > 0;
         std::optional<SearchHighlight> marks;
