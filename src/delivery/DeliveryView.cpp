@@ -400,17 +400,26 @@ void DeliveryView::keyPressEvent(QKeyEvent* event)
 void DeliveryView::handlePresenterKey(int key)
 {
     const auto action = DeliveryKeys::Action(key);
-    const auto& layout = m_canvasState->layout();
-    const double readingLine = m_canvasState->scrollY() + DeliverySections::readingLineOffset;
+    const auto reader = DeliverySections::reader(*m_canvasState, *m_timer);
     switch (action) {
     case DeliveryKeys::Action::nextSection:
-        if (layout)
-            if (const auto next = DeliverySections::after(*layout, readingLine))
+        if (const auto next = reader ? DeliverySections::after(*m_canvasState->layout(), reader->y) : std::nullopt) {
+            if (reader->byScroll)
                 m_canvasState->navigate(next->id);
+            else
+                m_canvasState->setChosenSection(next->id);
+        }
         break;
     case DeliveryKeys::Action::previousSection:
-        if (const auto previous = layout ? DeliverySections::before(*layout, readingLine) : std::nullopt) {
-            m_canvasState->navigate(previous->id);
+        if (const auto previous = reader ? DeliverySections::before(*m_canvasState->layout(), reader->y)
+                                         : std::nullopt) {
+            if (reader->byScroll)
+                m_canvasState->navigate(previous->id);
+            else
+                m_canvasState->setChosenSection(previous->id);
+        } else if (reader && !reader->byScroll) {
+            // The page cannot move: the reader is now above the first section.
+            m_canvasState->setChosenSection(NodeID());
         } else {
             // Before the first section, back is the top of the page.
             if (m_canvasState->stopScrollDeceleration)
@@ -731,6 +740,9 @@ void DeliveryView::setInFullscreen(bool on)
 
 void DeliveryView::onTimerStateChanged(TimerState state, TimerState previous)
 {
+    // A stopped delivery forgets where the reader said they were; the next starts at the top.
+    if (state == TimerState::idle)
+        m_canvasState->setChosenSection(std::nullopt);
     if (m_preferences->fullscreen() && previous == TimerState::idle && state == TimerState::running)
         enterFullscreen();
     else if (state == TimerState::idle && previous != TimerState::idle)
