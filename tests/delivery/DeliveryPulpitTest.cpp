@@ -21,6 +21,7 @@
 #include <QDateTime>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QInputDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -269,39 +270,92 @@ TEST_F(DeliveryPulpitTest, CuesFollowTheirSettingAndLightTheTopBarWithoutASound)
 TEST_F(DeliveryPulpitTest, TheFinishByTargetFollowsTheClockAndStaysOutOfTheFile)
 {
     const QDateTime ten(QDate(2024, 5, 5), QTime(10, 0));
-    clock->set(ten.toMSecsSinceEpoch() / 1000.0);
+    const double tenOClock = ten.toMSecsSinceEpoch() / 1000.0;
+    clock->set(tenOClock);
     auto view = makeView(sectionedSermon(2, 3, 10), 20);
     const int undoBefore = undo.canUndo();
-
-    view->setFinishBy(QTime(10, 30));
-    EXPECT_EQ(view->timer()->targetSeconds(), 30 * 60);
-    clock->advance(61);
-    view->followFinishBy();
-    EXPECT_EQ(view->timer()->targetSeconds(), 28 * 60); // 28:59 left, rounded down to end in time
+    DeliveryTimer* timer = view->timer();
     const auto texts = [&] {
         QStringList out;
         for (QLabel* label : view->counterBlock()->findChildren<QLabel*>())
             if (!label->isHidden())
                 out << label->text();
-        return out;
+        return out.join(QLatin1Char('|'));
     };
+
+    // The end time is what is fixed: idle, running and paused, the target is what is left of
+    // the slot plus what was spoken, in whole minutes rounded down; "+5" stays added.
+    struct Row {
+        const char* name;
+        double advance; // seconds the clock moves first
+        std::function<void()> act;
+        int target; // minutes, pills included
+        double remaining; // seconds shown
+    };
+    const auto follow = [&] { view->followFinishBy(); }; // what the second's timer does
+    const auto tick = [&] {
+        timer->tick();
+        view->followFinishBy();
+    };
+    const Row rows[] = {
+        {"set at 10:00", 0, [&] { view->setFinishBy(QTime(10, 30)); }, 30, 30 * 60},
+        {"idle, a minute later", 61, follow, 28, 28 * 60}, // 28:59 left, rounded down
+        {"started at 10:01:01", 0, [&] { timer->start(); }, 28, 28 * 60},
+        {"running, the target stands", 120, tick, 28, 26 * 60},
+        {"paused", 0, [&] { timer->pause(); }, 28, 26 * 60},
+        {"resumed five minutes later", 300, [&] { timer->start(); }, 23, 21 * 60}, // 21:59 left
+        {"running again", 60, tick, 23, 20 * 60},
+        {"five minutes more", 0, [&] { timer->addMinutes(5); }, 28, 25 * 60},
+        {"paused again", 0, [&] { timer->pause(); }, 28, 25 * 60},
+        {"paused a minute, the five kept", 60, follow, 27, 24 * 60},
+        {"past the end", 20 * 60, follow, 7, 4 * 60}, // 3:00 spoken, 0:01 past: 2, and the five
+        {"resumed past the end, not tomorrow's", 0, [&] { timer->start(); }, 7, 4 * 60},
+        {"running past the end", 60, tick, 7, 3 * 60},
+        {"stopped: tomorrow's, capped", 0, [&] { timer->stop(); }, 180, 180 * 60},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        clock->advance(row.advance);
+        row.act();
+        EXPECT_EQ(timer->targetSeconds(), row.target * 60.0);
+        EXPECT_EQ(timer->remainingSeconds(), row.remaining);
+    }
     EXPECT_TRUE(texts().contains(QStringLiteral("ends 10:30")));
 
-    // Running, the target stands.
-    view->timer()->start();
-    clock->advance(120);
-    view->followFinishBy();
-    EXPECT_EQ(view->timer()->targetSeconds(), 28 * 60);
+    // Hours away, the target stops at the longest duration, and the counters and field say so.
+    clock->set(tenOClock);
+    view->setFinishBy(QTime(14, 0));
+    EXPECT_EQ(timer->targetSeconds(), DeliveryFinishBy::maxMinutes * 60.0);
+    EXPECT_TRUE(texts().contains(QStringLiteral("%1 min at most").arg(DeliveryFinishBy::maxMinutes))) << texts().toStdString();
+    view->setFinishBy(QTime(12, 0));
+    EXPECT_EQ(timer->targetSeconds(), 120 * 60.0);
+    EXPECT_FALSE(texts().contains(QStringLiteral("at most")));
+    QInputDialog* field = nullptr;
+    QObject::connect(view.get(), &DeliveryView::finishByDialogShown, [&](QInputDialog* shown) { field = shown; });
+    view->pulpitActions()[2]->trigger();
+    ASSERT_NE(field, nullptr);
+    struct Typed {
+        const char* text;
+        const char* says;
+    };
+    const Typed typed[] = {{"14:00", "stops at 180 minutes"}, {"10:45", "45 min"}, {"ten", "such as 11:42"}};
+    for (const Typed& t : typed) {
+        field->setTextValue(QString::fromUtf8(t.text));
+        EXPECT_TRUE(field->labelText().contains(QString::fromUtf8(t.says))) << field->labelText().toStdString();
+    }
+    field->setTextValue(QStringLiteral("14:00"));
+    field->accept();
+    EXPECT_EQ(view->finishBy(), QTime(14, 0));
+    EXPECT_EQ(timer->targetSeconds(), DeliveryFinishBy::maxMinutes * 60.0);
 
-    view->timer()->stop();
     view->setFinishBy(std::nullopt);
-    EXPECT_EQ(view->timer()->targetSeconds(), 20 * 60);
-    EXPECT_FALSE(texts().contains(QStringLiteral("ends 10:30")));
+    EXPECT_EQ(timer->targetSeconds(), 20 * 60);
+    EXPECT_FALSE(texts().contains(QStringLiteral("ends")));
     EXPECT_EQ(document->metadata().duration, 20);
     EXPECT_EQ(undo.canUndo(), undoBefore);
 
     // A time already past today is tomorrow's; anything but a time is nothing.
-    EXPECT_NEAR(DeliveryFinishBy::secondsUntil(QTime(9, 0), ten.toMSecsSinceEpoch() / 1000.0), 23 * 3600, 1);
+    EXPECT_NEAR(DeliveryFinishBy::deadline(QTime(9, 0), tenOClock) - tenOClock, 23 * 3600, 1);
     for (const char* text : {"", "10", "25:00", "ten", "10:3"})
         EXPECT_FALSE(DeliveryFinishBy::parse(QString::fromUtf8(text)).has_value()) << text;
     EXPECT_EQ(DeliveryFinishBy::parse(QStringLiteral(" 9:05 ")), QTime(9, 5));
