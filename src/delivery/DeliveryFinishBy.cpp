@@ -50,8 +50,7 @@ QString hint(const QString& text, double now)
         return QStringLiteral("A time of day, such as 11:42.");
     const Target t = target(deadline(*finish, now), now, 0);
     if (t.capped)
-        return QStringLiteral("More than %1 minutes away: the target stops at %1 minutes, the longest a sermon can "
-                              "be set to.")
+        return QStringLiteral("More than %1 min away: the target stops at %1 min, the longest duration.")
             .arg(maxMinutes);
     return QStringLiteral("Starting now: %1 min.").arg(t.minutes);
 }

@@ -414,8 +414,8 @@ void DeliveryView::handlePresenterKey(int key)
         }
         break;
     case DeliveryKeys::Action::previousSection:
-        if (const auto previous = reader ? DeliverySections::before(*m_canvasState->layout(), reader->y)
-                                         : std::nullopt) {
+        if (const auto previous =
+                reader ? DeliverySections::before(*m_canvasState->layout(), reader->y) : std::nullopt) {
             if (reader->byScroll)
                 m_canvasState->navigate(previous->id);
             else

@@ -326,7 +326,8 @@ TEST_F(DeliveryPulpitTest, TheFinishByTargetFollowsTheClockAndStaysOutOfTheFile)
     clock->set(tenOClock);
     view->setFinishBy(QTime(14, 0));
     EXPECT_EQ(timer->targetSeconds(), DeliveryFinishBy::maxMinutes * 60.0);
-    EXPECT_TRUE(texts().contains(QStringLiteral("%1 min at most").arg(DeliveryFinishBy::maxMinutes))) << texts().toStdString();
+    EXPECT_TRUE(texts().contains(QStringLiteral("%1 min at most").arg(DeliveryFinishBy::maxMinutes)))
+        << texts().toStdString();
     view->setFinishBy(QTime(12, 0));
     EXPECT_EQ(timer->targetSeconds(), 120 * 60.0);
     EXPECT_FALSE(texts().contains(QStringLiteral("at most")));
@@ -338,7 +339,7 @@ TEST_F(DeliveryPulpitTest, TheFinishByTargetFollowsTheClockAndStaysOutOfTheFile)
         const char* text;
         const char* says;
     };
-    const Typed typed[] = {{"14:00", "stops at 180 minutes"}, {"10:45", "45 min"}, {"ten", "such as 11:42"}};
+    const Typed typed[] = {{"14:00", "stops at 180 min"}, {"10:45", "45 min"}, {"ten", "such as 11:42"}};
     for (const Typed& t : typed) {
         field->setTextValue(QString::fromUtf8(t.text));
         EXPECT_TRUE(field->labelText().contains(QString::fromUtf8(t.says))) << field->labelText().toStdString();
