@@ -44,6 +44,15 @@ bool DeliveryCanvasState::setPendingScrollTarget(std::optional<NodeID> id)
     return true;
 }
 
+bool DeliveryCanvasState::setChosenSection(std::optional<NodeID> id)
+{
+    if (m_chosenSection == id)
+        return false;
+    m_chosenSection = id;
+    emit chosenSectionChanged();
+    return true;
+}
+
 std::optional<NodeID> DeliveryCanvasState::takePendingScrollTarget()
 {
     std::optional<NodeID> id = std::exchange(m_pendingScrollTarget, std::nullopt);

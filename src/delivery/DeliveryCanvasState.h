@@ -38,6 +38,10 @@ public:
     bool setPendingScrollTarget(std::optional<NodeID> id);
     // Hands the pending target over and clears it.
     std::optional<NodeID> takePendingScrollTarget();
+    // The section the reader named with a remote on a page too short to scroll to it; a null id
+    // names the lines above the first section.
+    std::optional<NodeID> chosenSection() const { return m_chosenSection; }
+    bool setChosenSection(std::optional<NodeID> id);
 
     // No part installs this one; callers test for absence.
     Callback stopScrollDeceleration;
@@ -59,6 +63,7 @@ signals:
     void layoutChanged();
     void followRunnerChanged(bool follow);
     void pendingScrollTargetChanged();
+    void chosenSectionChanged();
     void scrollAnimationStopRequested();
     void canvasFocusRequested();
 
@@ -68,4 +73,5 @@ private:
     LayoutPtr m_layout;
     bool m_followRunner = false;
     std::optional<NodeID> m_pendingScrollTarget;
+    std::optional<NodeID> m_chosenSection;
 };

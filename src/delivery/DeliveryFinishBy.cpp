@@ -18,23 +18,41 @@ std::optional<QTime> parse(const QString& text)
     return std::nullopt;
 }
 
-double secondsUntil(const QTime& finish, double now)
+double deadline(const QTime& finish, double from)
 {
-    const QDateTime current = QDateTime::fromMSecsSinceEpoch(qint64(std::floor(now * 1000)));
+    const QDateTime current = QDateTime::fromMSecsSinceEpoch(qint64(std::floor(from * 1000)));
     QDateTime end(current.date(), finish);
     if (end <= current)
         end = QDateTime(current.date().addDays(1), finish);
-    return end.toMSecsSinceEpoch() / 1000.0 - now;
+    return end.toMSecsSinceEpoch() / 1000.0;
 }
 
-int targetMinutes(const QTime& finish, double now)
+Target target(double deadline, double from, double spokenBefore)
 {
-    return std::max(int(std::floor(secondsUntil(finish, now) / 60)), 1);
+    const double minutes = std::floor((spokenBefore + deadline - from) / 60);
+    return {int(std::clamp(minutes, 1.0, double(maxMinutes))), minutes > maxMinutes};
 }
 
-QString endsText(const QTime& finish)
+QString endsText(const QTime& finish, bool capped)
 {
-    return QStringLiteral("ends ") + finish.toString(QStringLiteral("HH:mm"));
+    QString text = QStringLiteral("ends ") + finish.toString(QStringLiteral("HH:mm"));
+    if (capped)
+        text += QStringLiteral("\n%1 min at most").arg(maxMinutes);
+    return text;
+}
+
+QString hint(const QString& text, double now)
+{
+    if (text.trimmed().isEmpty())
+        return QStringLiteral("Empty: the sermon's own duration.");
+    const auto finish = parse(text);
+    if (!finish)
+        return QStringLiteral("A time of day, such as 11:42.");
+    const Target t = target(deadline(*finish, now), now, 0);
+    if (t.capped)
+        return QStringLiteral("More than %1 min away: the target stops at %1 min, the longest duration.")
+            .arg(maxMinutes);
+    return QStringLiteral("Starting now: %1 min.").arg(t.minutes);
 }
 
 } // namespace DeliveryFinishBy

@@ -18,6 +18,7 @@ DeliveryRehearsal::DeliveryRehearsal(DeliveryTimer* timer, DeliveryCanvasState* 
     connect(m_timer, &DeliveryTimer::stateChanged, this, &DeliveryRehearsal::onStateChanged);
     connect(m_timer, &DeliveryTimer::remainingSecondsChanged, this, &DeliveryRehearsal::observe);
     connect(m_state, &DeliveryCanvasState::scrollYChanged, this, &DeliveryRehearsal::observe);
+    connect(m_state, &DeliveryCanvasState::chosenSectionChanged, this, &DeliveryRehearsal::observe);
 }
 
 bool DeliveryRehearsal::setRecording(bool on)
@@ -38,8 +39,7 @@ void DeliveryRehearsal::observe()
     if (!m_recording || m_timer->state() != TimerState::running || !m_state->layout())
         return;
     m_spoken = std::max(m_timer->progress() * m_timer->targetSeconds(), 0.0);
-    const auto section =
-        DeliverySections::at(*m_state->layout(), m_state->scrollY() + DeliverySections::readingLineOffset);
+    const auto section = DeliverySections::reader(*m_state, *m_timer)->section;
     const NodeID id = section ? section->id : NodeID();
     const bool seen = std::any_of(m_marks.begin(), m_marks.end(), [&](const Mark& mark) { return mark.id == id; });
     if (!seen)

@@ -12,8 +12,9 @@
 class DeliveryCanvasState;
 class SermonNode;
 
-// Rehearsal: while the clock runs, notes when each section is first reached, that is when its
-// heading comes to the reading line, and at the end sets the real minutes beside the estimate.
+// Rehearsal: while the clock runs, notes when each section is first reached, that is when the
+// reader is first there (DeliverySections::reader), and at the end sets the real minutes
+// beside the estimate.
 // It only records; what is done with the measured pace is the user's choice.
 class DeliveryRehearsal : public QObject {
     Q_OBJECT

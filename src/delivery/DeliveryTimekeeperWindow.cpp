@@ -31,6 +31,7 @@ DeliveryTimekeeperWindow::DeliveryTimekeeperWindow(DeliveryTimer* timer, Deliver
     connect(m_timer, &DeliveryTimer::changed, this, repaint);
     connect(m_state, &DeliveryCanvasState::scrollYChanged, this, repaint);
     connect(m_state, &DeliveryCanvasState::layoutChanged, this, repaint);
+    connect(m_state, &DeliveryCanvasState::chosenSectionChanged, this, repaint);
 }
 
 void DeliveryTimekeeperWindow::showBeside(QWidget* besides)
@@ -74,20 +75,17 @@ QString DeliveryTimekeeperWindow::overrunText() const
 
 QString DeliveryTimekeeperWindow::sectionText() const
 {
-    const auto& layout = m_state->layout();
-    if (!layout)
-        return {};
-    const auto section = DeliverySections::at(*layout, m_state->scrollY() + DeliverySections::readingLineOffset);
-    return section ? section->text : QString();
+    const auto reader = DeliverySections::reader(*m_state, *m_timer);
+    return reader && reader->section ? reader->section->text : QString();
 }
 
 DeliveryTimelineRuler::Drift DeliveryTimekeeperWindow::drift() const
 {
-    const auto& layout = m_state->layout();
-    if (!layout || m_timer->state() == TimerState::idle)
+    const auto reader = DeliverySections::reader(*m_state, *m_timer);
+    if (!reader || m_timer->state() == TimerState::idle)
         return DeliveryTimelineRuler::Drift::calm;
     const double p = std::clamp(m_timer->progress(), 0.0, 1.0);
-    const double view = fractionForY(*layout, m_state->scrollY() + DeliverySections::readingLineOffset);
+    const double view = fractionForY(*m_state->layout(), reader->y);
     return DeliveryTimelineRuler::driftLevel(DeliveryTimelineRuler::driftSeconds(p, view, m_timer->targetSeconds()));
 }
 

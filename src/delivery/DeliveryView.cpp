@@ -190,6 +190,8 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     // The page follows the document: an undone or redone duration shows as the target at once.
     // Other metadata changes leave the target, and any minutes added to it, alone.
     connect(m_document, &SermonDocument::metadataChanged, this, [this] {
+        if (m_finishBy)
+            return; // the finish-by time sets the target until it is cleared
         const int minutes = effectiveMinutes();
         if (m_timer->plannedTargetSeconds() != minutes * 60.0)
             m_timer->setTargetMinutes(minutes);
@@ -208,6 +210,7 @@ DeliveryView::DeliveryView(SermonDocument* document, UndoManager* undoManager, D
     m_finishTimer = new QTimer(this);
     m_finishTimer->setInterval(1000);
     connect(m_finishTimer, &QTimer::timeout, this, &DeliveryView::followFinishBy);
+    connect(m_timer, &DeliveryTimer::stateChanged, this, &DeliveryView::followFinishBy);
     // A duration typed in the counters replaces the finish-by time.
     connect(m_counterBlock, &DeliveryCounterBlock::durationChanged, this, [this] { setFinishBy(std::nullopt); });
     buildPulpitActions();
@@ -400,17 +403,26 @@ void DeliveryView::keyPressEvent(QKeyEvent* event)
 void DeliveryView::handlePresenterKey(int key)
 {
     const auto action = DeliveryKeys::Action(key);
-    const auto& layout = m_canvasState->layout();
-    const double readingLine = m_canvasState->scrollY() + DeliverySections::readingLineOffset;
+    const auto reader = DeliverySections::reader(*m_canvasState, *m_timer);
     switch (action) {
     case DeliveryKeys::Action::nextSection:
-        if (layout)
-            if (const auto next = DeliverySections::after(*layout, readingLine))
+        if (const auto next = reader ? DeliverySections::after(*m_canvasState->layout(), reader->y) : std::nullopt) {
+            if (reader->byScroll)
                 m_canvasState->navigate(next->id);
+            else
+                m_canvasState->setChosenSection(next->id);
+        }
         break;
     case DeliveryKeys::Action::previousSection:
-        if (const auto previous = layout ? DeliverySections::before(*layout, readingLine) : std::nullopt) {
-            m_canvasState->navigate(previous->id);
+        if (const auto previous =
+                reader ? DeliverySections::before(*m_canvasState->layout(), reader->y) : std::nullopt) {
+            if (reader->byScroll)
+                m_canvasState->navigate(previous->id);
+            else
+                m_canvasState->setChosenSection(previous->id);
+        } else if (reader && !reader->byScroll) {
+            // The page cannot move: the reader is now above the first section.
+            m_canvasState->setChosenSection(NodeID());
         } else {
             // Before the first section, back is the top of the page.
             if (m_canvasState->stopScrollDeceleration)
@@ -525,12 +537,12 @@ void DeliveryView::setFinishBy(std::optional<QTime> time)
     if (m_finishBy == time)
         return;
     m_finishBy = time;
-    m_counterBlock->setFinishText(time ? DeliveryFinishBy::endsText(*time) : QString());
     if (time) {
         followFinishBy();
         m_finishTimer->start();
     } else {
         m_finishTimer->stop();
+        m_counterBlock->setFinishText(QString());
         // Back to what the sermon itself says.
         if (m_timer->state() == TimerState::idle)
             m_timer->setTargetMinutes(effectiveMinutes());
@@ -539,27 +551,48 @@ void DeliveryView::setFinishBy(std::optional<QTime> time)
 
 void DeliveryView::followFinishBy()
 {
-    // Started, the target stands: the preacher's clock must not jump while speaking.
-    if (!m_finishBy || m_timer->state() != TimerState::idle)
+    if (!m_finishBy)
         return;
-    const int minutes = DeliveryFinishBy::targetMinutes(*m_finishBy, m_timer->clock()->now());
-    if (int(m_timer->targetSeconds()) != minutes * 60)
-        m_timer->setTargetMinutes(minutes);
+    // Once started, the end is the one the first start was aiming at, even when it has passed.
+    // Idle is read from the state alone: a stop announces it before it clears the rest.
+    const double now = m_timer->clock()->now();
+    const bool idle = m_timer->state() == TimerState::idle;
+    const double end = DeliveryFinishBy::deadline(*m_finishBy, idle ? now : m_timer->firstStartedAt().value_or(now));
+    const auto target = DeliveryFinishBy::target(end, idle ? now : m_timer->startedAt().value_or(now),
+                                                 idle ? 0.0 : m_timer->elapsedBeforePause());
+    m_counterBlock->setFinishText(DeliveryFinishBy::endsText(*m_finishBy, target.capped));
+    if (m_timer->plannedTargetSeconds() == target.minutes * 60.0)
+        return;
+    // Minutes added with the pills stay added; and adding, even nothing, shows the new remaining
+    // time at once, paused too.
+    const int extra = int(std::lround((m_timer->targetSeconds() - m_timer->plannedTargetSeconds()) / 60));
+    m_timer->setTargetMinutes(target.minutes);
+    if (extra != 0 || m_timer->state() != TimerState::idle)
+        m_timer->addMinutes(extra);
 }
 
 void DeliveryView::askFinishBy()
 {
-    bool ok = false;
-    const QString current = m_finishBy ? m_finishBy->toString(QStringLiteral("HH:mm")) : QString();
-    const QString text = QInputDialog::getText(this, QStringLiteral("Finish By"),
-                                               QStringLiteral("End the sermon by (HH:mm); empty to use its duration:"),
-                                               QLineEdit::Normal, current, &ok);
-    if (!ok)
-        return;
-    if (text.trimmed().isEmpty())
-        setFinishBy(std::nullopt);
-    else if (const auto time = DeliveryFinishBy::parse(text))
-        setFinishBy(time);
+    auto* dialog = new QInputDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(QStringLiteral("Finish By"));
+    dialog->setInputMode(QInputDialog::TextInput);
+    dialog->setTextValue(m_finishBy ? m_finishBy->toString(QStringLiteral("HH:mm")) : QString());
+    // The field says at once what the typed time will set, and when it is more than a duration may be.
+    const auto describe = [this, dialog](const QString& text) {
+        dialog->setLabelText(QStringLiteral("End the sermon by (HH:mm); empty to use its duration.\n")
+                             + DeliveryFinishBy::hint(text, m_timer->clock()->now()));
+    };
+    describe(dialog->textValue());
+    connect(dialog, &QInputDialog::textValueChanged, dialog, describe);
+    connect(dialog, &QInputDialog::textValueSelected, this, [this](const QString& text) {
+        if (text.trimmed().isEmpty())
+            setFinishBy(std::nullopt);
+        else if (const auto time = DeliveryFinishBy::parse(text))
+            setFinishBy(time);
+    });
+    dialog->open();
+    emit finishByDialogShown(dialog);
 }
 
 DeliveryTimekeeperWindow* DeliveryView::timekeeperWindow() const
@@ -731,6 +764,9 @@ void DeliveryView::setInFullscreen(bool on)
 
 void DeliveryView::onTimerStateChanged(TimerState state, TimerState previous)
 {
+    // A stopped delivery forgets where the reader said they were; the next starts at the top.
+    if (state == TimerState::idle)
+        m_canvasState->setChosenSection(std::nullopt);
     if (m_preferences->fullscreen() && previous == TimerState::idle && state == TimerState::running)
         enterFullscreen();
     else if (state == TimerState::idle && previous != TimerState::idle)

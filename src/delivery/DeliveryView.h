@@ -17,6 +17,7 @@ class DeliveryCues;
 class DeliveryRehearsal;
 class DeliveryTimekeeperWindow;
 class QAction;
+class QInputDialog;
 class QMenu;
 class QVariantAnimation;
 class DeliveryCounterBlock;
@@ -67,11 +68,13 @@ public:
     void onDurationChanged(int minutes);
 
     // ---- At the pulpit ----
-    // The time of day the delivery must end by; while idle the target follows the clock. Kept
-    // by this view alone, never written to the file.
+    // The time of day the delivery must end by; the target follows the clock, idle, running
+    // and paused, so that it always ends by then. Kept by this view alone, never written to the
+    // file.
     std::optional<QTime> finishBy() const { return m_finishBy; }
     void setFinishBy(std::optional<QTime> time);
-    // Sets the target from the finish-by time and the clock now; run each second while idle.
+    // Sets the target from the finish-by time, what was spoken and the clock now; run each
+    // second and at each start, pause and stop.
     void followFinishBy();
     // The page dimmed by a presenter remote's B or period.
     bool isDimmed() const;
@@ -91,6 +94,8 @@ signals:
     void durationChanged(int minutes);
     // A rehearsal ended and its sheet is open.
     void rehearsalSheetShown(QWidget* sheet);
+    // Finish By… opened its field.
+    void finishByDialogShown(QInputDialog* dialog);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

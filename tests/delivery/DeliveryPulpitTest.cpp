@@ -21,6 +21,7 @@
 #include <QDateTime>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QInputDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -269,39 +270,93 @@ TEST_F(DeliveryPulpitTest, CuesFollowTheirSettingAndLightTheTopBarWithoutASound)
 TEST_F(DeliveryPulpitTest, TheFinishByTargetFollowsTheClockAndStaysOutOfTheFile)
 {
     const QDateTime ten(QDate(2024, 5, 5), QTime(10, 0));
-    clock->set(ten.toMSecsSinceEpoch() / 1000.0);
+    const double tenOClock = ten.toMSecsSinceEpoch() / 1000.0;
+    clock->set(tenOClock);
     auto view = makeView(sectionedSermon(2, 3, 10), 20);
     const int undoBefore = undo.canUndo();
-
-    view->setFinishBy(QTime(10, 30));
-    EXPECT_EQ(view->timer()->targetSeconds(), 30 * 60);
-    clock->advance(61);
-    view->followFinishBy();
-    EXPECT_EQ(view->timer()->targetSeconds(), 28 * 60); // 28:59 left, rounded down to end in time
+    DeliveryTimer* timer = view->timer();
     const auto texts = [&] {
         QStringList out;
         for (QLabel* label : view->counterBlock()->findChildren<QLabel*>())
             if (!label->isHidden())
                 out << label->text();
-        return out;
+        return out.join(QLatin1Char('|'));
     };
+
+    // The end time is what is fixed: idle, running and paused, the target is what is left of
+    // the slot plus what was spoken, in whole minutes rounded down; "+5" stays added.
+    struct Row {
+        const char* name;
+        double advance; // seconds the clock moves first
+        std::function<void()> act;
+        int target; // minutes, pills included
+        double remaining; // seconds shown
+    };
+    const auto follow = [&] { view->followFinishBy(); }; // what the second's timer does
+    const auto tick = [&] {
+        timer->tick();
+        view->followFinishBy();
+    };
+    const Row rows[] = {
+        {"set at 10:00", 0, [&] { view->setFinishBy(QTime(10, 30)); }, 30, 30 * 60},
+        {"idle, a minute later", 61, follow, 28, 28 * 60}, // 28:59 left, rounded down
+        {"started at 10:01:01", 0, [&] { timer->start(); }, 28, 28 * 60},
+        {"running, the target stands", 120, tick, 28, 26 * 60},
+        {"paused", 0, [&] { timer->pause(); }, 28, 26 * 60},
+        {"resumed five minutes later", 300, [&] { timer->start(); }, 23, 21 * 60}, // 21:59 left
+        {"running again", 60, tick, 23, 20 * 60},
+        {"five minutes more", 0, [&] { timer->addMinutes(5); }, 28, 25 * 60},
+        {"paused again", 0, [&] { timer->pause(); }, 28, 25 * 60},
+        {"paused a minute, the five kept", 60, follow, 27, 24 * 60},
+        {"past the end", 20 * 60, follow, 7, 4 * 60}, // 3:00 spoken, 0:01 past: 2, and the five
+        {"resumed past the end, not tomorrow's", 0, [&] { timer->start(); }, 7, 4 * 60},
+        {"running past the end", 60, tick, 7, 3 * 60},
+        {"stopped: tomorrow's, capped", 0, [&] { timer->stop(); }, 180, 180 * 60},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        clock->advance(row.advance);
+        row.act();
+        EXPECT_EQ(timer->targetSeconds(), row.target * 60.0);
+        EXPECT_EQ(timer->remainingSeconds(), row.remaining);
+    }
     EXPECT_TRUE(texts().contains(QStringLiteral("ends 10:30")));
 
-    // Running, the target stands.
-    view->timer()->start();
-    clock->advance(120);
-    view->followFinishBy();
-    EXPECT_EQ(view->timer()->targetSeconds(), 28 * 60);
+    // Hours away, the target stops at the longest duration, and the counters and field say so.
+    clock->set(tenOClock);
+    view->setFinishBy(QTime(14, 0));
+    EXPECT_EQ(timer->targetSeconds(), DeliveryFinishBy::maxMinutes * 60.0);
+    EXPECT_TRUE(texts().contains(QStringLiteral("%1 min at most").arg(DeliveryFinishBy::maxMinutes)))
+        << texts().toStdString();
+    view->setFinishBy(QTime(12, 0));
+    EXPECT_EQ(timer->targetSeconds(), 120 * 60.0);
+    EXPECT_FALSE(texts().contains(QStringLiteral("at most")));
+    QInputDialog* field = nullptr;
+    QObject::connect(view.get(), &DeliveryView::finishByDialogShown, [&](QInputDialog* shown) { field = shown; });
+    view->pulpitActions()[2]->trigger();
+    ASSERT_NE(field, nullptr);
+    struct Typed {
+        const char* text;
+        const char* says;
+    };
+    const Typed typed[] = {{"14:00", "stops at 180 min"}, {"10:45", "45 min"}, {"ten", "such as 11:42"}};
+    for (const Typed& t : typed) {
+        field->setTextValue(QString::fromUtf8(t.text));
+        EXPECT_TRUE(field->labelText().contains(QString::fromUtf8(t.says))) << field->labelText().toStdString();
+    }
+    field->setTextValue(QStringLiteral("14:00"));
+    field->accept();
+    EXPECT_EQ(view->finishBy(), QTime(14, 0));
+    EXPECT_EQ(timer->targetSeconds(), DeliveryFinishBy::maxMinutes * 60.0);
 
-    view->timer()->stop();
     view->setFinishBy(std::nullopt);
-    EXPECT_EQ(view->timer()->targetSeconds(), 20 * 60);
-    EXPECT_FALSE(texts().contains(QStringLiteral("ends 10:30")));
+    EXPECT_EQ(timer->targetSeconds(), 20 * 60);
+    EXPECT_FALSE(texts().contains(QStringLiteral("ends")));
     EXPECT_EQ(document->metadata().duration, 20);
     EXPECT_EQ(undo.canUndo(), undoBefore);
 
     // A time already past today is tomorrow's; anything but a time is nothing.
-    EXPECT_NEAR(DeliveryFinishBy::secondsUntil(QTime(9, 0), ten.toMSecsSinceEpoch() / 1000.0), 23 * 3600, 1);
+    EXPECT_NEAR(DeliveryFinishBy::deadline(QTime(9, 0), tenOClock) - tenOClock, 23 * 3600, 1);
     for (const char* text : {"", "10", "25:00", "ten", "10:3"})
         EXPECT_FALSE(DeliveryFinishBy::parse(QString::fromUtf8(text)).has_value()) << text;
     EXPECT_EQ(DeliveryFinishBy::parse(QStringLiteral(" 9:05 ")), QTime(9, 5));
@@ -339,6 +394,33 @@ TEST_F(DeliveryPulpitTest, TheTimekeepersScreenFollowsTheViewsOwnTimer)
     keeper->close();
     QCoreApplication::processEvents();
     EXPECT_FALSE(view->pulpitActions()[3]->isChecked());
+
+    // A page that fits cannot bring a heading to the reading line: the clock's section shows.
+    view.reset();
+    auto shortView = makeView(sectionedSermon(3, 1, 20), 9);
+    DeliveryCanvasState* state = shortView->canvasState();
+    ASSERT_EQ(state->maxScrollY(), 0);
+    const auto shortSections = DeliverySections::inOrder(*state->layout());
+    ASSERT_EQ(shortSections.size(), 3u);
+    shortView->setTimekeeperShown(true);
+    keeper = shortView->timekeeperWindow();
+    struct Row {
+        double spoken; // seconds of 9 minutes, 3 for each section's line; below 0 idle
+        int section; // -1: above the first
+    };
+    const Row rows[] = {{-1, 0}, {0, -1}, {170, 0}, {190, 1}, {370, 2}, {600, 2}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.spoken);
+        shortView->timer()->stop();
+        if (row.spoken >= 0) {
+            shortView->timer()->start();
+            clock->advance(row.spoken);
+            shortView->timer()->tick();
+        }
+        EXPECT_EQ(keeper->sectionText().toStdString(),
+                  row.section < 0 ? std::string() : shortSections[row.section].text.toStdString());
+        EXPECT_EQ(keeper->drift(), DeliveryTimelineRuler::Drift::calm);
+    }
 }
 
 // ---- Presenter remotes -----------------------------------------------------------------------
@@ -382,56 +464,117 @@ TEST_F(DeliveryPulpitTest, RemoteKeysReachTheirCommands)
     EXPECT_DOUBLE_EQ(state->scrollY(), 0);
     press(canvas, Qt::Key_B);
     EXPECT_FALSE(view->isDimmed());
+    preferences->setPresenterKeys(true); // stored: the next view reads it
+
+    // A page that fits cannot move: the keys name the section the timekeeper shows instead.
+    view.reset();
+    auto shortView = makeView(sectionedSermon(3, 1, 5));
+    shortView->setTimekeeperShown(true);
+    const auto shortSections = DeliverySections::inOrder(*shortView->canvasState()->layout());
+    ASSERT_EQ(shortSections.size(), 3u);
+    struct ShortRow {
+        int key;
+        int section; // -1: above the first
+    };
+    const ShortRow shortRows[] = {
+        {Qt::Key_Right, 1}, {Qt::Key_Right, 2}, {Qt::Key_Right, 2}, {Qt::Key_Left, 1},
+        {Qt::Key_Left, 0},  {Qt::Key_Left, -1}, {Qt::Key_Left, -1}, {Qt::Key_Right, 0},
+    };
+    for (const ShortRow& row : shortRows) {
+        SCOPED_TRACE(row.section);
+        press(shortView->canvas(), row.key);
+        EXPECT_EQ(shortView->timekeeperWindow()->sectionText().toStdString(),
+                  row.section < 0 ? std::string() : shortSections[row.section].text.toStdString());
+        EXPECT_EQ(shortView->canvasState()->scrollY(), 0);
+    }
+    // Stopped, the named section is forgotten: idle, the nearest to the reading line shows.
+    press(shortView->canvas(), Qt::Key_Right);
+    shortView->timer()->start();
+    shortView->timer()->stop();
+    EXPECT_EQ(shortView->timekeeperWindow()->sectionText(), shortSections[0].text);
 }
 
 // ---- Rehearsal -------------------------------------------------------------------------------
 
 TEST_F(DeliveryPulpitTest, RehearsalRecordsSectionsAndOffersTheMeasuredPace)
 {
-    auto view = makeView(sectionedSermon(3, 4, 30), 10);
-    DeliveryCanvasState* state = view->canvasState();
-    const auto sections = DeliverySections::inOrder(*state->layout());
-    ASSERT_EQ(sections.size(), 3u);
-    QWidget* sheet = nullptr;
-    QObject::connect(view.get(), &DeliveryView::rehearsalSheetShown, [&](QWidget* shown) { sheet = shown; });
+    enum class Move { scroll, keys, none };
+    struct Row {
+        const char* name;
+        int leaves, words;
+        Move move; // how the reader goes on to each section
+    };
+    const Row rows[] = {
+        {"scrolled to each heading", 4, 30, Move::scroll},
+        {"a page that fits, named with the remote", 1, 20, Move::keys},
+        {"a page that fits, where the clock says", 1, 20, Move::none},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        auto view = makeView(sectionedSermon(3, row.leaves, row.words), 10);
+        DeliveryCanvasState* state = view->canvasState();
+        ASSERT_EQ(state->maxScrollY() > 0, row.move == Move::scroll);
+        const auto sections = DeliverySections::inOrder(*state->layout());
+        ASSERT_EQ(sections.size(), 3u);
+        QWidget* sheet = nullptr;
+        QObject::connect(view.get(), &DeliveryView::rehearsalSheetShown, [&](QWidget* shown) { sheet = shown; });
 
-    view->pulpitActions().back()->setChecked(true);
-    ASSERT_TRUE(view->rehearsal()->isRecording());
-    view->timer()->start();
-    const double spent[] = {120, 150, 90};
-    for (int i = 0; i < 3; ++i) {
-        state->setScrollY(sections[i].y - 100);
-        clock->advance(spent[i]);
-        view->timer()->tick();
+        view->pulpitActions().back()->setChecked(true);
+        ASSERT_TRUE(view->rehearsal()->isRecording());
+        view->timer()->start();
+        const double spent[] = {120, 150, 90};
+        if (row.move == Move::none) {
+            for (int step = 0; step < 60; ++step) {
+                clock->advance(10);
+                view->timer()->tick();
+            }
+        } else {
+            for (int i = 0; i < 3; ++i) {
+                if (row.move == Move::scroll)
+                    state->setScrollY(sections[i].y - 100);
+                else
+                    press(view->canvas(), Qt::Key_Right);
+                clock->advance(spent[i]);
+                view->timer()->tick();
+            }
+        }
+        view->timer()->stop();
+
+        const auto& marks = view->rehearsal()->marks();
+        ASSERT_EQ(marks.size(), 4u); // the lines under the title, then each section
+        EXPECT_TRUE(marks[0].id.isNull());
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(marks[i + 1].id, sections[i].id);
+            EXPECT_EQ(marks[i + 1].text, sections[i].text);
+        }
+        const auto results = view->rehearsal()->results(*document->root(), preferences->wpm());
+        ASSERT_EQ(results.size(), 4u);
+        double seconds = results[0].realSeconds;
+        for (int i = 0; i < 3; ++i) {
+            seconds += results[i + 1].realSeconds;
+            if (row.move == Move::none)
+                EXPECT_GT(results[i + 1].realSeconds, 0);
+            else
+                EXPECT_DOUBLE_EQ(results[i + 1].realSeconds, spent[i]);
+        }
+        const int words = WordCount::wordCount(*document->root()->children()[0]);
+        EXPECT_EQ(results[1].words, words);
+        EXPECT_DOUBLE_EQ(results[1].estimatedSeconds, words * 60.0 / preferences->wpm());
+        // Three sections' words over the time it all took.
+        const int measured = DeliveryRehearsal::measuredWPM(results);
+        EXPECT_EQ(measured, int(std::lround(3 * words * 60.0 / seconds)));
+
+        // The sheet offers the pace; nothing changes until it is taken, and the file never.
+        ASSERT_NE(sheet, nullptr);
+        const int paceBefore = preferences->wpm();
+        auto* use = sheet->findChild<QPushButton*>(QStringLiteral("useMeasuredPace"));
+        ASSERT_NE(use, nullptr);
+        EXPECT_NE(measured, paceBefore);
+        use->click();
+        EXPECT_EQ(preferences->wpm(), measured);
+        EXPECT_FALSE(undo.canUndo());
+        EXPECT_EQ(document->metadata().duration, 10);
     }
-    view->timer()->stop();
-
-    const auto& marks = view->rehearsal()->marks();
-    ASSERT_EQ(marks.size(), 4u); // the lines under the title, then each section
-    EXPECT_TRUE(marks[0].id.isNull());
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(marks[i + 1].id, sections[i].id);
-        EXPECT_EQ(marks[i + 1].text, sections[i].text);
-    }
-    const auto results = view->rehearsal()->results(*document->root(), preferences->wpm());
-    ASSERT_EQ(results.size(), 4u);
-    for (int i = 0; i < 3; ++i)
-        EXPECT_DOUBLE_EQ(results[i + 1].realSeconds, spent[i]);
-    const int words = WordCount::wordCount(*document->root()->children()[0]);
-    EXPECT_EQ(results[1].words, words);
-    EXPECT_DOUBLE_EQ(results[1].estimatedSeconds, words * 60.0 / preferences->wpm());
-    // Three sections' words over the 360 seconds it took.
-    EXPECT_EQ(DeliveryRehearsal::measuredWPM(results), int(std::lround(3 * words * 60.0 / 360)));
-
-    // The sheet offers the pace; nothing changes until it is taken, and the file never.
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_EQ(preferences->wpm(), 130);
-    auto* use = sheet->findChild<QPushButton*>(QStringLiteral("useMeasuredPace"));
-    ASSERT_NE(use, nullptr);
-    use->click();
-    EXPECT_EQ(preferences->wpm(), DeliveryRehearsal::measuredWPM(results));
-    EXPECT_FALSE(undo.canUndo());
-    EXPECT_EQ(document->metadata().duration, 10);
 }
 
 } // namespace
