@@ -415,7 +415,7 @@ int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
     const MapDrawState& state = pass.state;
     QPainter& painter = pass.painter;
     // Branches drawn, with their opacity, for the fold buttons and badges on top.
-    std::vector<std::pair<const NodeLayout*, double>> branches;
+    std::vector<std::pair<NodeLayout, double>> branches; // as shown, offsets applied
     int drawn = 0;
     for (const auto& [id, final] : layouts.final()) {
         if (state.editingNodeID && *state.editingNodeID == id)
@@ -435,11 +435,11 @@ int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
         drawNode(pass, layout, nullptr, isSelected, marks);
         ++drawn;
         if (!layout.isLeaf)
-            branches.emplace_back(&layout, opacity);
+            branches.emplace_back(layout, opacity);
     }
     for (const auto& [layout, opacity] : branches) {
         painter.setOpacity(opacity);
-        drawAdornments(pass, *layout);
+        drawAdornments(pass, layout);
     }
     painter.setOpacity(1.0);
     return drawn;
