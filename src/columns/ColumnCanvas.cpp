@@ -4,6 +4,7 @@
 #include "ColumnDragHandleOverlay.h"
 #include "ColumnEditorOverlay.h"
 #include "ColumnWidthsStore.h"
+#include "WrappedLines.h"
 #include "look/Look.h"
 
 #include "core/SermonDocument.h"
@@ -64,7 +65,7 @@ ColumnCanvas::ColumnCanvas(SermonDocument* document, ColumnWidthsStore* widths, 
     // The tree was put in place whole (read again from its file, or undone).
     connect(m_document, &SermonDocument::rootChanged, this, [this] { recomputeLayout(true); });
     connect(&m_animator, &ColumnAnimator::displayFramesChanged, this, [this] {
-        refreshEffective();
+        refreshEffective(false);
         placeOverlays();
         update();
     });
@@ -114,14 +115,39 @@ SermonNodePtr ColumnCanvas::find(const std::optional<NodeID>& id) const
 
 void ColumnCanvas::recomputeLayout(bool animated)
 {
-    const SermonNodePtr& top = root();
-    m_layout = ColumnLayout::compute(*top, m_columnWidths.widths());
+    m_layout = ColumnLayout::compute(*root(), m_columnWidths.widths());
+    walkTree();
+    settleLayout(animated);
+}
 
+void ColumnCanvas::relayText(const SermonNode& node)
+{
+    // Frames hold rows, not text: while the edited cell keeps its row count (or is hidden) the
+    // layout comes out as it was, and only the glide, if one runs, has to stop.
+    const auto f = m_layout.frames.find(node.id());
+    if (f == m_layout.frames.end()
+        || wrappedLineCount(node.text(), false, f->second.size.width()) * ColumnLayout::rowHeight
+            == f->second.size.height()) {
+        if (!m_displayIsLayout) {
+            m_animator.stop(m_layout.frames);
+            m_displayIsLayout = true;
+        }
+        update();
+        return;
+    }
+    m_layout = ColumnLayout::compute(*root(), m_columnWidths.widths());
+    settleLayout(false);
+}
+
+void ColumnCanvas::walkTree()
+{
+    const SermonNodePtr& top = root();
     // One walk of the whole tree, hidden nodes too, without recursion: the lookup and the next
     // siblings everywhere, and the deepest column of each visible subtree.
     m_subtreeRightmost.clear();
     m_nextSiblingID.clear();
     m_nodeLookup.clear();
+    m_columnOrder.assign(size_t(std::max(m_layout.columnCount, 0)), {});
     m_nodeLookup.reserve(m_layout.frames.size());
     const auto columnOf = [this](const SermonNode& node) {
         const auto f = m_layout.frames.find(node.id());
@@ -140,9 +166,13 @@ void ColumnCanvas::recomputeLayout(bool animated)
         Step& step = stack.back();
         const SermonNode& node = **step.node;
         const auto& children = node.children();
-        if (step.nextChild == 0)
+        if (step.nextChild == 0) {
             for (size_t i = 0; i + 1 < children.size(); ++i)
                 m_nextSiblingID.emplace(children[i]->id(), children[i + 1]->id());
+            // Nodes of one depth are met top to bottom.
+            if (const auto f = m_layout.frames.find(node.id()); step.isVisible && f != m_layout.frames.end())
+                m_columnOrder[size_t(f->second.column)].push_back(node.id());
+        }
         if (step.nextChild < children.size()) {
             const SermonNodePtr& child = children[step.nextChild++];
             const bool visible = step.isVisible && !node.isCollapsed();
@@ -158,7 +188,11 @@ void ColumnCanvas::recomputeLayout(bool animated)
         if (!stack.empty())
             stack.back().rightmost = std::max(stack.back().rightmost, done.rightmost);
     }
+}
 
+void ColumnCanvas::settleLayout(bool animated)
+{
+    m_targetIndex.rebuild(m_layout.frames, m_columnOrder);
     m_panOffset = clampedPan(m_panOffset);
     // A session on a line that has gone (undone, cut) ends with it.
     if (m_controller->editingNodeID() && !find(m_controller->editingNodeID()))
@@ -167,26 +201,40 @@ void ColumnCanvas::recomputeLayout(bool animated)
         m_animator.animate(m_layout.frames);
     else
         m_animator.stop(m_layout.frames);
-    refreshEffective();
+    // Without a glide to run (also the very first layout), the layout's frames are drawn as given.
+    m_displayIsLayout = !m_animator.isRunning() && m_animator.showsTargetNodes();
+    refreshEffective(true);
     placeOverlays();
     update();
 }
 
-void ColumnCanvas::refreshEffective()
+void ColumnCanvas::refreshEffective(bool layoutChanged)
 {
-    m_effective.totalSize = m_layout.totalSize;
-    m_effective.columnCount = m_layout.columnCount;
-    m_effective.columnXEdges = m_layout.columnXEdges;
-    m_effective.frames.clear();
     const ColumnFrames& display = m_animator.displayFrames();
-    m_effective.frames.reserve(display.size());
+    const int lastColumn = m_layout.columnCount - 1;
+    if (!layoutChanged && m_effectiveFrames == &display && m_indexedGeneration == m_animator.displayGeneration()) {
+        // A glide step: the same entries moved in place.
+        m_effectiveIndex.refresh();
+        return;
+    }
+    m_indexedGeneration = m_animator.displayGeneration();
+    m_mergedFrames.clear();
+    if (m_animator.showsTargetNodes()) {
+        // The layout's nodes, all in present columns: drawn as they are.
+        m_effectiveFrames = &display;
+        m_effectiveIndex.rebuild(display, m_columnOrder);
+        return;
+    }
+    m_mergedFrames.reserve(display.size());
     // A column that has just gone away is not drawn while the glide settles.
     for (const auto& [id, frame] : display)
-        if (frame.column <= m_layout.columnCount - 1)
-            m_effective.frames.emplace(id, frame);
+        if (frame.column <= lastColumn)
+            m_mergedFrames.emplace(id, frame);
     // A new node stands at its place at once, also before the glide's first tick.
     for (const auto& [id, frame] : m_layout.frames)
-        m_effective.frames.emplace(id, frame);
+        m_mergedFrames.emplace(id, frame);
+    m_effectiveFrames = &m_mergedFrames;
+    m_effectiveIndex.rebuild(m_mergedFrames, m_layout.columnCount);
 }
 
 // ---- Scrolling ------------------------------------------------------------------------------
@@ -247,7 +295,7 @@ void ColumnCanvas::revealNode(const NodeID& id)
 
 std::optional<NodeID> ColumnCanvas::hitTest(QPointF point) const
 {
-    const ColumnLayout& layout = m_effective;
+    const ColumnLayout& layout = m_layout;
     const double y = point.y() - m_panOffset.y();
     const auto adjusted = CollapseResolver::adjustedColumns(layout.columnCount, layout.columnXEdges, -m_panOffset.x());
     int column = -1;
@@ -266,10 +314,12 @@ std::optional<NodeID> ColumnCanvas::hitTest(QPointF point) const
     if (column < 0)
         return std::nullopt;
     // A node answers over the whole height of its subtree.
-    for (const auto& [id, frame] : layout.frames)
-        if (frame.column == column && frame.subtreeYRange.contains(y))
-            return id;
-    return std::nullopt;
+    std::optional<NodeID> hit;
+    m_effectiveIndex.forEachNear(column, y, y, [&](const ColumnNodeFrame& frame) {
+        if (!hit && frame.subtreeYRange.contains(y))
+            hit = frame.nodeID;
+    });
+    return hit;
 }
 
 // ---- Overlays -------------------------------------------------------------------------------
@@ -280,12 +330,12 @@ void ColumnCanvas::placeOverlays()
     m_handles->setColumns(m_layout.columnXEdges, m_layout.columnCount, height(), m_panOffset.x());
     if (!m_editor->isVisible() || !m_editorNodeID)
         return;
-    const auto f = m_effective.frames.find(*m_editorNodeID);
-    if (f == m_effective.frames.end())
+    const auto f = m_effectiveFrames->find(*m_editorNodeID);
+    if (f == m_effectiveFrames->end())
         return;
     const ColumnNodeFrame& frame = f->second;
     const auto adjusted =
-        CollapseResolver::adjustedColumns(m_effective.columnCount, m_effective.columnXEdges, -m_panOffset.x());
+        CollapseResolver::adjustedColumns(m_layout.columnCount, m_layout.columnXEdges, -m_panOffset.x());
     const double columnX = size_t(frame.column) < adjusted.size() ? adjusted[size_t(frame.column)].xOrigin
                                                                   : frame.origin.x() + m_panOffset.x();
     const double x = columnX + inset;
@@ -299,7 +349,7 @@ void ColumnCanvas::placeOverlays()
 void ColumnCanvas::syncEditor()
 {
     const std::optional<NodeID> id = m_controller->editingNodeID();
-    const bool hasFrame = id && m_effective.frames.count(*id);
+    const bool hasFrame = id && m_effectiveFrames->count(*id);
     if (!hasFrame) {
         m_editorNodeID.reset();
         if (m_editor->isVisible()) {
@@ -310,7 +360,7 @@ void ColumnCanvas::syncEditor()
         }
         return;
     }
-    const ColumnNodeFrame& frame = m_effective.frames.at(*id);
+    const ColumnNodeFrame& frame = m_effectiveFrames->at(*id);
     const bool isRoot = frame.column == 0;
     if (!m_editor->isVisible() || m_editorNodeID != id) {
         // Opened, or re-targeted to the next line: the same field goes on.
@@ -339,7 +389,7 @@ void ColumnCanvas::editingTextChanged()
     if (!node || node->text() == m_controller->editingText())
         return;
     node->setText(m_controller->editingText());
-    recomputeLayout(false);
+    relayText(*node);
     emit edited();
 }
 
@@ -708,8 +758,10 @@ void ColumnCanvas::resizeEvent(QResizeEvent* event)
 ColumnDrawInput ColumnCanvas::drawInput() const
 {
     ColumnDrawInput in;
-    in.layout = &m_effective;
-    in.targetFrames = &m_layout.frames;
+    in.layout = &m_layout;
+    in.frames = m_effectiveFrames;
+    in.index = &m_effectiveIndex;
+    in.targetIndex = &m_targetIndex;
     in.subtreeRightmost = &m_subtreeRightmost;
     in.nextSiblingID = &m_nextSiblingID;
     in.nodeLookup = &m_nodeLookup;
