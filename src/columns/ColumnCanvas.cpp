@@ -129,8 +129,8 @@ void ColumnCanvas::relayText(const SermonNode& node)
         || wrappedLineCount(node.text(), false, f->second.size.width()) * ColumnLayout::rowHeight
             == f->second.size.height()) {
         if (!m_displayIsLayout) {
-            m_animator.stop(m_layout.frames);
             m_displayIsLayout = true;
+            m_animator.stop(m_layout.frames);
         }
         update();
         return;
@@ -197,12 +197,15 @@ void ColumnCanvas::settleLayout(bool animated)
     // A session on a line that has gone (undone, cut) ends with it.
     if (m_controller->editingNodeID() && !find(m_controller->editingNodeID()))
         m_controller->endSession();
-    if (animated)
+    if (animated) {
+        m_displayIsLayout = false;
         m_animator.animate(m_layout.frames);
-    else
+        // Without a glide to run (the very first layout), the layout's frames are drawn as given.
+        m_displayIsLayout = !m_animator.isRunning() && m_animator.showsTargetNodes();
+    } else {
+        m_displayIsLayout = true;
         m_animator.stop(m_layout.frames);
-    // Without a glide to run (also the very first layout), the layout's frames are drawn as given.
-    m_displayIsLayout = !m_animator.isRunning() && m_animator.showsTargetNodes();
+    }
     refreshEffective(true);
     placeOverlays();
     update();
@@ -210,6 +213,13 @@ void ColumnCanvas::settleLayout(bool animated)
 
 void ColumnCanvas::refreshEffective(bool layoutChanged)
 {
+    if (m_displayIsLayout) {
+        // The animator holds a copy of the layout's frames: the layout's own are drawn, through
+        // the index already made for them.
+        m_effectiveFrames = &m_layout.frames;
+        m_mergedFrames.clear();
+        return;
+    }
     const ColumnFrames& display = m_animator.displayFrames();
     const int lastColumn = m_layout.columnCount - 1;
     if (!layoutChanged && m_effectiveFrames == &display && m_indexedGeneration == m_animator.displayGeneration()) {
@@ -315,7 +325,7 @@ std::optional<NodeID> ColumnCanvas::hitTest(QPointF point) const
         return std::nullopt;
     // A node answers over the whole height of its subtree.
     std::optional<NodeID> hit;
-    m_effectiveIndex.forEachNear(column, y, y, [&](const ColumnNodeFrame& frame) {
+    effectiveIndex().forEachNear(column, y, y, [&](const ColumnNodeFrame& frame) {
         if (!hit && frame.subtreeYRange.contains(y))
             hit = frame.nodeID;
     });
@@ -760,7 +770,7 @@ ColumnDrawInput ColumnCanvas::drawInput() const
     ColumnDrawInput in;
     in.layout = &m_layout;
     in.frames = m_effectiveFrames;
-    in.index = &m_effectiveIndex;
+    in.index = &effectiveIndex();
     in.targetIndex = &m_targetIndex;
     in.subtreeRightmost = &m_subtreeRightmost;
     in.nextSiblingID = &m_nextSiblingID;

@@ -100,6 +100,7 @@ private:
     void walkTree();
     void settleLayout(bool animated);
     void refreshEffective(bool layoutChanged);
+    const ColumnFrameIndex& effectiveIndex() const { return m_displayIsLayout ? m_targetIndex : m_effectiveIndex; }
     void placeOverlays();
     void syncEditor();
     void editingTextChanged();
