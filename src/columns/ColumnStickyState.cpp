@@ -23,8 +23,9 @@ void consider(std::map<int, ColumnStickyState>& result, const ColumnFrames& fram
         if (!(lower <= heldLower))
             return;
     }
-    result[frame.column] = ColumnStickyState{frame.nodeID, frame.column, frame.origin.y(), frame.size.height(),
-                                             upper, std::max(viewportTop, frame.origin.y())};
+    const double pinnedTextY = std::max(viewportTop, frame.origin.y());
+    result[frame.column] =
+        ColumnStickyState{frame.nodeID, frame.column, frame.origin.y(), frame.size.height(), upper, pinnedTextY};
 }
 
 } // namespace
