@@ -125,9 +125,10 @@ void ColumnCanvas::relayText(const SermonNode& node)
     // Frames hold rows, not text: while the edited cell keeps its row count (or is hidden) the
     // layout comes out as it was, and only the glide, if one runs, has to stop.
     const auto f = m_layout.frames.find(node.id());
-    if (f == m_layout.frames.end()
-        || wrappedLineCount(node.text(), false, f->second.size.width()) * ColumnLayout::rowHeight
-            == f->second.size.height()) {
+    const double height = f == m_layout.frames.end()
+        ? 0
+        : wrappedLineCount(node.text(), false, f->second.size.width()) * ColumnLayout::rowHeight;
+    if (f == m_layout.frames.end() || height == f->second.size.height()) {
         if (!m_displayIsLayout) {
             m_displayIsLayout = true;
             m_animator.stop(m_layout.frames);
@@ -135,8 +136,72 @@ void ColumnCanvas::relayText(const SermonNode& node)
         update();
         return;
     }
-    m_layout = ColumnLayout::compute(*root(), m_columnWidths.widths());
-    settleLayout(false);
+    resizeCell(node, f->second, height);
+    m_targetIndex.refresh();
+    m_panOffset = clampedPan(m_panOffset);
+    m_displayIsLayout = true;
+    m_animator.stop(m_layout.frames);
+    refreshEffective(true);
+    placeOverlays();
+    update();
+}
+
+void ColumnCanvas::resizeCell(const SermonNode& node, ColumnNodeFrame& cell, double height)
+{
+    // What a whole layout would give, worked out from the cell upwards: its branch's bottom
+    // moves, the branches after it move down with it, and so on up to the root. Rows are whole
+    // multiples of the row height, so the sums are exact.
+    std::vector<const SermonNode*> path; // root to the cell's node, found without recursion
+    {
+        std::vector<std::pair<const SermonNode*, size_t>> stack{{root().get(), 0}};
+        while (!stack.empty() && stack.back().first != &node) {
+            auto& [at, next] = stack.back();
+            if (next < at->children().size())
+                stack.emplace_back(at->children()[next++].get(), 0);
+            else
+                stack.pop_back();
+        }
+        for (const auto& step : stack)
+            path.push_back(step.first);
+    }
+    if (path.empty())
+        return;
+    const auto shiftBranch = [this](const SermonNode& top, double dy) {
+        std::vector<const SermonNode*> pending{&top};
+        while (!pending.empty()) {
+            const SermonNode* n = pending.back();
+            pending.pop_back();
+            const auto f = m_layout.frames.find(n->id());
+            if (f == m_layout.frames.end())
+                continue;
+            ColumnNodeFrame& frame = f->second;
+            frame.origin.ry() += dy;
+            frame.subtreeYRange.lower += dy;
+            frame.subtreeYRange.upper += dy;
+            if (!n->isCollapsed())
+                for (const SermonNodePtr& child : n->children())
+                    pending.push_back(child.get());
+        }
+    };
+    cell.size.setHeight(height);
+    for (size_t i = path.size(); i-- > 0;) {
+        const SermonNode& at = *path[i];
+        ColumnNodeFrame& frame = m_layout.frames.at(at.id());
+        double bottom = frame.origin.y();
+        if (!at.isCollapsed() && !at.children().empty())
+            bottom = m_layout.frames.at(at.children().back()->id()).subtreeYRange.upper;
+        bottom = std::max(bottom, frame.origin.y() + frame.size.height());
+        const double dy = bottom - frame.subtreeYRange.upper;
+        frame.subtreeYRange.upper = bottom;
+        if (i == 0)
+            m_layout.totalSize.setHeight(bottom);
+        if (dy == 0 || i == 0)
+            break;
+        const auto& siblings = path[i - 1]->children();
+        auto after = std::find_if(siblings.begin(), siblings.end(), [&](const auto& c) { return c.get() == &at; });
+        for (++after; after != siblings.end(); ++after)
+            shiftBranch(**after, dy);
+    }
 }
 
 void ColumnCanvas::walkTree()

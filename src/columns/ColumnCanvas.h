@@ -97,6 +97,8 @@ private:
     void appear();
     // The text of `node` changed and nothing else: the tables that follow the tree's shape stand.
     void relayText(const SermonNode& node);
+    // Gives the cell of `node` a new height and moves what lies below it, in place.
+    void resizeCell(const SermonNode& node, ColumnNodeFrame& cell, double height);
     void walkTree();
     void settleLayout(bool animated);
     void refreshEffective(bool layoutChanged);

@@ -307,6 +307,47 @@ TEST_F(ColumnCanvasTest, EditorKeysFollowTheOutlineRules)
     EXPECT_EQ(canvas->layout().frames.at(soft->id()).size.height(), 2 * row);
 }
 
+// Each row types into one line so that it gains or loses rows; the table is then exactly what
+// a whole new layout of the tree gives.
+TEST_F(ColumnCanvasTest, AKeystrokeThatChangesRowsRelaysAsAWholeLayout)
+{
+    const QString three = QStringLiteral("one\u2028two\u2028three");
+    struct Case {
+        const char* name;
+        std::function<SermonNodePtr(const ColumnCanvasTest&)> line;
+        QString before;
+        QString typed;
+        bool collapseBeta;
+    };
+    const Case cases[] = {
+        {"a leaf grows: its branch and all after it move", [](const auto& t) { return t.alphaOne; }, {}, three, false},
+        {"a parent outgrows its children", [](const auto& t) { return t.alpha; }, {}, three, false},
+        {"a parent grows within its children's rows",
+         [](const auto& t) { return t.alpha; },
+         {},
+         QStringLiteral("a\u2028b"),
+         false},
+        {"the title grows past the whole table", [](const auto& t) { return t.root(); }, {}, three + three, false},
+        {"the last leaf shrinks", [](const auto& t) { return t.betaOne; }, three, QStringLiteral("one"), false},
+        {"a line above a folded branch", [](const auto& t) { return t.alphaTwo; }, {}, three, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        SetUp();
+        if (c.collapseBeta)
+            beta->setCollapsed(true);
+        const SermonNodePtr line = c.line(*this);
+        if (!c.before.isEmpty())
+            line->setText(c.before);
+        canvas->recomputeLayout(false);
+        canvas->beginEdit(line->id(), false);
+        controller()->setEditingText(c.typed);
+        ASSERT_EQ(line->text(), c.typed);
+        EXPECT_EQ(canvas->layout(), ColumnLayout::compute(*root(), canvas->widthsStore()->config().widths()));
+        EXPECT_EQ(canvas->effectiveFrames(), canvas->layout().frames);
+    }
+}
+
 // ---- Pointer and scrolling --------------------------------------------------------------------
 
 TEST_F(ColumnCanvasTest, ClicksHitWholeSubtreesAndDoubleClickEdits)
