@@ -116,4 +116,36 @@ void BM_ColumnEditorKeystrokeToFrame(benchmark::State& state)
 }
 BENCHMARK(BM_ColumnEditorKeystrokeToFrame)->Arg(300)->Arg(5000)->Arg(20000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
+// A line break typed into the editor, then taken back: the cell gains or loses a row on every
+// keystroke, and the whole table is laid out again.
+void BM_ColumnEditorKeystrokeAddingARow(benchmark::State& state)
+{
+    ColumnsFixture f(int(state.range(0)));
+    const auto& children = f.document.root()->children();
+    const SermonNodePtr line = children[children.size() / 2];
+    f.canvas.beginEdit(line->id(), false);
+    ColumnEditorOverlay* editor = f.canvas.editor();
+    const double rows = f.canvas.layout().frames.at(line->id()).size.height();
+    bool typing = true;
+    for (auto _ : state) {
+        QTextCursor cursor = editor->textCursor();
+        if (typing)
+            cursor.insertText(QStringLiteral("\n"));
+        else
+            cursor.deletePreviousChar();
+        typing = !typing;
+        f.draw();
+    }
+    if (typing)
+        editor->textCursor().insertText(QStringLiteral("\n"));
+    if (f.canvas.layout().frames.at(line->id()).size.height() != rows + ColumnLayout::rowHeight)
+        state.SkipWithError("the line break did not add a row");
+}
+BENCHMARK(BM_ColumnEditorKeystrokeAddingARow)
+    ->Arg(300)
+    ->Arg(5000)
+    ->Arg(20000)
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
+
 } // namespace

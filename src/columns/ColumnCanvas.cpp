@@ -4,6 +4,7 @@
 #include "ColumnDragHandleOverlay.h"
 #include "ColumnEditorOverlay.h"
 #include "ColumnWidthsStore.h"
+#include "WrappedLines.h"
 #include "look/Look.h"
 
 #include "core/SermonDocument.h"
@@ -64,7 +65,7 @@ ColumnCanvas::ColumnCanvas(SermonDocument* document, ColumnWidthsStore* widths, 
     // The tree was put in place whole (read again from its file, or undone).
     connect(m_document, &SermonDocument::rootChanged, this, [this] { recomputeLayout(true); });
     connect(&m_animator, &ColumnAnimator::displayFramesChanged, this, [this] {
-        refreshEffective();
+        refreshEffective(false);
         placeOverlays();
         update();
     });
@@ -114,14 +115,104 @@ SermonNodePtr ColumnCanvas::find(const std::optional<NodeID>& id) const
 
 void ColumnCanvas::recomputeLayout(bool animated)
 {
-    const SermonNodePtr& top = root();
-    m_layout = ColumnLayout::compute(*top, m_columnWidths.widths());
+    m_layout = ColumnLayout::compute(*root(), m_columnWidths.widths());
+    walkTree();
+    settleLayout(animated);
+}
 
+void ColumnCanvas::relayText(const SermonNode& node)
+{
+    // Frames hold rows, not text: while the edited cell keeps its row count (or is hidden) the
+    // layout comes out as it was, and only the glide, if one runs, has to stop.
+    const auto f = m_layout.frames.find(node.id());
+    const double height = f == m_layout.frames.end()
+        ? 0
+        : wrappedLineCount(node.text(), false, f->second.size.width()) * ColumnLayout::rowHeight;
+    if (f == m_layout.frames.end() || height == f->second.size.height()) {
+        if (!m_displayIsLayout) {
+            m_displayIsLayout = true;
+            m_animator.stop(m_layout.frames);
+        }
+        update();
+        return;
+    }
+    resizeCell(node, f->second, height);
+    m_targetIndex.refresh();
+    m_panOffset = clampedPan(m_panOffset);
+    m_displayIsLayout = true;
+    m_animator.stop(m_layout.frames);
+    refreshEffective(true);
+    placeOverlays();
+    update();
+}
+
+void ColumnCanvas::resizeCell(const SermonNode& node, ColumnNodeFrame& cell, double height)
+{
+    // What a whole layout would give, worked out from the cell upwards: its branch's bottom
+    // moves, the branches after it move down with it, and so on up to the root. Rows are whole
+    // multiples of the row height, so the sums are exact.
+    std::vector<const SermonNode*> path; // root to the cell's node, found without recursion
+    {
+        std::vector<std::pair<const SermonNode*, size_t>> stack{{root().get(), 0}};
+        while (!stack.empty() && stack.back().first != &node) {
+            auto& [at, next] = stack.back();
+            if (next < at->children().size())
+                stack.emplace_back(at->children()[next++].get(), 0);
+            else
+                stack.pop_back();
+        }
+        for (const auto& step : stack)
+            path.push_back(step.first);
+    }
+    if (path.empty())
+        return;
+    const auto shiftBranch = [this](const SermonNode& top, double dy) {
+        std::vector<const SermonNode*> pending{&top};
+        while (!pending.empty()) {
+            const SermonNode* n = pending.back();
+            pending.pop_back();
+            const auto f = m_layout.frames.find(n->id());
+            if (f == m_layout.frames.end())
+                continue;
+            ColumnNodeFrame& frame = f->second;
+            frame.origin.ry() += dy;
+            frame.subtreeYRange.lower += dy;
+            frame.subtreeYRange.upper += dy;
+            if (!n->isCollapsed())
+                for (const SermonNodePtr& child : n->children())
+                    pending.push_back(child.get());
+        }
+    };
+    cell.size.setHeight(height);
+    for (size_t i = path.size(); i-- > 0;) {
+        const SermonNode& at = *path[i];
+        ColumnNodeFrame& frame = m_layout.frames.at(at.id());
+        double bottom = frame.origin.y();
+        if (!at.isCollapsed() && !at.children().empty())
+            bottom = m_layout.frames.at(at.children().back()->id()).subtreeYRange.upper;
+        bottom = std::max(bottom, frame.origin.y() + frame.size.height());
+        const double dy = bottom - frame.subtreeYRange.upper;
+        frame.subtreeYRange.upper = bottom;
+        if (i == 0)
+            m_layout.totalSize.setHeight(bottom);
+        if (dy == 0 || i == 0)
+            break;
+        const auto& siblings = path[i - 1]->children();
+        auto after = std::find_if(siblings.begin(), siblings.end(), [&](const auto& c) { return c.get() == &at; });
+        for (++after; after != siblings.end(); ++after)
+            shiftBranch(**after, dy);
+    }
+}
+
+void ColumnCanvas::walkTree()
+{
+    const SermonNodePtr& top = root();
     // One walk of the whole tree, hidden nodes too, without recursion: the lookup and the next
     // siblings everywhere, and the deepest column of each visible subtree.
     m_subtreeRightmost.clear();
     m_nextSiblingID.clear();
     m_nodeLookup.clear();
+    m_columnOrder.assign(size_t(std::max(m_layout.columnCount, 0)), {});
     m_nodeLookup.reserve(m_layout.frames.size());
     const auto columnOf = [this](const SermonNode& node) {
         const auto f = m_layout.frames.find(node.id());
@@ -140,9 +231,13 @@ void ColumnCanvas::recomputeLayout(bool animated)
         Step& step = stack.back();
         const SermonNode& node = **step.node;
         const auto& children = node.children();
-        if (step.nextChild == 0)
+        if (step.nextChild == 0) {
             for (size_t i = 0; i + 1 < children.size(); ++i)
                 m_nextSiblingID.emplace(children[i]->id(), children[i + 1]->id());
+            // Nodes of one depth are met top to bottom.
+            if (const auto f = m_layout.frames.find(node.id()); step.isVisible && f != m_layout.frames.end())
+                m_columnOrder[size_t(f->second.column)].push_back(node.id());
+        }
         if (step.nextChild < children.size()) {
             const SermonNodePtr& child = children[step.nextChild++];
             const bool visible = step.isVisible && !node.isCollapsed();
@@ -158,35 +253,63 @@ void ColumnCanvas::recomputeLayout(bool animated)
         if (!stack.empty())
             stack.back().rightmost = std::max(stack.back().rightmost, done.rightmost);
     }
+}
 
+void ColumnCanvas::settleLayout(bool animated)
+{
+    m_targetIndex.rebuild(m_layout.frames, m_columnOrder);
     m_panOffset = clampedPan(m_panOffset);
     // A session on a line that has gone (undone, cut) ends with it.
     if (m_controller->editingNodeID() && !find(m_controller->editingNodeID()))
         m_controller->endSession();
-    if (animated)
+    if (animated) {
+        m_displayIsLayout = false;
         m_animator.animate(m_layout.frames);
-    else
+        // Without a glide to run (the very first layout), the layout's frames are drawn as given.
+        m_displayIsLayout = !m_animator.isRunning() && m_animator.showsTargetNodes();
+    } else {
+        m_displayIsLayout = true;
         m_animator.stop(m_layout.frames);
-    refreshEffective();
+    }
+    refreshEffective(true);
     placeOverlays();
     update();
 }
 
-void ColumnCanvas::refreshEffective()
+void ColumnCanvas::refreshEffective(bool layoutChanged)
 {
-    m_effective.totalSize = m_layout.totalSize;
-    m_effective.columnCount = m_layout.columnCount;
-    m_effective.columnXEdges = m_layout.columnXEdges;
-    m_effective.frames.clear();
+    if (m_displayIsLayout) {
+        // The animator holds a copy of the layout's frames: the layout's own are drawn, through
+        // the index already made for them.
+        m_effectiveFrames = &m_layout.frames;
+        m_mergedFrames.clear();
+        return;
+    }
     const ColumnFrames& display = m_animator.displayFrames();
-    m_effective.frames.reserve(display.size());
+    const int lastColumn = m_layout.columnCount - 1;
+    if (!layoutChanged && m_effectiveFrames == &display && m_indexedGeneration == m_animator.displayGeneration()) {
+        // A glide step: the same entries moved in place.
+        m_effectiveIndex.refresh();
+        return;
+    }
+    m_indexedGeneration = m_animator.displayGeneration();
+    m_mergedFrames.clear();
+    if (m_animator.showsTargetNodes()) {
+        // The layout's nodes, all in present columns: drawn as they are.
+        m_effectiveFrames = &display;
+        m_effectiveIndex.rebuild(display, m_columnOrder);
+        return;
+    }
+    m_mergedFrames.reserve(display.size());
     // A column that has just gone away is not drawn while the glide settles.
     for (const auto& [id, frame] : display)
-        if (frame.column <= m_layout.columnCount - 1)
-            m_effective.frames.emplace(id, frame);
+        if (frame.column <= lastColumn)
+            m_mergedFrames.emplace(id, frame);
     // A new node stands at its place at once, also before the glide's first tick.
     for (const auto& [id, frame] : m_layout.frames)
-        m_effective.frames.emplace(id, frame);
+        m_mergedFrames.emplace(id, frame);
+    m_effectiveFrames = &m_mergedFrames;
+    m_effectiveIndex.rebuild(m_mergedFrames, m_layout.columnCount);
 }
 
 // ---- Scrolling ------------------------------------------------------------------------------
@@ -247,7 +370,7 @@ void ColumnCanvas::revealNode(const NodeID& id)
 
 std::optional<NodeID> ColumnCanvas::hitTest(QPointF point) const
 {
-    const ColumnLayout& layout = m_effective;
+    const ColumnLayout& layout = m_layout;
     const double y = point.y() - m_panOffset.y();
     const auto adjusted = CollapseResolver::adjustedColumns(layout.columnCount, layout.columnXEdges, -m_panOffset.x());
     int column = -1;
@@ -266,10 +389,12 @@ std::optional<NodeID> ColumnCanvas::hitTest(QPointF point) const
     if (column < 0)
         return std::nullopt;
     // A node answers over the whole height of its subtree.
-    for (const auto& [id, frame] : layout.frames)
-        if (frame.column == column && frame.subtreeYRange.contains(y))
-            return id;
-    return std::nullopt;
+    std::optional<NodeID> hit;
+    effectiveIndex().forEachNear(column, y, y, [&](const ColumnNodeFrame& frame) {
+        if (!hit && frame.subtreeYRange.contains(y))
+            hit = frame.nodeID;
+    });
+    return hit;
 }
 
 // ---- Overlays -------------------------------------------------------------------------------
@@ -280,12 +405,12 @@ void ColumnCanvas::placeOverlays()
     m_handles->setColumns(m_layout.columnXEdges, m_layout.columnCount, height(), m_panOffset.x());
     if (!m_editor->isVisible() || !m_editorNodeID)
         return;
-    const auto f = m_effective.frames.find(*m_editorNodeID);
-    if (f == m_effective.frames.end())
+    const auto f = m_effectiveFrames->find(*m_editorNodeID);
+    if (f == m_effectiveFrames->end())
         return;
     const ColumnNodeFrame& frame = f->second;
     const auto adjusted =
-        CollapseResolver::adjustedColumns(m_effective.columnCount, m_effective.columnXEdges, -m_panOffset.x());
+        CollapseResolver::adjustedColumns(m_layout.columnCount, m_layout.columnXEdges, -m_panOffset.x());
     const double columnX = size_t(frame.column) < adjusted.size() ? adjusted[size_t(frame.column)].xOrigin
                                                                   : frame.origin.x() + m_panOffset.x();
     const double x = columnX + inset;
@@ -299,7 +424,7 @@ void ColumnCanvas::placeOverlays()
 void ColumnCanvas::syncEditor()
 {
     const std::optional<NodeID> id = m_controller->editingNodeID();
-    const bool hasFrame = id && m_effective.frames.count(*id);
+    const bool hasFrame = id && m_effectiveFrames->count(*id);
     if (!hasFrame) {
         m_editorNodeID.reset();
         if (m_editor->isVisible()) {
@@ -310,7 +435,7 @@ void ColumnCanvas::syncEditor()
         }
         return;
     }
-    const ColumnNodeFrame& frame = m_effective.frames.at(*id);
+    const ColumnNodeFrame& frame = m_effectiveFrames->at(*id);
     const bool isRoot = frame.column == 0;
     if (!m_editor->isVisible() || m_editorNodeID != id) {
         // Opened, or re-targeted to the next line: the same field goes on.
@@ -339,7 +464,7 @@ void ColumnCanvas::editingTextChanged()
     if (!node || node->text() == m_controller->editingText())
         return;
     node->setText(m_controller->editingText());
-    recomputeLayout(false);
+    relayText(*node);
     emit edited();
 }
 
@@ -708,8 +833,10 @@ void ColumnCanvas::resizeEvent(QResizeEvent* event)
 ColumnDrawInput ColumnCanvas::drawInput() const
 {
     ColumnDrawInput in;
-    in.layout = &m_effective;
-    in.targetFrames = &m_layout.frames;
+    in.layout = &m_layout;
+    in.frames = m_effectiveFrames;
+    in.index = &effectiveIndex();
+    in.targetIndex = &m_targetIndex;
     in.subtreeRightmost = &m_subtreeRightmost;
     in.nextSiblingID = &m_nextSiblingID;
     in.nodeLookup = &m_nodeLookup;

@@ -2,6 +2,7 @@
 
 #include "ColumnAnimator.h"
 #include "ColumnDrawing.h"
+#include "ColumnFrameIndex.h"
 #include "ColumnLayout.h"
 #include "ColumnWidthsConfig.h"
 #include "ScrollAnimator.h"
@@ -44,10 +45,10 @@ public:
     void setPasteboard(Pasteboard* pasteboard);
     ColumnWidthsStore* widthsStore() const { return m_widths; }
 
-    // The target layout, and the one drawn and hit: the animated frames, less any in a column
+    // The target layout, and the frames drawn and hit: the animated ones, less any in a column
     // that has just gone away.
     const ColumnLayout& layout() const { return m_layout; }
-    const ColumnLayout& effectiveLayout() const { return m_effective; }
+    const ColumnFrames& effectiveFrames() const { return *m_effectiveFrames; }
     const std::unordered_map<NodeID, int>& subtreeRightmost() const { return m_subtreeRightmost; }
     const std::unordered_map<NodeID, NodeID>& nextSiblingID() const { return m_nextSiblingID; }
     ColumnAnimator& animator() { return m_animator; }
@@ -94,7 +95,14 @@ private:
     SermonNodePtr root() const;
     SermonNodePtr find(const std::optional<NodeID>& id) const;
     void appear();
-    void refreshEffective();
+    // The text of `node` changed and nothing else: the tables that follow the tree's shape stand.
+    void relayText(const SermonNode& node);
+    // Gives the cell of `node` a new height and moves what lies below it, in place.
+    void resizeCell(const SermonNode& node, ColumnNodeFrame& cell, double height);
+    void walkTree();
+    void settleLayout(bool animated);
+    void refreshEffective(bool layoutChanged);
+    const ColumnFrameIndex& effectiveIndex() const { return m_displayIsLayout ? m_targetIndex : m_effectiveIndex; }
     void placeOverlays();
     void syncEditor();
     void editingTextChanged();
@@ -114,7 +122,16 @@ private:
     DocumentController* m_controller;
     std::unique_ptr<MemoryPasteboard> m_ownPasteboard;
     ColumnLayout m_layout = ColumnLayout::empty;
-    ColumnLayout m_effective = ColumnLayout::empty;
+    // The animator's frames when they hold exactly the layout's nodes (after a glide's first
+    // tick, or without a glide); before that, a merge of both.
+    const ColumnFrames* m_effectiveFrames = &m_mergedFrames;
+    ColumnFrames m_mergedFrames;
+    bool m_displayIsLayout = false; // the animator shows exactly the layout's frames
+    quint64 m_indexedGeneration = 0;
+    ColumnFrameIndex m_effectiveIndex;
+    ColumnFrameIndex m_targetIndex;
+    // The visible nodes of each column, top to bottom: they follow the tree's shape alone.
+    std::vector<std::vector<NodeID>> m_columnOrder;
     std::unordered_map<NodeID, int> m_subtreeRightmost;
     std::unordered_map<NodeID, NodeID> m_nextSiblingID;
     std::unordered_map<NodeID, SermonNodePtr> m_nodeLookup;

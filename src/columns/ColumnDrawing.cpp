@@ -64,23 +64,21 @@ struct Pass {
     QPainter& painter;
     const ColumnDrawInput& in;
     const ColumnColors& colors;
-    const ColumnLayout& layout;
+    const ColumnLayout& layout; // columns and size; the pinned text
+    const ColumnFrames& frames; // what is drawn
+    const ColumnFrameIndex& index; // `frames` by column
     std::vector<CollapseResolver::AdjustedColumn> adjusted;
     std::map<int, ColumnStickyState> sticky;
     QRectF view; // content coordinates
     QFont fonts[2];
     ColumnDrawing::Stats stats;
-    std::vector<std::vector<const ColumnNodeFrame*>> byColumn; // filled on first use
 
-    const std::vector<const ColumnNodeFrame*>& framesOf(int c)
+    // Each frame of column `c` whose subtree may reach into the view's rows (a superset: the
+    // callers keep their exact tests).
+    template <typename Visit>
+    void forEachNearView(int c, Visit&& visit) const
     {
-        if (byColumn.empty()) {
-            byColumn.resize(size_t(std::max(layout.columnCount, 1)));
-            for (const auto& entry : layout.frames)
-                if (entry.second.column >= 0 && entry.second.column < layout.columnCount)
-                    byColumn[size_t(entry.second.column)].push_back(&entry.second);
-        }
-        return byColumn[size_t(c)];
+        index.forEachNear(c, view.top(), view.bottom(), std::forward<Visit>(visit));
     }
     bool isOffScreen(const CollapseResolver::AdjustedColumn& a) const
     {
@@ -171,8 +169,8 @@ struct Pass {
     {
         if (!in.selectedNodeID)
             return;
-        const auto f = layout.frames.find(*in.selectedNodeID);
-        if (f == layout.frames.end())
+        const auto f = frames.find(*in.selectedNodeID);
+        if (f == frames.end())
             return;
         const ColumnNodeFrame& frame = f->second;
         if (!(size_t(frame.column) + 1 < layout.columnXEdges.size()))
@@ -186,15 +184,22 @@ struct Pass {
 
     void normalCells()
     {
-        for (const auto& [id, frame] : layout.frames) {
-            if (isEditing(id) || isStickyNode(frame) || isNarrowed(frame.column))
+        for (int c = 0; c < index.columnCount(); ++c) {
+            if (isNarrowed(c))
                 continue;
-            if (!QRectF(frame.origin, frame.size).intersects(view))
-                continue;
-            const double x = screenX(frame.column);
-            const double top = frame.origin.y() + in.panOffset.y();
-            drawLines(id, frame.column, frame.size.width(), x + inset, top,
-                      QRectF(x + inset, top, frame.size.width() - inset, frame.size.height()));
+            // The text lies within the subtree's rows, so the rows near the view hold every cell
+            // that meets it.
+            forEachNearView(c, [&](const ColumnNodeFrame& frame) {
+                const NodeID& id = frame.nodeID;
+                if (isEditing(id) || isStickyNode(frame))
+                    return;
+                if (!QRectF(frame.origin, frame.size).intersects(view))
+                    return;
+                const double x = screenX(frame.column);
+                const double top = frame.origin.y() + in.panOffset.y();
+                drawLines(id, frame.column, frame.size.width(), x + inset, top,
+                          QRectF(x + inset, top, frame.size.width() - inset, frame.size.height()));
+            });
         }
     }
 
@@ -206,8 +211,8 @@ struct Pass {
             const auto* a = adjustedOf(column);
             if (a && a->isRotated)
                 continue;
-            const auto f = layout.frames.find(state.nodeID);
-            if (f == layout.frames.end() || !nodeOf(state.nodeID) || state.subtreeBottomY <= state.pinnedTextY)
+            const auto f = frames.find(state.nodeID);
+            if (f == frames.end() || !nodeOf(state.nodeID) || state.subtreeBottomY <= state.pinnedTextY)
                 continue;
             const ColumnNodeFrame& frame = f->second;
             const double width = a && isNarrowed(column) ? a->displayWidth : frame.size.width();
@@ -231,19 +236,18 @@ struct Pass {
                 continue;
             const double clipWidth = std::max(a.displayWidth - inset, 0.0);
             const double tx = a.xOrigin + inset;
-            for (const ColumnNodeFrame* f : framesOf(a.column)) {
-                const ColumnNodeFrame& frame = *f;
+            forEachNearView(a.column, [&](const ColumnNodeFrame& frame) {
                 const NodeID& id = frame.nodeID;
                 if (isEditing(id) || isStickyNode(frame))
-                    continue;
+                    return;
                 const double upper = frame.subtreeYRange.upper;
                 if (upper <= view.top() || view.bottom() <= frame.origin.y())
-                    continue;
+                    return;
                 // Wrapped at the natural width, so that the text holds still while it narrows.
                 const double top = frame.origin.y() + in.panOffset.y();
                 drawLines(id, a.column, naturalWidth(a.column), tx, top,
                           QRectF(tx, top, clipWidth, upper - frame.origin.y()));
-            }
+            });
         }
     }
 
@@ -257,16 +261,15 @@ struct Pass {
             const bool semibold = a.column == 0;
             const QFontMetricsF metrics(fonts[semibold]);
             const auto s = sticky.find(a.column);
-            for (const ColumnNodeFrame* f : framesOf(a.column)) {
-                const ColumnNodeFrame& frame = *f;
+            forEachNearView(a.column, [&](const ColumnNodeFrame& frame) {
                 const NodeID& id = frame.nodeID;
                 const SermonNode* node = nodeOf(id);
                 if (!node)
-                    continue;
+                    return;
                 const double lower = frame.subtreeYRange.lower;
                 const double upper = frame.subtreeYRange.upper;
                 if (upper <= view.top() || lower >= view.bottom())
-                    continue;
+                    return;
                 if (!node->hasChildren()) {
                     // One dot for each line of text.
                     const int n = std::max(1, int(frame.size.height() / row));
@@ -279,10 +282,10 @@ struct Pass {
                                                    dotDiameter, dotDiameter));
                     painter.setRenderHint(QPainter::Antialiasing, false);
                     stats.dots += n;
-                    continue;
+                    return;
                 }
                 if (isEditing(id))
-                    continue;
+                    return;
                 const double start = s != sticky.end() && s->second.nodeID == id ? s->second.pinnedTextY : lower;
                 const QSizeF textSize(metrics.horizontalAdvance(node->text()), metrics.height());
                 const double available = std::max(upper - inset - (start + inset), 0.0);
@@ -305,7 +308,7 @@ struct Pass {
                                       fadeWidth);
                     fillFade(painter, fade, QPointF(0, fade.top()), QPointF(0, fade.bottom()), colors.background, 1, 0);
                 }
-            }
+            });
         }
     }
 
@@ -330,32 +333,39 @@ struct Pass {
     {
         std::vector<QLineF> lines;
         const double h = in.viewportSize.height();
-        for (const auto& [id, next] : *in.nextSiblingID) {
-            const auto f = layout.frames.find(id);
-            if (f == layout.frames.end())
-                continue;
-            const ColumnNodeFrame& frame = f->second;
-            const double y = frame.subtreeYRange.upper + in.panOffset.y();
-            if (!(-1 <= y && y <= h + 1))
-                continue;
-            const auto r1 = in.subtreeRightmost->find(id);
-            const int first = r1 != in.subtreeRightmost->end() ? r1->second : frame.column;
-            const auto r2 = in.subtreeRightmost->find(next);
-            const int rightmost = std::max(first, r2 != in.subtreeRightmost->end() ? r2->second : first);
-            const double x1 = screenX(frame.column) + inset;
-            double x2 = 0;
-            if (!adjusted.empty()) {
-                const auto* a = adjustedOf(rightmost);
-                if (!a)
-                    continue;
-                x2 = a->xOrigin + a->displayWidth - inset;
-            } else {
-                if (!(size_t(rightmost) + 1 < layout.columnXEdges.size()))
-                    continue;
-                x2 = layout.columnXEdges[size_t(rightmost) + 1] - inset + in.panOffset.x();
-            }
-            if (x1 < x2)
-                lines.emplace_back(x1, y, x2, y);
+        // A rule lies at the bottom of a subtree, so only subtrees that end near the view can
+        // give one.
+        const double top = -1 - in.panOffset.y();
+        const double bottom = h + 1 - in.panOffset.y();
+        for (int c = 0; c < index.columnCount(); ++c) {
+            index.forEachNear(c, top, bottom, [&](const ColumnNodeFrame& frame) {
+                const double y = frame.subtreeYRange.upper + in.panOffset.y();
+                if (!(-1 <= y && y <= h + 1))
+                    return;
+                const NodeID& id = frame.nodeID;
+                const auto nextEntry = in.nextSiblingID->find(id);
+                if (nextEntry == in.nextSiblingID->end())
+                    return;
+                const NodeID& next = nextEntry->second;
+                const auto r1 = in.subtreeRightmost->find(id);
+                const int first = r1 != in.subtreeRightmost->end() ? r1->second : frame.column;
+                const auto r2 = in.subtreeRightmost->find(next);
+                const int rightmost = std::max(first, r2 != in.subtreeRightmost->end() ? r2->second : first);
+                const double x1 = screenX(frame.column) + inset;
+                double x2 = 0;
+                if (!adjusted.empty()) {
+                    const auto* a = adjustedOf(rightmost);
+                    if (!a)
+                        return;
+                    x2 = a->xOrigin + a->displayWidth - inset;
+                } else {
+                    if (!(size_t(rightmost) + 1 < layout.columnXEdges.size()))
+                        return;
+                    x2 = layout.columnXEdges[size_t(rightmost) + 1] - inset + in.panOffset.x();
+                }
+                if (x1 < x2)
+                    lines.emplace_back(x1, y, x2, y);
+            });
         }
         painter.setPen(QPen(Look::withAlpha(colors.primary, 0.25), 1));
         painter.drawLines(lines.data(), int(lines.size()));
@@ -377,16 +387,26 @@ Stats draw(QPainter& painter, const ColumnDrawInput& input, const ColumnColors& 
     if (!input.layout || input.layout->columnCount < 1)
         return {};
     const ColumnLayout& layout = *input.layout;
+    const ColumnFrames& frames = input.frames ? *input.frames : layout.frames;
+    // Without the caller's tables, made here for this pass.
+    ColumnFrameIndex ownIndex;
+    ColumnFrameIndex ownTargetIndex;
+    if (!input.index)
+        ownIndex.rebuild(frames, layout.columnCount);
+    if (!input.targetIndex)
+        ownTargetIndex.rebuild(layout.frames, layout.columnCount);
     Pass pass{
         painter,
         input,
         colors,
         layout,
+        frames,
+        input.index ? *input.index : ownIndex,
         CollapseResolver::adjustedColumns(layout.columnCount, layout.columnXEdges, -input.panOffset.x()),
-        ColumnStickyState::compute(input.targetFrames ? *input.targetFrames : layout.frames, -input.panOffset.y()),
+        ColumnStickyState::compute(layout.frames, input.targetIndex ? *input.targetIndex : ownTargetIndex,
+                                   -input.panOffset.y()),
         QRectF(-input.panOffset.x(), -input.panOffset.y(), input.viewportSize.width(), input.viewportSize.height()),
         {columnFont(false), columnFont(true)},
-        {},
         {}};
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, false);

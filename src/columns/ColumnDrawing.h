@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ColumnFrameIndex.h"
 #include "ColumnLayout.h"
 
 #include "core/SermonNode.h"
@@ -27,8 +28,10 @@ struct ColumnColors {
 
 // Everything one frame of the columns view is drawn from. The tables belong to the canvas.
 struct ColumnDrawInput {
-    const ColumnLayout* layout = nullptr; // the effective layout: the animated frames
-    const ColumnFrames* targetFrames = nullptr; // where the layout wants them: the pinned text
+    const ColumnLayout* layout = nullptr; // the target layout: columns, size and the pinned text
+    const ColumnFrames* frames = nullptr; // what is drawn: the animated frames
+    const ColumnFrameIndex* index = nullptr; // `frames` by column
+    const ColumnFrameIndex* targetIndex = nullptr; // the layout's frames by column
     const std::unordered_map<NodeID, int>* subtreeRightmost = nullptr;
     const std::unordered_map<NodeID, NodeID>* nextSiblingID = nullptr;
     const std::unordered_map<NodeID, SermonNodePtr>* nodeLookup = nullptr;

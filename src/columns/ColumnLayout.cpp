@@ -45,7 +45,7 @@ ColumnLayout ColumnLayout::compute(const SermonNode& root, const std::vector<dou
             continue;
         }
         const double width = widthAt(widths, step.depth);
-        const double height = double(wrappedLines(step.node->text(), false, width).size()) * rowHeight;
+        const double height = double(wrappedLineCount(step.node->text(), false, width)) * rowHeight;
         const double bottom = std::max(step.bottom, step.startY + height);
         ColumnNodeFrame frame{step.node->id(), step.depth, QPointF(xOf(step.depth), step.startY), QSizeF(width, height),
                               ColumnYRange{step.startY, bottom}};

@@ -2,6 +2,8 @@
 
 #include "ColumnLayout.h"
 
+class ColumnFrameIndex;
+
 #include <map>
 
 // The text of a node whose branch reaches past the top of the viewport, pinned at that top
@@ -16,5 +18,8 @@ struct ColumnStickyState {
 
     // `viewportTop` is the negated vertical pan offset.
     static std::map<int, ColumnStickyState> compute(const ColumnFrames& frames, double viewportTop);
+    // The same, visiting only the frames of `index` (built over `frames`) near the viewport top.
+    static std::map<int, ColumnStickyState> compute(const ColumnFrames& frames, const ColumnFrameIndex& index,
+                                                    double viewportTop);
     bool operator==(const ColumnStickyState&) const = default;
 };

@@ -100,11 +100,14 @@ std::vector<WrappedLine> wrappedLinesUncached(const QString& text, bool semibold
     return lines.empty() ? singleEmptyLine() : lines;
 }
 
-std::vector<WrappedLine> wrappedLines(const QString& text, bool semibold, double columnWidth)
+namespace {
+
+// Every keystroke relays the whole sermon; only the changed cell needs the text engine.
+// Bounded by clearing: a cleared cache only costs one cold pass. Large enough for the largest
+// sermons measured (100,000 lines), which would otherwise clear it on every pass. An answer is
+// read before the next call, which may clear the cache.
+const std::vector<WrappedLine>& cachedLines(const QString& text, bool semibold, double columnWidth)
 {
-    // Every keystroke relays the whole sermon; only the changed cell needs the text engine.
-    // Bounded by clearing: a cleared cache only costs one cold pass. Large enough for the
-    // largest sermons measured (100,000 lines), which would otherwise clear it on every pass.
     constexpr qsizetype maxEntries = 250000;
     thread_local QHash<WrapKey, std::vector<WrappedLine>> cache;
     WrapKey key{text, semibold, columnWidth};
@@ -112,7 +115,53 @@ std::vector<WrappedLine> wrappedLines(const QString& text, bool semibold, double
         return hit.value();
     if (cache.size() >= maxEntries)
         cache.clear();
-    auto lines = wrappedLinesUncached(text, semibold, columnWidth);
-    cache.insert(std::move(key), lines);
-    return lines;
+    return *cache.insert(std::move(key), wrappedLinesUncached(text, semibold, columnWidth));
+}
+
+} // namespace
+
+std::vector<WrappedLine> wrappedLines(const QString& text, bool semibold, double columnWidth)
+{
+    return cachedLines(text, semibold, columnWidth);
+}
+
+namespace {
+
+// A text by the identity of its characters. The entry keeps a copy of the text, which shares
+// and so pins those characters: while it lives they can neither change (a write detaches) nor
+// be freed and reused, so the same address and length mean the same text.
+struct SharedTextKey {
+    const QChar* characters;
+    qsizetype length;
+    bool semibold;
+    double width;
+    bool operator==(const SharedTextKey&) const = default;
+};
+
+size_t qHash(const SharedTextKey& key, size_t seed = 0)
+{
+    return qHashMulti(seed, quintptr(key.characters), key.length, key.semibold, key.width);
+}
+
+struct SharedTextCount {
+    QString pin;
+    int count;
+};
+
+} // namespace
+
+int wrappedLineCount(const QString& text, bool semibold, double columnWidth)
+{
+    // A layout asks for the same unchanged texts on every keystroke: answering those by address
+    // spares hashing and comparing every text of the sermon. Bounded like the cache above.
+    constexpr qsizetype maxEntries = 250000;
+    thread_local QHash<SharedTextKey, SharedTextCount> counts;
+    const SharedTextKey key{text.constData(), text.size(), semibold, columnWidth};
+    if (const auto hit = counts.constFind(key); hit != counts.constEnd())
+        return hit->count;
+    if (counts.size() >= maxEntries)
+        counts.clear();
+    const int count = int(cachedLines(text, semibold, columnWidth).size());
+    counts.insert(key, SharedTextCount{text, count});
+    return count;
 }

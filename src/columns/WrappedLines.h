@@ -23,5 +23,9 @@ QFont columnFont(bool semibold);
 // which are exactly what the uncached computation gives.
 std::vector<WrappedLine> wrappedLines(const QString& text, bool semibold, double columnWidth);
 
+// How many lines wrappedLines gives, from the same cache without copying them out: what a
+// layout needs of every node on every keystroke.
+int wrappedLineCount(const QString& text, bool semibold, double columnWidth);
+
 // The same without the cache, which only tests and measurements want.
 std::vector<WrappedLine> wrappedLinesUncached(const QString& text, bool semibold, double columnWidth);

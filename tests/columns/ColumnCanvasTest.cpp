@@ -1,5 +1,7 @@
 #include "columns/ColumnCanvas.h"
 #include "columns/ColumnEditorOverlay.h"
+#include "columns/ColumnStickyState.h"
+#include "columns/ColumnWidthsStore.h"
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
 #include "editing/DocumentController.h"
@@ -265,6 +267,8 @@ TEST_F(ColumnCanvasTest, EditorKeysFollowTheOutlineRules)
     key(Qt::Key_Space);
     type(QStringLiteral("zzz"));
     EXPECT_EQ(alphaOne->text(), QStringLiteral("Alpha onezzz")) << "the cell follows each keystroke";
+    EXPECT_FALSE(canvas->animator().isRunning()) << "a keystroke stops the glide";
+    EXPECT_EQ(canvas->effectiveFrames(), canvas->layout().frames);
     editorKey(Qt::Key_Escape);
     EXPECT_EQ(alphaOne->text(), QStringLiteral("Alpha one"));
     EXPECT_EQ(document->undoStack().size(), 1u);
@@ -295,10 +299,53 @@ TEST_F(ColumnCanvasTest, EditorKeysFollowTheOutlineRules)
     type(QStringLiteral("top"));
     editorKey(Qt::Key_Return, Qt::ShiftModifier);
     type(QStringLiteral("bottom"));
+    EXPECT_EQ(canvas->layout(), ColumnLayout::compute(*root(), canvas->widthsStore()->config().widths()))
+        << "a keystroke that adds a row relays";
     editorKey(Qt::Key_Backtab, Qt::ShiftModifier);
     const SermonNodePtr soft = first->children().front();
     EXPECT_EQ(soft->text(), QStringLiteral("top") + QChar(0x2028) + QStringLiteral("bottom"));
     EXPECT_EQ(canvas->layout().frames.at(soft->id()).size.height(), 2 * row);
+}
+
+// Each row types into one line so that it gains or loses rows; the table is then exactly what
+// a whole new layout of the tree gives.
+TEST_F(ColumnCanvasTest, AKeystrokeThatChangesRowsRelaysAsAWholeLayout)
+{
+    const QString three = QStringLiteral("one\u2028two\u2028three");
+    struct Case {
+        const char* name;
+        std::function<SermonNodePtr(const ColumnCanvasTest&)> line;
+        QString before;
+        QString typed;
+        bool collapseBeta;
+    };
+    const Case cases[] = {
+        {"a leaf grows: its branch and all after it move", [](const auto& t) { return t.alphaOne; }, {}, three, false},
+        {"a parent outgrows its children", [](const auto& t) { return t.alpha; }, {}, three, false},
+        {"a parent grows within its children's rows",
+         [](const auto& t) { return t.alpha; },
+         {},
+         QStringLiteral("a\u2028b"),
+         false},
+        {"the title grows past the whole table", [](const auto& t) { return t.root(); }, {}, three + three, false},
+        {"the last leaf shrinks", [](const auto& t) { return t.betaOne; }, three, QStringLiteral("one"), false},
+        {"a line above a folded branch", [](const auto& t) { return t.alphaTwo; }, {}, three, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        SetUp();
+        if (c.collapseBeta)
+            beta->setCollapsed(true);
+        const SermonNodePtr line = c.line(*this);
+        if (!c.before.isEmpty())
+            line->setText(c.before);
+        canvas->recomputeLayout(false);
+        canvas->beginEdit(line->id(), false);
+        controller()->setEditingText(c.typed);
+        ASSERT_EQ(line->text(), c.typed);
+        EXPECT_EQ(canvas->layout(), ColumnLayout::compute(*root(), canvas->widthsStore()->config().widths()));
+        EXPECT_EQ(canvas->effectiveFrames(), canvas->layout().frames);
+    }
 }
 
 // ---- Pointer and scrolling --------------------------------------------------------------------
@@ -380,6 +427,21 @@ TEST_F(ColumnCanvasTest, AHeadingStaysPinnedWhileItsBranchScrollsBy)
     EXPECT_FALSE(inkBounds(render(), headingsTop, ink).isEmpty()) << "Beta is pinned at the top";
     const QRect title = inkBounds(render(), QRect(0, 0, 600, 28), ink);
     EXPECT_FALSE(title.isEmpty()) << "and so is the title, a whole path along the top";
+
+    // Every cell that meets the view is drawn, each once, pinned ones at the top; no other.
+    canvas->resize(1900, 600); // the points' column in view too
+    const QRectF view(0, 20 * row, canvas->width(), canvas->height());
+    const auto pinned = ColumnStickyState::compute(canvas->layout().frames, view.top());
+    int meeting = 0;
+    for (const auto& [id, f] : canvas->effectiveFrames()) {
+        const auto pin = pinned.find(f.column);
+        const bool isPinned = pin != pinned.end() && pin->second.nodeID == id;
+        meeting += QRectF(f.origin, f.size).intersects(view) && !isPinned;
+    }
+    QImage image(canvas->size(), QImage::Format_ARGB32_Premultiplied);
+    QPainter painter(&image);
+    ASSERT_GT(meeting, 20);
+    EXPECT_EQ(canvas->drawInto(painter, false).cells, meeting + int(pinned.size()));
 }
 
 TEST_F(ColumnCanvasTest, DarkAppearanceDrawsTheDarkInk)

@@ -183,7 +183,15 @@ TEST_F(ColumnLayoutTest, CachedWrappingEqualsUncached)
                 const auto uncached = wrappedLinesUncached(text, semibold, width);
                 EXPECT_EQ(wrappedLines(text, semibold, width), uncached); // fills the cache
                 EXPECT_EQ(wrappedLines(text, semibold, width), uncached); // answers from it
+                EXPECT_EQ(size_t(wrappedLineCount(text, semibold, width)), uncached.size());
             }
+    // A text changed where it stands, same address and length, is counted afresh: words that
+    // wrap, then one long word of the same length that doesn't.
+    QString words = QStringLiteral("word ").repeated(40);
+    const int wrapped = wrappedLineCount(words, false, 180);
+    ASSERT_GT(wrapped, 1);
+    words.fill(QChar('w'));
+    EXPECT_EQ(wrappedLineCount(words, false, 180), 1);
 }
 
 TEST_F(ColumnLayoutTest, WidthsConfigSetsClampsAndStores)

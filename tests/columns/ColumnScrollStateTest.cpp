@@ -1,11 +1,14 @@
 #include "columns/CollapseResolver.h"
 #include "columns/ColumnAnimator.h"
+#include "columns/ColumnFrameIndex.h"
 #include "columns/ColumnStickyState.h"
 #include "columns/ScrollAnimator.h"
 #include "look/Look.h"
 #include "map/MapTestSupport.h"
 
 #include <gtest/gtest.h>
+
+#include <set>
 
 namespace {
 
@@ -39,9 +42,12 @@ TEST(ColumnStickyStateTest, PinsOnlyBranchesThatReachPastTheTop)
         {300, {{0, root.nodeID}}},
         {364, {}},
     };
+    ColumnFrameIndex index;
+    index.rebuild(frames, 3);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.viewportTop);
         const auto sticky = ColumnStickyState::compute(frames, c.viewportTop);
+        EXPECT_EQ(ColumnStickyState::compute(frames, index, c.viewportTop), sticky) << "by the index alike";
         std::map<int, NodeID> pinned;
         for (const auto& [column, state] : sticky) {
             pinned[column] = state.nodeID;
@@ -50,6 +56,52 @@ TEST(ColumnStickyStateTest, PinsOnlyBranchesThatReachPastTheTop)
         }
         EXPECT_EQ(pinned, c.pinned);
     }
+}
+
+TEST(ColumnFrameIndexTest, VisitsEveryFrameThatMeetsASpanOfRows)
+{
+    // Column 1 mid-glide: two branches trading places overlap, out of order.
+    const ColumnNodeFrame a = frame(1, 0, 28, 56);
+    const ColumnNodeFrame tall = frame(1, 56, 28, 400);
+    const ColumnNodeFrame b = frame(1, 300, 28, 336);
+    const ColumnNodeFrame c = frame(1, 336, 28, 364);
+    const ColumnNodeFrame gone = frame(3, 0, 28, 28); // a column that has gone away
+    ColumnFrames frames;
+    for (const auto& f : {a, tall, b, c, gone})
+        frames.emplace(f.nodeID, f);
+
+    struct Case {
+        double top;
+        double bottom;
+    };
+    const Case cases[] = {{0, 0}, {56, 56}, {100, 200}, {350, 350}, {399, 1000}, {401, 1000}, {-50, -1}};
+    ColumnFrameIndex index;
+    index.rebuild(frames, 3);
+    for (int pass = 0; pass < 2; ++pass) {
+        for (const Case& r : cases) {
+            SCOPED_TRACE(testing::Message() << "pass " << pass << " rows " << r.top << " to " << r.bottom);
+            std::set<NodeID> expected;
+            for (const auto& [id, f] : frames)
+                if (f.column == 1 && f.subtreeYRange.lower <= r.bottom && f.subtreeYRange.upper >= r.top)
+                    expected.insert(id);
+            std::set<NodeID> visited;
+            double lastTop = -1e9;
+            index.forEachNear(1, r.top, r.bottom, [&](const ColumnNodeFrame& f) {
+                EXPECT_GE(f.subtreeYRange.lower, lastTop) << "top to bottom";
+                lastTop = f.subtreeYRange.lower;
+                visited.insert(f.nodeID);
+            });
+            EXPECT_EQ(visited, expected);
+        }
+        // The glide moves the tall branch below the others, in place.
+        ColumnNodeFrame& moved = frames.at(tall.nodeID);
+        moved.origin.ry() = 500;
+        moved.subtreeYRange = {500, 560};
+        index.refresh();
+    }
+    int outside = 0;
+    index.forEachNear(3, -1e9, 1e9, [&](const ColumnNodeFrame&) { ++outside; });
+    EXPECT_EQ(outside, 0) << "a column past the count is left out";
 }
 
 TEST(CollapseResolverTest, ColumnsNarrowThenStandAsStrips)
@@ -105,6 +157,12 @@ TEST(ColumnAnimatorTest, GlidesFromWhatIsDrawnAndLandsOnTheTarget)
     EXPECT_NEAR(half.origin.y(), 280 * Look::easeOutCubic(0.5), 1e-6);
     EXPECT_LT(half.subtreeYRange.lower, half.subtreeYRange.upper);
     EXPECT_EQ(animator.displayFrames().at(fresh.nodeID), fresh); // new cells don't glide
+
+    const ColumnNodeFrame between = half;
+    animator.animate({{a.nodeID, a}, {fresh.nodeID, fresh}}); // back, from where it is drawn
+    animator.tick();
+    EXPECT_EQ(animator.displayFrames().at(a.nodeID), between);
+    animator.animate({{a.nodeID, moved}, {fresh.nodeID, fresh}});
 
     now += 5; // a late tick lands exactly on the target
     animator.tick();
