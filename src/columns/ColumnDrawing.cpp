@@ -3,6 +3,7 @@
 #include "CollapseResolver.h"
 #include "ColumnStickyState.h"
 #include "WrappedLines.h"
+#include "look/EmojiText.h"
 #include "look/Look.h"
 
 #include <QFontMetricsF>
@@ -71,6 +72,7 @@ struct Pass {
     std::map<int, ColumnStickyState> sticky;
     QRectF view; // content coordinates
     QFont fonts[2];
+    double ascent[2]; // of each font, for lines drawn from their baseline
     ColumnDrawing::Stats stats;
 
     // Each frame of column `c` whose subtree may reach into the view's rows (a superset: the
@@ -129,7 +131,10 @@ struct Pass {
             const double y = top + line.yOffset + textTop;
             if (y > clip.bottom() || y + row < clip.top())
                 continue;
-            painter.drawStaticText(QPointF(x, y), shapedLine(line.string, semibold));
+            if (EmojiText::mayHoldEmoji(line.string))
+                EmojiText::drawLine(painter, QPointF(x, y + ascent[semibold]), fonts[semibold], line.string);
+            else
+                painter.drawStaticText(QPointF(x, y), shapedLine(line.string, semibold));
         }
         if (!isSelected(id))
             fadeRightEdge(painter, clip, colors.background);
@@ -287,7 +292,8 @@ struct Pass {
                 if (isEditing(id))
                     return;
                 const double start = s != sticky.end() && s->second.nodeID == id ? s->second.pinnedTextY : lower;
-                const QSizeF textSize(metrics.horizontalAdvance(node->text()), metrics.height());
+                const QSizeF textSize(EmojiText::horizontalAdvance(metrics, fonts[semibold], node->text()),
+                                      metrics.height());
                 const double available = std::max(upper - inset - (start + inset), 0.0);
                 painter.save();
                 painter.setClipRect(QRectF(a.xOrigin + inset, start + in.panOffset.y(), a.displayWidth - 2 * inset,
@@ -297,9 +303,9 @@ struct Pass {
                 painter.setFont(fonts[semibold]);
                 painter.setPen(colors.text);
                 painter.setRenderHint(QPainter::TextAntialiasing, true);
-                painter.drawText(
-                    QPointF(-std::min(textSize.width(), available), -textSize.height() / 2 + metrics.ascent()),
-                    node->text());
+                EmojiText::drawLine(
+                    painter, QPointF(-std::min(textSize.width(), available), -textSize.height() / 2 + metrics.ascent()),
+                    fonts[semibold], node->text());
                 painter.restore();
                 ++stats.rotatedTexts;
                 if (textSize.width() > available) {
@@ -407,6 +413,7 @@ Stats draw(QPainter& painter, const ColumnDrawInput& input, const ColumnColors& 
                                    -input.panOffset.y()),
         QRectF(-input.panOffset.x(), -input.panOffset.y(), input.viewportSize.width(), input.viewportSize.height()),
         {columnFont(false), columnFont(true)},
+        {QFontMetricsF(columnFont(false)).ascent(), QFontMetricsF(columnFont(true)).ascent()},
         {}};
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, false);

@@ -2,6 +2,7 @@
 
 #include "ColumnLayout.h"
 #include "WrappedLines.h"
+#include "look/EmojiText.h"
 #include "look/Look.h"
 
 #include <QFontMetricsF>
@@ -52,6 +53,8 @@ ColumnEditorOverlay::ColumnEditorOverlay(QWidget* parent)
     setAutoFillBackground(false);
     viewport()->setAutoFillBackground(false);
     document()->setDocumentMargin(0);
+    // Emoji in the colour face, measured as the cell measures them, so both break alike.
+    new EmojiText::Highlighter(document());
     setViewportMargins(0, 0, 0, 0);
     setContentsMargins(0, 0, 0, 0);
     setRoot(false);

@@ -1,6 +1,7 @@
 #include "WrappedLines.h"
 
 #include "ColumnLayout.h"
+#include "look/EmojiText.h"
 
 #include <QFont>
 #include <QFontDatabase>
@@ -79,6 +80,9 @@ std::vector<WrappedLine> wrappedLinesUncached(const QString& text, bool semibold
         const QString paragraphText = paragraph.toString();
         QTextLayout layout(paragraphText, font);
         layout.setTextOption(option);
+        // Emoji are measured in the colour face they are drawn in.
+        if (EmojiText::mayHoldEmoji(paragraphText))
+            layout.setFormats(EmojiText::formats(paragraphText, font));
         layout.setCacheEnabled(false);
         std::vector<std::pair<int, int>> ranges;
         layout.beginLayout();

@@ -4,6 +4,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QTextCharFormat>
+#include <QTextDocument>
 
 #include <unicode/uchar.h>
 
@@ -175,6 +176,12 @@ QList<QTextLayout::FormatRange> formats(const QString& text, const QFont& base)
         list.append(range);
     }
     return list;
+}
+
+void Highlighter::highlightBlock(const QString& text)
+{
+    for (const QTextLayout::FormatRange& range : formats(text, document()->defaultFont()))
+        setFormat(range.start, range.length, range.format);
 }
 
 } // namespace EmojiText

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QPointF>
 #include <QString>
+#include <QSyntaxHighlighter>
 #include <QTextLayout>
 
 #include <vector>
@@ -40,5 +41,14 @@ double horizontalAdvance(const QFontMetricsF& metrics, const QFont& base, const 
 void drawLine(QPainter& painter, QPointF baseline, const QFont& base, const QString& line);
 // The same for a QTextLayout over `text` with `base` as its font.
 QList<QTextLayout::FormatRange> formats(const QString& text, const QFont& base);
+
+// Emoji in the colour face while typing in a text field, as the views draw them.
+class Highlighter : public QSyntaxHighlighter {
+public:
+    using QSyntaxHighlighter::QSyntaxHighlighter;
+
+protected:
+    void highlightBlock(const QString& text) override;
+};
 
 } // namespace EmojiText

@@ -12,7 +12,6 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPlainTextEdit>
-#include <QSyntaxHighlighter>
 #include <QTextDocument>
 #include <QTimer>
 
@@ -34,19 +33,6 @@ double verticalPadding(const NodeLayout& layout)
 {
     return layout.isLeaf ? TreeLayout::leafVerticalPadding : TreeLayout::branchVerticalPadding;
 }
-
-// Emoji in the colour face while typing, as the map draws them.
-class ColourEmojiHighlighter : public QSyntaxHighlighter {
-public:
-    using QSyntaxHighlighter::QSyntaxHighlighter;
-
-protected:
-    void highlightBlock(const QString& text) override
-    {
-        for (const QTextLayout::FormatRange& range : EmojiText::formats(text, document()->defaultFont()))
-            setFormat(range.start, range.length, range.format);
-    }
-};
 
 QString fieldText(const QPlainTextEdit& field)
 {
@@ -151,7 +137,7 @@ NodeEditorOverlay::NodeEditorOverlay(QWidget* parent)
     m_field->setAutoFillBackground(false);
     m_field->installEventFilter(this);
     connect(m_field, &QPlainTextEdit::textChanged, this, &NodeEditorOverlay::fieldTextChanged);
-    new ColourEmojiHighlighter(m_field->document());
+    new EmojiText::Highlighter(m_field->document());
     hide();
 }
 

@@ -455,6 +455,24 @@ TEST_F(ColumnCanvasTest, DarkAppearanceDrawsTheDarkInk)
     EXPECT_FALSE(inkBounds(image, QRect(0, 0, 600, 28), Look::ink(true)).isEmpty());
 }
 
+TEST_F(ColumnCanvasTest, CellsDrawTheMarkersInTheirColours)
+{
+    const QPalette light = canvas->palette();
+    QPalette dark = light;
+    dark.setColor(QPalette::Base, QColor(30, 30, 30));
+    for (const MarkerColour& m : markerColours()) {
+        node(alpha)->setText(m.marker);
+        canvas->recomputeLayout(false);
+        // White shows against the dark page, everything else against the light one.
+        const bool onDark = std::string(m.name) == "white";
+        canvas->setPalette(onDark ? dark : light);
+        const QImage image = render(onDark);
+        // Alpha's cell: column 1, its text 14 points in and 6 down.
+        const QColor c = meanCoverColour(image, QRect(612, 2, 24, 26), image.pixelColor(990, 590));
+        EXPECT_TRUE(c.isValid() && m.matches(c)) << m.name << ": " << c.name().toStdString();
+    }
+}
+
 TEST_F(ColumnCanvasTest, ADeepChainIsLaidOutDrawnAndHitWithoutRecursion)
 {
     auto top = SermonNode::make(QStringLiteral("Deep"));
