@@ -1,6 +1,7 @@
 // What a user waits for on the map, from the key to the next frame, over generated sermons of
 // 300 to 100,000 lines in a 1600 by 1000 window: opening a file (read, cold layout and the first
 // paint), moving the selection, typing, Return, a commit, undo and a move with its glide.
+#include "BenchApplication.h"
 #include "SermonGenerator.h"
 
 #include "core/MarkdownCodec.h"
@@ -22,18 +23,6 @@
 namespace {
 
 constexpr QSize viewSize(1600, 1000);
-
-void ensureApplication()
-{
-    static QApplication* app = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "bench_canvas";
-        static char* argv[] = {name, nullptr};
-        return new QApplication(argc, argv);
-    }();
-    (void)app;
-}
 
 // Counts paint events, so that a frame said to be drawn is seen to be.
 struct PaintCounter : QObject {

@@ -1,5 +1,6 @@
 // The columns view over generated sermons (5,000 lines is the reference), in a 1600 by 1000 view:
 // the layout, one frame while every cell glides, and a keystroke in the editor to the next frame.
+#include "BenchApplication.h"
 #include "SermonGenerator.h"
 
 #include "columns/ColumnCanvas.h"
@@ -18,19 +19,6 @@
 namespace {
 
 constexpr QSize viewSize(1600, 1000);
-
-// Widgets need an application; the offscreen platform needs no display.
-void ensureApplication()
-{
-    static QApplication* app = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "bench_columns";
-        static char* argv[] = {name, nullptr};
-        return new QApplication(argc, argv);
-    }();
-    (void)app;
-}
 
 struct ColumnsFixture {
     SermonDocument document;

@@ -2,6 +2,7 @@
 // the target the view would estimate: one frame while the clock runs (the page following the
 // runner, the runner, and what the ruler repaints), a whole ruler, a whole text layer, and the
 // layout itself.
+#include "BenchApplication.h"
 #include "SermonGenerator.h"
 
 #include "core/WordCount.h"
@@ -26,18 +27,6 @@ namespace {
 
 constexpr QSize viewSize(1200, 800);
 constexpr double textWidth = 700;
-
-void ensureApplication()
-{
-    static QApplication* app = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "bench_delivery";
-        static char* argv[] = {name, nullptr};
-        return new QApplication(argc, argv);
-    }();
-    (void)app;
-}
 
 // One sermon of `lines` lines laid out as the view does it, with the clock running at half
 // time and the reader three minutes behind, so that the ruler's band pulses.

@@ -1,4 +1,5 @@
 // The map's layout and drawing over generated sermons, in a 1600 by 1000 view.
+#include "BenchApplication.h"
 #include "SermonGenerator.h"
 
 #include "map/MapDrawing.h"
@@ -21,19 +22,6 @@
 namespace {
 
 constexpr QSize viewSize(1600, 1000);
-
-// Fonts need an application; the offscreen platform needs no display.
-void ensureApplication()
-{
-    static QGuiApplication* app = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "bench_map";
-        static char* argv[] = {name, nullptr};
-        return new QGuiApplication(argc, argv);
-    }();
-    (void)app;
-}
 
 struct MapFixture {
     MapLayoutState tables;

@@ -32,22 +32,6 @@
 
 namespace {
 
-void press(QWidget* widget, int key)
-{
-    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
-    QApplication::sendEvent(widget, &event);
-}
-
-template <typename Condition>
-bool waitFor(Condition done)
-{
-    QElapsedTimer limit;
-    limit.start();
-    while (!done() && limit.elapsed() < 3000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return done();
-}
-
 QPalette makePalette(bool dark)
 {
     QPalette p;

@@ -3,7 +3,10 @@
 #include "core/SermonNode.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QKeyEvent>
 #include <QStringList>
+#include <QWidget>
 
 // Fonts and widgets need an application; one is made on first use and lives for the program.
 inline void ensureApplication()
@@ -15,6 +18,24 @@ inline void ensureApplication()
     static char* argv[] = {name, nullptr};
     static QApplication* app = new QApplication(argc, argv);
     (void)app;
+}
+
+// Presses a key on `widget`; ignored keys travel to its parents as from a keyboard.
+inline void press(QWidget* widget, int key)
+{
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    QApplication::sendEvent(widget, &event);
+}
+
+// Runs the event loop until `done` or a generous limit; for timers that fire on their own.
+template <typename Condition>
+bool waitFor(Condition done)
+{
+    QElapsedTimer limit;
+    limit.start();
+    while (!done() && limit.elapsed() < 3000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return done();
 }
 
 // A line of `words` words.

@@ -25,24 +25,6 @@
 
 namespace {
 
-// Presses a key on `widget`; ignored keys travel to its parents as from a keyboard.
-void press(QWidget* widget, int key)
-{
-    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
-    QApplication::sendEvent(widget, &event);
-}
-
-// Runs the event loop until `done` or a generous limit; for timers that fire on their own.
-template <typename Condition>
-bool waitFor(Condition done)
-{
-    QElapsedTimer limit;
-    limit.start();
-    while (!done() && limit.elapsed() < 3000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return done();
-}
-
 class DeliveryViewTest : public ::testing::Test {
 protected:
     void SetUp() override { ensureApplication(); }
