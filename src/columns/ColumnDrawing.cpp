@@ -18,6 +18,8 @@
 
 namespace {
 
+using ColumnDrawing::fillInBands;
+
 constexpr double row = ColumnLayout::rowHeight;
 constexpr double inset = ColumnLayout::columnTextInset;
 // The text's top below the top of its 28-point row.
@@ -35,7 +37,7 @@ void fillFade(QPainter& painter, const QRectF& rect, QPointF start, QPointF end,
     QLinearGradient gradient(start, end);
     gradient.setColorAt(0, Look::withAlpha(background, fromOpacity));
     gradient.setColorAt(1, Look::withAlpha(background, toOpacity));
-    painter.fillRect(rect, gradient);
+    fillInBands(painter, rect, gradient);
 }
 
 // A fade of 14 points at the right edge of a clip, transparent on its left.
@@ -182,9 +184,10 @@ struct Pass {
             return;
         const auto* a = adjustedOf(frame.column);
         const double width = a ? a->displayWidth : naturalWidth(frame.column);
-        painter.fillRect(QRectF(screenX(frame.column), frame.subtreeYRange.lower + in.panOffset.y(), width,
-                                frame.subtreeYRange.height()),
-                         Look::withAlpha(colors.accent, 0.2));
+        fillInBands(painter,
+                    QRectF(screenX(frame.column), frame.subtreeYRange.lower + in.panOffset.y(), width,
+                           frame.subtreeYRange.height()),
+                    Look::withAlpha(colors.accent, 0.2));
     }
 
     void normalCells()
@@ -387,6 +390,23 @@ ColumnColors ColumnColors::forAppearance(bool isDark, const QPalette& palette)
 }
 
 namespace ColumnDrawing {
+
+void fillInBands(QPainter& painter, const QRectF& rect, const QBrush& brush)
+{
+    constexpr double band = 64;
+    const QTransform& t = painter.deviceTransform();
+    if (rect.height() <= band || t.type() > QTransform::TxTranslate) {
+        painter.fillRect(rect, brush);
+        return;
+    }
+    // Cut at whole device rows, so that the bands meet without a gap or an overlap.
+    const double dy = t.dy();
+    for (double y = rect.top(); y < rect.bottom();) {
+        const double next = std::min(std::floor(y + dy + band) - dy, rect.bottom());
+        painter.fillRect(QRectF(rect.left(), y, rect.width(), next - y), brush);
+        y = next;
+    }
+}
 
 Stats draw(QPainter& painter, const ColumnDrawInput& input, const ColumnColors& colors)
 {

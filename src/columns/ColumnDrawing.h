@@ -5,8 +5,10 @@
 
 #include "core/SermonNode.h"
 
+#include <QBrush>
 #include <QColor>
 #include <QPointF>
+#include <QRectF>
 #include <QSizeF>
 
 #include <optional>
@@ -53,5 +55,10 @@ struct Stats {
 // The whole table, back to front: row rules, selection band, cells, pinned cells, narrowing
 // columns, rotated strips, dividers, branch separators. The caller fills the background.
 Stats draw(QPainter& painter, const ColumnDrawInput& input, const ColumnColors& colors);
+
+// Qt's raster engine hands a fill taller than about a hundred rows to its thread pool in
+// pieces; for the thin, tall strips of this view the hand-offs cost far more than the fill.
+// This fills in bands of whole device rows below that size: the same pixels, on this thread.
+void fillInBands(QPainter& painter, const QRectF& rect, const QBrush& brush);
 
 } // namespace ColumnDrawing

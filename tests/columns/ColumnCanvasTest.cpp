@@ -1,4 +1,5 @@
 #include "columns/ColumnCanvas.h"
+#include "columns/ColumnDrawing.h"
 #include "columns/ColumnEditorOverlay.h"
 #include "columns/ColumnStickyState.h"
 #include "columns/ColumnWidthsStore.h"
@@ -10,6 +11,7 @@
 
 #include <QImage>
 #include <QKeyEvent>
+#include <QLinearGradient>
 #include <QPainter>
 #include <QTest>
 
@@ -471,6 +473,38 @@ TEST_F(ColumnCanvasTest, CellsDrawTheMarkersInTheirColours)
         const QColor c = meanCoverColour(image, QRect(612, 2, 24, 26), image.pixelColor(990, 590));
         EXPECT_TRUE(c.isValid() && m.matches(c)) << m.name << ": " << c.name().toStdString();
     }
+}
+
+TEST_F(ColumnCanvasTest, TallFillsInBandsGiveTheSamePixels)
+{
+    QLinearGradient fade(QPointF(0, 13.4), QPointF(0, 700));
+    fade.setColorAt(0, QColor(255, 250, 240, 0));
+    fade.setColorAt(1, QColor(255, 250, 240, 255));
+    const QBrush brushes[] = {QColor(0, 90, 200, 51), fade};
+    const struct {
+        QRectF rect;
+        QPointF translation;
+    } cases[] = {
+        {{3, 0, 14, 1000}, {0, 0}},
+        {{10.5, 13.4, 14, 686.6}, {0, 0}},
+        {{0, -37.6, 600, 301.3}, {0, 17.25}},
+        {{20, 5.5, 8, 64.5}, {-3.5, 0.75}},
+    };
+    for (const QBrush& brush : brushes)
+        for (const auto& c : cases) {
+            QImage plain(QSize(640, 1000), QImage::Format_ARGB32_Premultiplied);
+            plain.fill(Qt::white);
+            QImage banded = plain;
+            for (QImage* image : {&plain, &banded}) {
+                QPainter painter(image);
+                painter.translate(c.translation);
+                if (image == &plain)
+                    painter.fillRect(c.rect, brush);
+                else
+                    ColumnDrawing::fillInBands(painter, c.rect, brush);
+            }
+            EXPECT_EQ(plain, banded) << c.rect.top() << " + " << c.rect.height();
+        }
 }
 
 TEST_F(ColumnCanvasTest, ADeepChainIsLaidOutDrawnAndHitWithoutRecursion)
