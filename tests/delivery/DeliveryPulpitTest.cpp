@@ -1,4 +1,4 @@
-#include "DeliveryTestSupport.h"
+#include "DeliveryViewFixture.h"
 
 #include "delivery/DeliveryCanvas.h"
 #include "delivery/DeliveryCounterBlock.h"
@@ -45,46 +45,20 @@ QPalette makePalette(bool dark)
     return p;
 }
 
-class DeliveryPulpitTest : public ::testing::Test {
+class DeliveryPulpitTest : public DeliveryViewFixture {
 protected:
     void SetUp() override
     {
-        ensureApplication();
+        DeliveryViewFixture::SetUp();
         QApplication::setPalette(makePalette(false));
     }
     void TearDown() override { QApplication::setPalette(makePalette(false)); }
-
-    std::unique_ptr<DeliveryView> makeView(SermonNodePtr root, std::optional<int> duration = 20)
-    {
-        SermonMetadata metadata;
-        metadata.duration = duration;
-        document = std::make_unique<SermonDocument>(std::move(root), metadata);
-        preferences = std::make_unique<DeliveryPreferences>(
-            std::make_unique<QSettings>(dir.filePath(QStringLiteral("prefs.ini")), QSettings::IniFormat));
-        auto view = std::make_unique<DeliveryView>(document.get(), &undo, preferences.get(), nullptr, clock);
-        view->resize(1000, 700);
-        view->show();
-        waitFor([&] { return view->canvasState()->viewportHeight() > 0; });
-        return view;
-    }
-
-    void finishScroll(DeliveryCanvas* canvas)
-    {
-        clock->advance(1);
-        EXPECT_TRUE(waitFor([&] { return !canvas->isScrollAnimating(); }));
-    }
 
     static QImage draw(DeliveryView& view)
     {
         QCoreApplication::processEvents();
         return view.grab().toImage();
     }
-
-    QTemporaryDir dir;
-    std::shared_ptr<ManualDeliveryClock> clock = std::make_shared<ManualDeliveryClock>();
-    UndoManager undo;
-    std::unique_ptr<SermonDocument> document;
-    std::unique_ptr<DeliveryPreferences> preferences;
 };
 
 // ---- Each setting, off, draws the view exactly as without it ---------------------------------
