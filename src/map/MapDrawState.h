@@ -25,6 +25,7 @@ struct GhostNode {
 // offsets that shrink to nothing as it runs, the nodes that fade in and the ghosts that fade out.
 struct MapGlide {
     std::unordered_map<NodeID, QPointF> initialOffsets;
+    double largestOffset = 0; // the longest way any node starts off its place, in x or y
     std::unordered_set<NodeID> fadeIn;
     std::unordered_map<NodeID, GhostNode> ghosts;
 };
@@ -67,6 +68,10 @@ struct MapDrawState {
         const auto it = glide->initialOffsets.find(id);
         return it == glide->initialOffsets.end() ? QPointF() : it->second * (1 - animationProgress);
     }
+
+    // How far off its final place any node is shown now: a branch this far out of view may
+    // still show.
+    double glideReach() const { return glide ? glide->largestOffset * (1 - animationProgress) : 0; }
 
     std::optional<NodeID> dragNodeID;
     std::optional<DropTarget> dropTarget;

@@ -157,6 +157,11 @@ public:
         moved.origin += m_state.animOffset(layout.nodeID);
         return moved;
     }
+    // Whether any of a branch, wherever its glide shows it now, can be in `visible`.
+    bool branchInView(const NodeLayout& final, const QRectF& visible) const
+    {
+        return final.branchTouches(visible, m_state.glideReach());
+    }
 
 private:
     const NodeLayouts& m_layouts;
@@ -193,15 +198,15 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
         stack.pop_back();
         if (node->isCollapsed() || !node->hasChildren())
             continue;
-        const auto pit = layouts.find(node->id());
-        if (!pit)
+        const auto final = layouts.final().find(node->id());
+        if (final == layouts.final().end() || !layouts.branchInView(final->second, visible))
             continue;
+        const NodeLayout parent = layouts.shown(final->second);
         ++count;
         const auto& children = node->children();
         for (const auto& child : children)
             stack.push_back(child.get());
 
-        const NodeLayout& parent = *pit;
         const double startX = parent.maxX();
 
         if (node->hasOnlyLeafChildren() && children.size() >= 2) {
@@ -417,10 +422,23 @@ int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
     // Branches drawn, with their opacity, for the fold buttons and badges on top.
     std::vector<std::pair<NodeLayout, double>> branches; // as shown, offsets applied
     int drawn = 0;
-    for (const auto& [id, final] : layouts.final()) {
+    // The tree walked from the root, so that a branch out of view is passed over whole.
+    std::vector<const SermonNode*> stack;
+    if (pass.tables.root)
+        stack.push_back(pass.tables.root.get());
+    while (!stack.empty()) {
+        const SermonNode* node = stack.back();
+        stack.pop_back();
+        const NodeID& id = node->id();
+        const auto found = layouts.final().find(id);
+        if (found == layouts.final().end() || !layouts.branchInView(found->second, visible))
+            continue;
+        if (!node->isCollapsed())
+            for (const auto& child : node->children())
+                stack.push_back(child.get());
         if (state.editingNodeID && *state.editingNodeID == id)
             continue;
-        const NodeLayout layout = layouts.shown(final);
+        const NodeLayout layout = layouts.shown(found->second);
         if (!visible.intersects(layout.frame()))
             continue;
         const bool fading = state.glide && state.glide->fadeIn.count(id) > 0;
@@ -430,8 +448,7 @@ int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
             (state.selectedNodeID && *state.selectedNodeID == id) || state.selectedNodeIDs.count(id) > 0;
         std::optional<SearchHighlight> marks;
         if (state.isSearching && state.searchHighlight)
-            if (const SermonNode* node = pass.tables.node(id))
-                marks = state.searchHighlight(*node);
+            marks = state.searchHighlight(*node);
         drawNode(pass, layout, nullptr, isSelected, marks);
         ++drawn;
         if (!layout.isLeaf)

@@ -7,30 +7,6 @@
 
 #include <vector>
 
-std::unordered_map<NodeID, int> subtreeWordCounts(const SermonNode& root)
-{
-    // Pre-order, then summed in reverse so every child is done before its parent.
-    std::vector<const SermonNode*> order;
-    std::vector<const SermonNode*> stack{&root};
-    while (!stack.empty()) {
-        const SermonNode* n = stack.back();
-        stack.pop_back();
-        order.push_back(n);
-        for (const auto& child : n->children())
-            stack.push_back(child.get());
-    }
-    std::unordered_map<NodeID, int> counts;
-    counts.reserve(order.size());
-    for (auto it = order.rbegin(); it != order.rend(); ++it) {
-        const SermonNode* n = *it;
-        int total = WordCount::wordCount(n->text());
-        for (const auto& child : n->children())
-            total += counts[child->id()];
-        counts[n->id()] = total;
-    }
-    return counts;
-}
-
 void MapLayoutState::recomputeLayout(const SermonNodePtr& newRoot)
 {
     performanceLog::signpostInterval("RecomputeLayout", performanceLog::noMessage, [&] {
@@ -40,14 +16,15 @@ void MapLayoutState::recomputeLayout(const SermonNodePtr& newRoot)
             nodeLookup.clear();
             cachedCanvasSize = {80, 80};
             cachedContentBounds = {};
-            subtreeWordCounts.clear();
             return;
         }
-        cachedLayouts = TreeLayout::layout(*root, &measureCache);
+        cachedLayouts = TreeLayout::layout(*root, &measureCache, cachedLayouts.size());
         nodeLookup = root->nodeIndex();
-        cachedCanvasSize = TreeLayout::canvasSize(cachedLayouts);
-        cachedContentBounds = TreeLayout::contentBounds(cachedLayouts);
-        subtreeWordCounts = ::subtreeWordCounts(*root);
+        // The root's branch covers every frame, so the bounds need no second walk.
+        const NodeLayout& whole = cachedLayouts.at(root->id());
+        cachedContentBounds = QRectF(whole.origin.x(), whole.branchTop, whole.branchRight - whole.origin.x(),
+                                     whole.branchBottom - whole.branchTop);
+        cachedCanvasSize = {whole.branchRight + 80, whole.branchBottom + 80};
     });
 }
 
@@ -65,6 +42,9 @@ const SermonNode* MapLayoutState::node(const NodeID& id) const
 
 int MapLayoutState::subtreeWordCount(const NodeID& id) const
 {
-    const auto it = subtreeWordCounts.find(id);
-    return it == subtreeWordCounts.end() ? 0 : it->second;
+    if (const NodeLayout* laidOut = layout(id))
+        return laidOut->branchWords;
+    // Under a fold: the layout counted the fold's words, not each line's below it.
+    const SermonNode* hidden = node(id);
+    return hidden ? WordCount::wordCount(*hidden) : 0;
 }

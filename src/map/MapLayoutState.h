@@ -14,15 +14,12 @@ struct MapLayoutState {
     std::unordered_map<NodeID, SermonNodePtr> nodeLookup; // the whole tree, folded parts included
     QSizeF cachedCanvasSize;
     QRectF cachedContentBounds;
-    std::unordered_map<NodeID, int> subtreeWordCounts;
     TreeLayout::MeasureCache measureCache;
 
     void recomputeLayout(const SermonNodePtr& newRoot);
 
     const NodeLayout* layout(const NodeID& id) const;
     const SermonNode* node(const NodeID& id) const;
+    // The node's own words plus all of its descendants', folded or not.
     int subtreeWordCount(const NodeID& id) const;
 };
-
-// Each node's own words plus all of its descendants', folded or not.
-std::unordered_map<NodeID, int> subtreeWordCounts(const SermonNode& root);

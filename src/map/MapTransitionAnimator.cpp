@@ -41,8 +41,10 @@ bool MapTransitionAnimator::animateTransition(const NodeLayouts& oldLayouts,
         const auto now = newLayouts.find(id);
         if (now != newLayouts.end()) {
             const QPointF d = old.origin - now->second.origin;
-            if (std::abs(d.x()) > 0.5 || std::abs(d.y()) > 0.5)
+            if (std::abs(d.x()) > 0.5 || std::abs(d.y()) > 0.5) {
                 offsets.emplace(id, d);
+                glide->largestOffset = std::max({glide->largestOffset, std::abs(d.x()), std::abs(d.y())});
+            }
         } else if (const auto text = oldTexts.find(id); text != oldTexts.end()) {
             ghosts.emplace(id, GhostNode{old, text->second});
         }

@@ -74,8 +74,13 @@ MinimapOverlay::MinimapOverlay(QWidget* parent)
     : QWidget(parent)
     , m_cache(this)
     , m_fade(showSeconds, false, this)
+    , m_settleTimer(new QTimer(this))
 {
     setObjectName(QStringLiteral("minimap"));
+    // Within the renderer's own wait for a burst to end.
+    m_settleTimer->setSingleShot(true);
+    m_settleTimer->setInterval(40);
+    connect(m_settleTimer, &QTimer::timeout, this, &MinimapOverlay::renderIfChanged);
     setAttribute(Qt::WA_NoSystemBackground);
     connect(&m_cache, &MinimapCache::imageChanged, this, qOverload<>(&QWidget::update));
     connect(&m_fade, &IdleFade::frame, this, qOverload<>(&QWidget::update));
@@ -109,7 +114,21 @@ void MinimapOverlay::treeChanged()
         place(m_mapSize);
         update();
     }
-    if (!m_tables->root)
+    if (m_tables->root)
+        m_settleTimer->start();
+}
+
+void MinimapOverlay::settle()
+{
+    if (!m_settleTimer->isActive())
+        return;
+    m_settleTimer->stop();
+    renderIfChanged();
+}
+
+void MinimapOverlay::renderIfChanged()
+{
+    if (!m_tables || !m_tables->root)
         return;
     const MinimapCacheKey key = currentKey();
     if (!m_cache.wants(key))
@@ -149,6 +168,7 @@ void MinimapOverlay::place(QSize mapSize)
 void MinimapOverlay::showMinimap()
 {
     m_fade.poke();
+    settle();
 }
 
 void MinimapOverlay::updateMouseTransparency()

@@ -6,6 +6,7 @@
 #include <QPointF>
 #include <QRectF>
 #include <QSizeF>
+#include <QTimer>
 #include <QWidget>
 
 #include <functional>
@@ -53,8 +54,11 @@ public:
 
     // The map's tables, read at each change of the tree; they outlive the overlay.
     void setLayoutState(const MapLayoutState* tables);
-    // After a new layout: the key is evaluated and a render asked for when it changed.
+    // After a new layout: the key is evaluated and a render asked for when it changed, a moment
+    // later, so that a burst of keys costs the main thread one walk of the tree, after its frames.
     void treeChanged();
+    // Does now what a change left to do.
+    void settle();
     // The live rectangle.
     void setView(QSizeF viewportSize, QPointF panOffset, double scale);
     // Keeps the overlay in the corner of a map of this size.
@@ -80,6 +84,7 @@ protected:
 private:
     void navigate(QPointF point);
     void updateMouseTransparency();
+    void renderIfChanged();
 
     const MapLayoutState* m_tables = nullptr;
     MinimapGeometry m_geometry;
@@ -89,4 +94,5 @@ private:
     QSize m_mapSize;
     MinimapCache m_cache;
     IdleFade m_fade;
+    QTimer* m_settleTimer;
 };

@@ -6,6 +6,7 @@
 #include <QRectF>
 #include <QSizeF>
 
+#include <limits>
 #include <unordered_map>
 
 // One visible node's frame on the map, in canvas points (origin top left, y downwards).
@@ -17,11 +18,23 @@ struct NodeLayout {
     bool isLeaf = false; // no children at all; a folded parent is not a leaf
     bool hasOnlyLeafChildren = false; // only on an expanded parent whose children are all leaves
     bool isQuote = false; // only when nothing hangs from the node on the map
+    // What the node and everything shown below it cover: a frame skips the whole branch when
+    // this is out of view. Unknown (everything) unless the layout filled it in.
+    double branchTop = -std::numeric_limits<double>::infinity();
+    double branchBottom = std::numeric_limits<double>::infinity();
+    double branchRight = std::numeric_limits<double>::infinity();
+    int branchWords = 0; // the node's words and all its descendants', folded or not
 
     QRectF frame() const { return {origin, size}; }
     double maxX() const { return origin.x() + size.width(); }
     double maxY() const { return origin.y() + size.height(); }
     double midY() const { return origin.y() + size.height() * 0.5; }
+    // Whether the branch, moved by `shift`, can touch `rect`.
+    bool branchTouches(const QRectF& rect, double shift = 0) const
+    {
+        return branchTop - shift <= rect.bottom() && branchBottom + shift >= rect.top()
+            && origin.x() - shift <= rect.right() && branchRight + shift >= rect.left();
+    }
 
     bool operator==(const NodeLayout& other) const = default;
 };

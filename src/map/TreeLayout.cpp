@@ -4,6 +4,7 @@
 
 #include "core/PerformanceLog.h"
 #include "core/SermonNode.h"
+#include "core/WordCount.h"
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
@@ -55,6 +56,7 @@ TextExtent measureText(const DepthMetrics& m, const QString& text)
         }
     }
     measureLine(split ? text.mid(start) : text);
+    extent.words = WordCount::wordCount(text);
     return extent;
 }
 
@@ -123,47 +125,78 @@ QSizeF measureNode(const QString& text, int depth, bool isLeaf)
 
 void MeasureCache::clear()
 {
-    for (auto& table : m_previous)
+    for (auto& table : m_tables)
         table.clear();
-    for (auto& table : m_current)
-        table.clear();
+    m_hidden.clear();
+}
+
+int MeasureCache::hiddenWords(const QString& text)
+{
+    auto [it, inserted] = m_hidden.try_emplace(text);
+    if (inserted)
+        it->second.extent.words = WordCount::wordCount(text);
+    it->second.run = m_run;
+    ++m_used;
+    return it->second.extent.words;
 }
 
 void MeasureCache::beginRun()
 {
-    // Only what the last run used is kept, so edited and deleted texts fall out.
-    for (size_t i = 0; i < m_current.size(); ++i) {
-        m_previous[i].swap(m_current[i]);
-        m_current[i].clear();
-    }
+    ++m_run;
+    m_used = 0;
 }
 
-TextExtent MeasureCache::extent(int depthClass, const QString& text, const std::function<TextExtent()>& measure)
+void MeasureCache::endRun()
 {
-    auto& current = m_current[size_t(depthClass)];
-    if (const auto it = current.find(text); it != current.end())
-        return it->second;
-    auto& previous = m_previous[size_t(depthClass)];
-    const auto it = previous.find(text);
-    const TextExtent result = it != previous.end() ? it->second : measure();
-    current.emplace(text, result);
-    return result;
+    // Edited and deleted texts stay until they outnumber the live ones, so that a sweep, which
+    // visits every entry, costs no more than the runs it follows.
+    if (size() <= 2 * m_used + 1024)
+        return;
+    const auto stale = [this](const auto& entry) { return entry.second.run != m_run; };
+    for (auto& table : m_tables)
+        std::erase_if(table, stale);
+    std::erase_if(m_hidden, stale);
 }
 
-NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
+size_t MeasureCache::size() const
+{
+    size_t total = m_hidden.size();
+    for (const auto& table : m_tables)
+        total += table.size();
+    return total;
+}
+
+NodeLayouts layout(const SermonNode& root, MeasureCache* cache, size_t expectedCount)
 {
     return performanceLog::signpostInterval("TreeLayout", performanceLog::noMessage, [&] {
         NodeLayouts result;
+        result.reserve(expectedCount);
         const std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
         if (cache)
             cache->beginRun();
-        auto measure = [&](const SermonNode& node) {
+        auto measure = [&](const SermonNode& node, int& words) {
             const int depthClass = std::clamp(node.depth(), 0, 2);
             const DepthMetrics& m = metrics[size_t(depthClass)];
             const TextExtent extent = cache
                 ? cache->extent(depthClass, node.text(), [&] { return measureText(m, node.text()); })
                 : measureText(m, node.text());
+            words = extent.words;
             return nodeSize(m, extent, !node.hasChildren());
+        };
+        // What a fold hides is not placed, but its words still count towards the fold's badge.
+        std::vector<const SermonNode*> hidden;
+        auto wordsUnder = [&](const SermonNode& fold) {
+            int words = 0;
+            hidden.assign(1, &fold);
+            while (!hidden.empty()) {
+                const SermonNode* n = hidden.back();
+                hidden.pop_back();
+                for (const auto& child : n->children()) {
+                    words += cache ? cache->hiddenWords(child->text()) : WordCount::wordCount(child->text());
+                    hidden.push_back(child.get());
+                }
+            }
+            return words;
         };
 
         // One frame per expanded parent on the path being laid out; the walk is iterative because
@@ -172,24 +205,35 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
             const SermonNode* node;
             double x, y, w, h;
             double childX, cy, sum, gap;
+            double right; // the widest reach of the children's branches
+            int words; // the node's own, then its children's branches' as they finish
             bool packed;
             size_t next;
         };
         std::vector<Frame> stack;
+        // What the branch just finished covers, for its parent's frame.
+        struct Branch {
+            double height, right;
+            int words;
+        };
 
-        // Places a node with no visible children and returns its height, or opens a frame.
-        auto enter = [&](const SermonNode& node, double x, double y) -> std::optional<double> {
-            const QSizeF size = measure(node);
+        // Places a node with no visible children and returns its branch, or opens a frame.
+        auto enter = [&](const SermonNode& node, double x, double y) -> std::optional<Branch> {
+            int words = 0;
+            const QSizeF size = measure(node, words);
             if (node.isCollapsed() || !node.hasChildren()) {
-                result.insert_or_assign(
-                    node.id(),
-                    NodeLayout{node.id(), {x, y}, size, node.depth(), !node.hasChildren(), false, node.isQuote()});
-                return size.height();
+                NodeLayout l{node.id(), {x, y}, size, node.depth(), !node.hasChildren(), false, node.isQuote()};
+                l.branchTop = y;
+                l.branchBottom = y + size.height();
+                l.branchRight = x + size.width();
+                l.branchWords = words + (node.hasChildren() ? wordsUnder(node) : 0);
+                result.insert_or_assign(node.id(), l);
+                return Branch{size.height(), l.branchRight, l.branchWords};
             }
             const bool packed = node.hasOnlyLeafChildren();
             const double indent = packed ? leafIndent : branchIndent;
             stack.push_back({&node, x, y, size.width(), size.height(), x + size.width() + indent, y, 0,
-                             packed ? leafGap : branchGap, packed, 0});
+                             packed ? leafGap : branchGap, x + size.width(), words, packed, 0});
             return std::nullopt;
         };
 
@@ -199,9 +243,11 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
                 const auto& children = f.node->children();
                 if (f.next < children.size()) {
                     const SermonNode& child = *children[f.next++];
-                    if (const auto ch = enter(child, f.childX, f.cy)) {
-                        f.cy += *ch + f.gap;
-                        f.sum += *ch;
+                    if (const auto branch = enter(child, f.childX, f.cy)) {
+                        f.cy += branch->height + f.gap;
+                        f.sum += branch->height;
+                        f.right = std::max(f.right, branch->right);
+                        f.words += branch->words;
                     }
                     continue;
                 }
@@ -209,18 +255,26 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
                 const double block = f.sum + f.gap * (count - 1);
                 // Centred on a taller block; a taller parent keeps its top and the block stays aligned.
                 const double nodeY = f.h < block ? f.y + (block - f.h) * 0.5 : f.y;
-                result.insert_or_assign(
-                    f.node->id(),
-                    NodeLayout{f.node->id(), {f.x, nodeY}, {f.w, f.h}, f.node->depth(), false, f.packed, false});
                 const double height = std::max(f.h, block);
+                NodeLayout l{f.node->id(), {f.x, nodeY}, {f.w, f.h}, f.node->depth(), false, f.packed, false};
+                l.branchTop = f.y;
+                l.branchBottom = f.y + height;
+                l.branchRight = f.right;
+                l.branchWords = f.words;
+                result.insert_or_assign(f.node->id(), l);
+                const Branch done{height, f.right, f.words};
                 stack.pop_back();
                 if (!stack.empty()) {
                     Frame& parent = stack.back();
-                    parent.cy += height + parent.gap;
-                    parent.sum += height;
+                    parent.cy += done.height + parent.gap;
+                    parent.sum += done.height;
+                    parent.right = std::max(parent.right, done.right);
+                    parent.words += done.words;
                 }
             }
         }
+        if (cache)
+            cache->endRun();
         performanceLog::signpostEvent("TreeLayout.done", [&] { return QStringLiteral("nodes=%1").arg(result.size()); });
         return result;
     });

@@ -6,7 +6,7 @@
 #include <QString>
 
 #include <array>
-#include <functional>
+#include <cstdint>
 #include <unordered_map>
 
 class QFontMetricsF;
@@ -42,23 +42,45 @@ QSizeF measureNode(const QString& text, int depth, bool isLeaf);
 struct TextExtent {
     double width = 0; // the widest line, rounded up
     int lines = 0;
+    int words = 0; // counted with the measure, for the time badges' sums
 };
 
 // Widths of the texts a layout measured, kept for the next run: after one edit only the edited
 // line is measured again. Keyed by the exact text and depth class, so it can't go stale while
-// the fonts stay; clear it when they change.
+// the fonts stay; clear it when they change. Texts no run has used lately fall out once they
+// outnumber the ones in use.
 class MeasureCache {
 public:
     void clear();
     void beginRun();
-    TextExtent extent(int depthClass, const QString& text, const std::function<TextExtent()>& measure);
+    void endRun();
+    template <typename Measure>
+    TextExtent extent(int depthClass, const QString& text, Measure&& measure)
+    {
+        auto [it, inserted] = m_tables[size_t(depthClass)].try_emplace(text);
+        if (inserted)
+            it->second.extent = measure();
+        it->second.run = m_run;
+        ++m_used;
+        return it->second.extent;
+    }
+    // The words of a line under a fold, which is counted but not measured.
+    int hiddenWords(const QString& text);
+    size_t size() const;
 
 private:
-    std::array<std::unordered_map<QString, TextExtent>, 3> m_previous;
-    std::array<std::unordered_map<QString, TextExtent>, 3> m_current;
+    struct Entry {
+        TextExtent extent;
+        uint32_t run = 0;
+    };
+    std::array<std::unordered_map<QString, Entry>, 3> m_tables;
+    std::unordered_map<QString, Entry> m_hidden;
+    uint32_t m_run = 0;
+    size_t m_used = 0;
 };
 
-NodeLayouts layout(const SermonNode& root, MeasureCache* cache = nullptr);
+// `expectedCount` sizes the table ahead: the number of nodes the last run placed, say.
+NodeLayouts layout(const SermonNode& root, MeasureCache* cache = nullptr, size_t expectedCount = 0);
 
 QSizeF canvasSize(const NodeLayouts& layouts);
 QRectF contentBounds(const NodeLayouts& layouts);

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
 
 namespace {
 
@@ -174,8 +175,57 @@ TEST(MapDrawing, DeepChainDrawsWithoutRecursion)
         tip = tip->addChild(QStringLiteral("level")).get();
     Picture p(root);
     p.draw();
-    EXPECT_EQ(p.stats.connections, 9000);
+    // The branches beyond the view's right edge are passed over, not walked.
+    EXPECT_GE(p.stats.connections, 1);
+    EXPECT_LT(p.stats.connections, 100);
     EXPECT_GE(p.stats.drawn, 1);
+}
+
+TEST(MapDrawing, PassingOverBranchesOutOfViewChangesNoPixel)
+{
+    // A few hundred lines seen from several places and zooms, and mid-glide: a frame that skips
+    // the branches out of view paints what one that walks every node does.
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    std::vector<SermonNodePtr> nodes{root};
+    std::mt19937 random(11);
+    for (int i = 0; i < 400; ++i) {
+        auto parent = nodes[std::uniform_int_distribution<size_t>(0, nodes.size() - 1)(random)];
+        nodes.push_back(parent->addChild(QStringLiteral("Line %1 of the map").arg(i)));
+    }
+    nodes[5]->setCollapsed(true);
+    Picture skipping(root);
+    Picture walking(root);
+    for (auto& [id, l] : walking.tables.cachedLayouts)
+        l.branchTop = -INFINITY, l.branchBottom = l.branchRight = INFINITY;
+    // Gliding in from far below the view: a quarter of the way, the line stands in it.
+    auto glide = std::make_shared<MapGlide>();
+    for (const auto& [id, l] : skipping.tables.cachedLayouts) {
+        if (l.isLeaf && l.origin.y() > 2400 && glide->initialOffsets.empty()) {
+            const double d = (1400 - l.origin.y()) / 0.75;
+            glide->initialOffsets.emplace(id, QPointF(0, d));
+            glide->largestOffset = std::abs(d);
+        }
+    }
+    ASSERT_FALSE(glide->initialOffsets.empty());
+    struct Row {
+        double scale;
+        QPointF pan;
+        bool gliding;
+    };
+    const std::vector<Row> rows{{1.0, {0, 0}, false},      {1.0, {-300, -2000}, false}, {0.5, {0, -1500}, false},
+                                {2.0, {-600, -900}, false}, {0.2, {0, 0}, false},       {1.0, {-200, -1200}, true},
+                                {1.0, {0, -3000}, true}};
+    for (const Row& row : rows) {
+        for (Picture* p : {&skipping, &walking}) {
+            p->state.scale = row.scale;
+            p->state.panOffset = row.pan;
+            p->state.glide = row.gliding ? glide : nullptr;
+            p->state.animationProgress = row.gliding ? 0.25 : 1.0;
+            p->draw();
+        }
+        EXPECT_EQ(skipping.image, walking.image) << row.scale << " " << row.pan.y();
+        EXPECT_GT(skipping.stats.drawn, 0) << row.scale << " " << row.pan.y();
+    }
 }
 
 TEST(MapDrawing, CullsBeyondTheMarginOfFiftyPoints)
@@ -197,7 +247,8 @@ TEST(MapDrawing, CullsBeyondTheMarginOfFiftyPoints)
     };
     for (const Row& row : rows) {
         MapLayoutState tables;
-        const NodeID id = makeNodeID();
+        tables.root = SermonNode::make(QStringLiteral("Line"), 2);
+        const NodeID id = tables.root->id();
         tables.cachedLayouts.emplace(id, NodeLayout{id, row.frame.topLeft(), row.frame.size(), 2, true});
         MapDrawState state;
         state.scale = row.scale;

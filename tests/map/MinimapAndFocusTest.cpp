@@ -48,10 +48,11 @@ public:
         canvas.show();
         minimap().fade().setClock([this] { return now; });
     }
-    // The map lays a change out a turn later; the minimap follows that pass.
+    // The map lays a change out a turn later; the minimap follows that pass a moment after.
     MinimapOverlay& minimap() const
     {
         canvas.layoutState();
+        canvas.minimap()->settle();
         return *canvas.minimap();
     }
     SermonNodePtr child(int part, int index = -1) const

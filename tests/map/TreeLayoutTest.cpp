@@ -168,7 +168,9 @@ TEST_F(TreeLayoutTest, DeepChainLaysOutWithoutRecursion)
     EXPECT_TRUE(layouts.at(tip->id()).isLeaf);
     // Each level stands right of its parent: one-leaf lists at indent 28, chains at 40.
     EXPECT_GT(layouts.at(tip->id()).origin.x(), 9000 * 28.0);
-    EXPECT_EQ(subtreeWordCounts(*root).at(root->id()), 9001);
+    MapLayoutState tables;
+    tables.recomputeLayout(root);
+    EXPECT_EQ(tables.subtreeWordCount(root->id()), 9001);
 }
 
 TEST_F(TreeLayoutTest, RememberedWidthsGiveTheSameLayoutAsAFreshOne)
