@@ -32,8 +32,9 @@ MapTransitionAnimator::MapTransitionAnimator(QObject* parent)
 
 bool MapTransitionAnimator::animateTransition(const NodeLayouts& oldLayouts,
                                               const std::unordered_map<NodeID, QString>& oldTexts,
-                                              const NodeLayouts& newLayouts, double duration)
+                                              const NodeLayouts& newLayouts, double duration, const QRectF& region)
 {
+    const auto seen = [&region](const NodeLayout& l) { return region.isNull() || region.intersects(l.frame()); };
     auto glide = std::make_shared<MapGlide>();
     auto& offsets = glide->initialOffsets;
     auto& ghosts = glide->ghosts;
@@ -41,17 +42,17 @@ bool MapTransitionAnimator::animateTransition(const NodeLayouts& oldLayouts,
         const auto now = newLayouts.find(id);
         if (now != newLayouts.end()) {
             const QPointF d = old.origin - now->second.origin;
-            if (std::abs(d.x()) > 0.5 || std::abs(d.y()) > 0.5) {
+            if ((std::abs(d.x()) > 0.5 || std::abs(d.y()) > 0.5) && (seen(old) || seen(now->second))) {
                 offsets.emplace(id, d);
                 glide->largestOffset = std::max({glide->largestOffset, std::abs(d.x()), std::abs(d.y())});
             }
-        } else if (const auto text = oldTexts.find(id); text != oldTexts.end()) {
+        } else if (const auto text = oldTexts.find(id); text != oldTexts.end() && seen(old)) {
             ghosts.emplace(id, GhostNode{old, text->second});
         }
     }
     auto& fresh = glide->fadeIn;
     for (const auto& entry : newLayouts)
-        if (!oldLayouts.count(entry.first))
+        if (seen(entry.second) && !oldLayouts.count(entry.first))
             fresh.insert(entry.first);
     if (offsets.empty() && ghosts.empty() && fresh.empty())
         return false;

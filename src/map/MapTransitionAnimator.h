@@ -24,9 +24,11 @@ public:
 
     // Call after the layout was recomputed. Nothing starts, and a running transition carries on,
     // when nothing moved by more than half a point and nothing came or went. A departing node
-    // leaves a ghost only if `oldTexts` has its text.
+    // leaves a ghost only if `oldTexts` has its text. Given a `region`, only what stood or
+    // stands in it glides or fades; the rest, which no one sees, takes its place at once.
     bool animateTransition(const NodeLayouts& oldLayouts, const std::unordered_map<NodeID, QString>& oldTexts,
-                           const NodeLayouts& newLayouts, double duration = defaultDuration);
+                           const NodeLayouts& newLayouts, double duration = defaultDuration,
+                           const QRectF& region = QRectF());
 
     bool isRunning() const;
     double animationProgress() const { return m_progress; }

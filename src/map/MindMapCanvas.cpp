@@ -276,7 +276,16 @@ void MindMapCanvas::startGlide()
                 glide.texts.emplace(id, node->second->text());
         }
     }
-    m_transitions.animateTransition(glide.before, glide.texts, m_layout.cachedLayouts);
+    // What is on screen glides, and so does a screen's worth around it, which a reveal may
+    // scroll into view while the glide runs; the rest of a long sermon just takes its place.
+    QRectF region;
+    const QSizeF view = m_viewport.viewportSize();
+    if (!view.isEmpty()) {
+        const QRectF seen = MapDrawing::visibleRect(view, m_viewport.panOffset(), m_viewport.scale());
+        region = seen.adjusted(-seen.width(), -seen.height(), seen.width(), seen.height());
+    }
+    m_transitions.animateTransition(glide.before, glide.texts, m_layout.cachedLayouts,
+                                    MapTransitionAnimator::defaultDuration, region);
 }
 
 NodeActions MindMapCanvas::nodeActions()

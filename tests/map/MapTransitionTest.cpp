@@ -64,6 +64,18 @@ TEST(MapTransitionAnimator, GlidesFadesAndEndsExactlyAtOne)
     EXPECT_TRUE(animator.nodeAnimOffsets().empty());
     EXPECT_TRUE(animator.fadeOutGhosts().empty());
     EXPECT_TRUE(animator.fadeInNodeIDs().empty());
+
+    // Seen through a region, what neither stood nor stands in it takes its place at once.
+    const NodeID below = makeNodeID();
+    NodeLayouts regionBefore = before, regionAfter = after;
+    regionBefore.emplace(below, at(below, {0, 2000}));
+    regionAfter.emplace(below, at(below, {0, 2100}));
+    ASSERT_TRUE(animator.animateTransition(regionBefore, {{leaves, QStringLiteral("Gone")}}, regionAfter, 0.3,
+                                           QRectF(0, 0, 100, 350)));
+    EXPECT_EQ(animator.nodeAnimOffsets().size(), 1u);
+    EXPECT_EQ(animator.nodeAnimOffsets().count(stays), 1u);
+    EXPECT_EQ(animator.fadeOutGhosts().size(), 1u);
+    EXPECT_TRUE(animator.fadeInNodeIDs().empty()) << "arrives stands below the region";
 }
 
 TEST(MapTransitionAnimator, NothingToShowLeavesARunningTransitionAlone)
