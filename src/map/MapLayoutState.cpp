@@ -18,7 +18,7 @@ void MapLayoutState::recomputeLayout(const SermonNodePtr& newRoot)
             cachedContentBounds = {};
             return;
         }
-        cachedLayouts = TreeLayout::layout(*root, &measureCache, cachedLayouts.size());
+        TreeLayout::layout(*root, cachedLayouts, &measureCache);
         nodeLookup = root->nodeIndex();
         // The root's branch covers every frame, so the bounds need no second walk.
         const NodeLayout& whole = cachedLayouts.at(root->id());

@@ -389,7 +389,7 @@ void MindMapCanvas::recomputeLayout()
     ++m_layoutPasses;
     if (m_glide && !m_glide->hasBefore) {
         // The layout that was shown is what the glide starts from; the new one replaces it.
-        m_glide->before = std::move(m_layout.cachedLayouts);
+        m_glide->before = m_layout.cachedLayouts;
         if (m_glide->ghostsFromOldTree)
             m_glide->oldNodes = std::move(m_layout.nodeLookup);
         m_glide->hasBefore = true;

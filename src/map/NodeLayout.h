@@ -6,6 +6,7 @@
 #include <QRectF>
 #include <QSizeF>
 
+#include <cstdint>
 #include <limits>
 #include <unordered_map>
 
@@ -36,7 +37,15 @@ struct NodeLayout {
             && origin.x() - shift <= rect.right() && branchRight + shift >= rect.left();
     }
 
-    bool operator==(const NodeLayout& other) const = default;
+    uint32_t pass = 0; // the layout run that placed it last, which no two layouts compare
+
+    bool operator==(const NodeLayout& other) const
+    {
+        return nodeID == other.nodeID && origin == other.origin && size == other.size && depth == other.depth
+            && isLeaf == other.isLeaf && hasOnlyLeafChildren == other.hasOnlyLeafChildren
+            && isQuote == other.isQuote && branchTop == other.branchTop && branchBottom == other.branchBottom
+            && branchRight == other.branchRight && branchWords == other.branchWords;
+    }
 };
 
 // Descendants of a folded node have no entry; every reader tolerates a missing one.

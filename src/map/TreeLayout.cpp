@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -166,11 +167,25 @@ size_t MeasureCache::size() const
     return total;
 }
 
-NodeLayouts layout(const SermonNode& root, MeasureCache* cache, size_t expectedCount)
+NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
 {
-    return performanceLog::signpostInterval("TreeLayout", performanceLog::noMessage, [&] {
-        NodeLayouts result;
-        result.reserve(expectedCount);
+    NodeLayouts result;
+    layout(root, result, cache);
+    return result;
+}
+
+void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
+{
+    performanceLog::signpostInterval("TreeLayout", performanceLog::noMessage, [&] {
+        // Told apart from the entries of earlier runs, which stay unless placed again.
+        static std::atomic<uint32_t> passes{0};
+        const uint32_t pass = ++passes;
+        size_t placed = 0;
+        auto place = [&](NodeLayout l) {
+            l.pass = pass;
+            ++placed;
+            result.insert_or_assign(l.nodeID, l);
+        };
         const std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
         if (cache)
             cache->beginRun();
@@ -227,7 +242,7 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache, size_t expectedC
                 l.branchBottom = y + size.height();
                 l.branchRight = x + size.width();
                 l.branchWords = words + (node.hasChildren() ? wordsUnder(node) : 0);
-                result.insert_or_assign(node.id(), l);
+                place(l);
                 return Branch{size.height(), l.branchRight, l.branchWords};
             }
             const bool packed = node.hasOnlyLeafChildren();
@@ -261,7 +276,7 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache, size_t expectedC
                 l.branchBottom = f.y + height;
                 l.branchRight = f.right;
                 l.branchWords = f.words;
-                result.insert_or_assign(f.node->id(), l);
+                place(l);
                 const Branch done{height, f.right, f.words};
                 stack.pop_back();
                 if (!stack.empty()) {
@@ -273,10 +288,11 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache, size_t expectedC
                 }
             }
         }
+        if (result.size() > placed)
+            std::erase_if(result, [pass](const auto& entry) { return entry.second.pass != pass; });
         if (cache)
             cache->endRun();
         performanceLog::signpostEvent("TreeLayout.done", [&] { return QStringLiteral("nodes=%1").arg(result.size()); });
-        return result;
     });
 }
 

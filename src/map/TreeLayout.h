@@ -68,19 +68,38 @@ public:
     int hiddenWords(const QString& text);
     size_t size() const;
 
+    // A text is known by its characters' address and length, not read: lines keep sharing the
+    // characters they were given, through undo and copies, and a held copy keeps the address
+    // from being reused for other text. Equal text elsewhere is measured once more, no worse.
+    struct SameCharacters {
+        bool operator()(const QString& a, const QString& b) const
+        {
+            return a.constData() == b.constData() && a.size() == b.size();
+        }
+    };
+    struct CharactersHash {
+        size_t operator()(const QString& text) const noexcept
+        {
+            return std::hash<const void*>()(text.constData()) ^ size_t(text.size()) * 0x9e3779b97f4a7c15ull;
+        }
+    };
+
 private:
     struct Entry {
         TextExtent extent;
         uint32_t run = 0;
     };
-    std::array<std::unordered_map<QString, Entry>, 3> m_tables;
-    std::unordered_map<QString, Entry> m_hidden;
+    using Table = std::unordered_map<QString, Entry, CharactersHash, SameCharacters>;
+    std::array<Table, 3> m_tables;
+    Table m_hidden;
     uint32_t m_run = 0;
     size_t m_used = 0;
 };
 
-// `expectedCount` sizes the table ahead: the number of nodes the last run placed, say.
-NodeLayouts layout(const SermonNode& root, MeasureCache* cache = nullptr, size_t expectedCount = 0);
+NodeLayouts layout(const SermonNode& root, MeasureCache* cache = nullptr);
+// The same into a table that holds the last layout: entries are rewritten where they stand and
+// the ones no longer placed removed, so a run after a small change allocates next to nothing.
+void layout(const SermonNode& root, NodeLayouts& table, MeasureCache* cache);
 
 QSizeF canvasSize(const NodeLayouts& layouts);
 QRectF contentBounds(const NodeLayouts& layouts);
