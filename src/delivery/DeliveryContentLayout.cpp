@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <unordered_map>
 
 namespace {
 
@@ -32,6 +33,59 @@ std::optional<double> leafY(const DeliveryContentLayout& layout, size_t index)
         return std::nullopt;
     return it->second;
 }
+
+// Sizes of the texts already wrapped, so that a layout run again for a new setting, the
+// target's minutes or an edit wraps only the lines it hasn't seen at that width. A text is
+// known by its characters' address and length, as the lines share them through edits and
+// undo; the held copy keeps that address from being reused. Equal results, never stale.
+class WrapCache {
+public:
+    // A small number for each distinct font, the application's font changing included.
+    int fontId(const QFont& font)
+    {
+        const auto [it, inserted] = m_fonts.try_emplace(font.key(), int(m_fonts.size()));
+        return it->second;
+    }
+
+    template <typename Measure>
+    QSizeF size(const QString& text, int fontId, double width, Measure&& measure)
+    {
+        const Key key{text.constData(), text.size(), fontId, width};
+        if (const auto it = m_sizes.find(key); it != m_sizes.end())
+            return it->second.size;
+        // A wide edit history or many widths: start again rather than grow without end.
+        if (m_sizes.size() >= limit)
+            m_sizes.clear();
+        const QSizeF measured = measure();
+        m_sizes.emplace(key, Entry{text, measured});
+        return measured;
+    }
+
+private:
+    static constexpr size_t limit = 400'000;
+    struct Key {
+        const QChar* characters;
+        qsizetype length;
+        int fontId;
+        double width;
+        bool operator==(const Key&) const = default;
+    };
+    struct KeyHash {
+        size_t operator()(const Key& k) const noexcept
+        {
+            size_t h = std::hash<const void*>()(k.characters);
+            for (size_t part : {size_t(k.length), size_t(k.fontId), std::hash<double>()(k.width)})
+                h = (h ^ part) * 0x100000001b3ull;
+            return h;
+        }
+    };
+    struct Entry {
+        QString text; // holds the characters the key points at
+        QSizeF size;
+    };
+    std::unordered_map<Key, Entry, KeyHash> m_sizes;
+    std::unordered_map<QString, int> m_fonts;
+};
 
 // The first index in [from, to) for which `reached` holds, `reached` being false and then true
 // along the range; `to` when it never holds.
@@ -138,6 +192,12 @@ DeliveryContentLayout DeliveryContentLayout::compute(const SermonNode& root, int
         headingFonts[size_t(d)] = deliveryFont(d, false, baseFontSize);
     const QFont leafFont = deliveryFont(0, true, baseFontSize);
 
+    // Layouts are made on the thread that shows or prints them; each keeps its own sizes.
+    thread_local WrapCache wraps;
+    std::array<int, 5> headingFontIds;
+    for (size_t d = 0; d < headingFonts.size(); ++d)
+        headingFontIds[d] = wraps.fontId(headingFonts[d]);
+    const int leafFontId = wraps.fontId(leafFont);
     layout.items.reserve(nodes.size() + 8);
     double y = topMargin;
     const double half = (lineSpacing - 1) * baseFontSize * 0.5;
@@ -148,7 +208,9 @@ DeliveryContentLayout DeliveryContentLayout::compute(const SermonNode& root, int
         if (node->isQuote())
             indent += 20;
         const QFont& font = hasChildren ? headingFonts[size_t(std::clamp(depth, 0, 4))] : leafFont;
-        const QSizeF size = DeliveryText::measure(node->text(), font, textWidth - indent);
+        const int fontId = hasChildren ? headingFontIds[size_t(std::clamp(depth, 0, 4))] : leafFontId;
+        const QSizeF size = wraps.size(node->text(), fontId, textWidth - indent,
+                                       [&] { return DeliveryText::measure(node->text(), font, textWidth - indent); });
 
         DeliveryItem item;
         item.id = node->id();

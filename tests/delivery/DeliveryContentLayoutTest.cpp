@@ -1,6 +1,7 @@
 #include "DeliveryTestSupport.h"
 
 #include "delivery/DeliveryContentLayout.h"
+#include "delivery/DeliveryText.h"
 
 #include <gtest/gtest.h>
 
@@ -50,6 +51,38 @@ TEST_F(DeliveryLayoutTest, LoneRootIsOneLeafOpenedByLineSpacing)
     EXPECT_DOUBLE_EQ(layout.totalHeight, 40 + half + leaf->frame.height() + half + 40);
     EXPECT_TRUE(layout.headingYPositions.empty());
     EXPECT_EQ(layout.wordFractions.size(), 1u);
+}
+
+TEST_F(DeliveryLayoutTest, RememberedSizesFollowTheTextTheWidthAndTheFont)
+{
+    // A line's size is remembered between layouts; whatever changes it is measured afresh, and a
+    // setting put back gives the first layout again.
+    const QString text = QStringLiteral("Grace upon grace, and the law through Moses, and truth");
+    auto root = SermonNode::make(QStringLiteral("Title"), 0);
+    auto leaf = root->addChild(text);
+    auto frameOf = [&](double width, double base) {
+        return itemFor(DeliveryContentLayout::compute(*root, 30, width, base, 1.8), leaf->id())->frame;
+    };
+    const QRectF first = frameOf(700, 15);
+    struct Row {
+        const char* change;
+        double width, base;
+        QString text;
+    };
+    const std::vector<Row> rows{
+        {"narrower", 120, 15, text},
+        {"larger type", 700, 22, text},
+        {"longer text", 700, 15, text + QStringLiteral(" came by Jesus Christ, full of grace and truth")},
+    };
+    for (const Row& row : rows) {
+        leaf->setText(row.text);
+        const QRectF changed = frameOf(row.width, row.base);
+        EXPECT_NE(changed.size(), first.size()) << row.change;
+        const double width = row.width - DeliveryContentLayout::leafIndent(1);
+        EXPECT_EQ(changed.size(), DeliveryText::measure(row.text, deliveryFont(0, true, row.base), width)) << row.change;
+    }
+    leaf->setText(text);
+    EXPECT_EQ(frameOf(700, 15), first);
 }
 
 TEST_F(DeliveryLayoutTest, HeadingsFollowTheDepthTables)
