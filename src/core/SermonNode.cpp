@@ -357,9 +357,8 @@ FrozenNodePtr SermonNode::freeze() const
         children.reserve(n.m_children.size());
         for (const auto& child : n.m_children)
             children.push_back(child->m_frozen);
-        n.m_frozen =
-            std::make_shared<const FrozenNode>(n.m_id, n.m_text, n.m_depth, n.m_isCollapsed, n.m_isQuote,
-                                               std::move(children));
+        n.m_frozen = std::make_shared<const FrozenNode>(n.m_id, n.m_text, n.m_depth, n.m_isCollapsed, n.m_isQuote,
+                                                        std::move(children));
     }
     return m_frozen;
 }

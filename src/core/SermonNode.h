@@ -126,6 +126,7 @@ public:
     bool depthsAreConsistent() const;
 
     bool hasOnlyLeafChildren() const;
+    // Whole-tree maps, made anew at each call: for a single line, find or parent costs less.
     std::unordered_map<NodeID, SermonNodePtr> nodeIndex();
     std::unordered_map<NodeID, SermonNodePtr> parentIndex();
 

@@ -49,9 +49,9 @@ void expectLookupsMatchAWalk(const SermonNodePtr& top, const std::vector<NodeID>
     while (!stack.empty()) {
         auto [node, parent] = stack.back();
         stack.pop_back();
-        const int position = parent ? int(std::find(parent->children().begin(), parent->children().end(), node)
-                                              - parent->children().begin())
-                                    : -1;
+        const int position = parent
+            ? int(std::find(parent->children().begin(), parent->children().end(), node) - parent->children().begin())
+            : -1;
         walk.push_back({node, parent, position});
         for (auto it = node->children().rbegin(); it != node->children().rend(); ++it)
             stack.emplace_back(*it, node);
@@ -89,7 +89,8 @@ TEST(SermonNode, LookupsAgreeWithAWalkAfterEveryStructuralEdit)
         std::function<SermonNodePtr(Tree&)> apply;
     };
     const std::vector<Row> rows{
-        {"a child inserted", [](Tree& t) { return t.a->insertChild(1, SermonNode::make(QStringLiteral("n"))), nullptr; }},
+        {"a child inserted",
+         [](Tree& t) { return t.a->insertChild(1, SermonNode::make(QStringLiteral("n"))), nullptr; }},
         {"a branch attached keeping levels",
          [](Tree& t) {
              auto branch = SermonNode::make(QStringLiteral("n"), 5);
@@ -116,7 +117,8 @@ TEST(SermonNode, LookupsAgreeWithAWalkAfterEveryStructuralEdit)
              t.root->insertSiblingBefore(t.c->id(), QStringLiteral("before"));
              return nullptr;
          }},
-        {"a copy with fresh ids", [](Tree& t) { return t.root->insertChildKeepingDepths(1, t.a->deepCopy(true)), nullptr; }},
+        {"a copy with fresh ids",
+         [](Tree& t) { return t.root->insertChildKeepingDepths(1, t.a->deepCopy(true)), nullptr; }},
         {"a copy with the same ids after the original",
          [](Tree& t) { return t.root->insertChildKeepingDepths(3, t.a->deepCopy(false)), nullptr; }},
         {"a copy with the same ids before the original, then the original removed",
