@@ -3,7 +3,14 @@
 #include "MarkdownCodec.h"
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
+
+struct SermonNode::Index {
+    std::unordered_map<NodeID, SermonNode*> nodes;
+    // One id twice in a tree: lookups walk instead, so that the first in tree order still wins.
+    bool hasDuplicates = false;
+};
 
 SermonNode::SermonNode(QString text, int depth)
     : SermonNode(makeNodeID(), std::move(text), depth)
@@ -19,15 +26,21 @@ SermonNode::SermonNode(const NodeID& id, QString text, int depth)
 
 SermonNode::~SermonNode()
 {
+    delete m_index.load(std::memory_order_relaxed);
     // Tear the subtree down from a work list, so that a chain thousands of levels
-    // deep never unwinds through thousands of nested destructors.
+    // deep never unwinds through thousands of nested destructors. A child someone else
+    // still holds becomes the top of its own tree.
     std::vector<SermonNodePtr> pending = std::move(m_children);
+    for (const auto& child : pending)
+        child->m_parent = nullptr;
     while (!pending.empty()) {
         SermonNodePtr node = std::move(pending.back());
         pending.pop_back();
         if (node && node.use_count() == 1) {
-            for (auto& child : node->m_children)
+            for (auto& child : node->m_children) {
+                child->m_parent = nullptr;
                 pending.push_back(std::move(child));
+            }
             node->m_children.clear();
         }
     }
@@ -43,6 +56,7 @@ bool SermonNode::setText(const QString& text)
     if (m_text == text)
         return false;
     m_text = text;
+    markChanged();
     return true;
 }
 
@@ -51,6 +65,7 @@ bool SermonNode::setDepth(int depth)
     if (m_depth == depth)
         return false;
     m_depth = depth;
+    markChanged();
     return true;
 }
 
@@ -59,6 +74,7 @@ bool SermonNode::setCollapsed(bool collapsed)
     if (m_isCollapsed == collapsed)
         return false;
     m_isCollapsed = collapsed;
+    markChanged();
     return true;
 }
 
@@ -67,6 +83,7 @@ bool SermonNode::setQuote(bool quote)
     if (m_isQuote == quote)
         return false;
     m_isQuote = quote;
+    markChanged();
     return true;
 }
 
@@ -102,22 +119,6 @@ auto findIn(Node* start, const NodeID& id)
 }
 
 template <typename Node>
-auto parentIn(Node* start, const NodeID& id)
-{
-    decltype(start->shared_from_this()) hit;
-    walkPreOrder(start, [&](Node* node) {
-        for (const auto& child : node->children()) {
-            if (child->id() == id) {
-                hit = node->shared_from_this();
-                return true;
-            }
-        }
-        return false;
-    });
-    return hit;
-}
-
-template <typename Node>
 auto flatten(Node* start)
 {
     std::vector<decltype(start->shared_from_this())> out;
@@ -129,24 +130,136 @@ auto flatten(Node* start)
 }
 } // namespace
 
+void SermonNode::markChanged()
+{
+    // A changed node's parent is changed already, so the climb stops at the first one.
+    for (SermonNode* node = this; node && !node->m_changed; node = node->m_parent)
+        node->m_changed = true;
+}
+
+SermonNode* SermonNode::top() const
+{
+    const SermonNode* node = this;
+    while (node->m_parent)
+        node = node->m_parent;
+    // The index hands out mutable nodes to the mutable lookups; the const ones add const back.
+    return const_cast<SermonNode*>(node);
+}
+
+const SermonNode::Index& SermonNode::index() const
+{
+    if (const Index* built = m_index.load(std::memory_order_acquire))
+        return *built;
+    // Two readers of one tree may both ask first; one builds, the other waits for it.
+    static std::mutex building;
+    const std::lock_guard lock(building);
+    if (const Index* built = m_index.load(std::memory_order_acquire))
+        return *built;
+    auto made = std::make_unique<Index>();
+    walkPreOrder(const_cast<SermonNode*>(this), [&](SermonNode* node) {
+        if (!made->nodes.emplace(node->m_id, node).second)
+            made->hasDuplicates = true;
+        node->m_indexed = true;
+        return false;
+    });
+    m_index.store(made.get(), std::memory_order_release);
+    return *made.release();
+}
+
+SermonNode* SermonNode::locate(const NodeID& id) const
+{
+    SermonNode* const treeTop = top();
+    const Index& index = treeTop->index();
+    if (index.hasDuplicates)
+        return findIn(const_cast<SermonNode*>(this), id).get();
+    const auto hit = index.nodes.find(id);
+    if (hit == index.nodes.end())
+        return nullptr;
+    // The index covers the whole tree; below another receiver, only its own subtree counts.
+    if (treeTop != this) {
+        const SermonNode* node = hit->second;
+        while (node && node != this)
+            node = node->m_parent;
+        if (!node)
+            return nullptr;
+    }
+    return hit->second;
+}
+
+void SermonNode::indexAttached(SermonNode& subtree)
+{
+    Index* index = top()->m_index.load(std::memory_order_relaxed);
+    if (!index)
+        return;
+    walkPreOrder(&subtree, [&](SermonNode* node) {
+        if (!index->nodes.emplace(node->m_id, node).second)
+            index->hasDuplicates = true;
+        node->m_indexed = true;
+        return false;
+    });
+}
+
+void SermonNode::indexDetaching(SermonNode& subtree)
+{
+    SermonNode* const treeTop = top();
+    Index* index = treeTop->m_index.load(std::memory_order_relaxed);
+    if (!index)
+        return;
+    if (index->hasDuplicates) {
+        // Which of two equal ids to drop is not known here: build again at the next lookup.
+        delete treeTop->m_index.exchange(nullptr);
+        return;
+    }
+    walkPreOrder(&subtree, [&](SermonNode* node) {
+        index->nodes.erase(node->m_id);
+        node->m_indexed = false;
+        return false;
+    });
+}
+
 SermonNodePtr SermonNode::find(const NodeID& id)
 {
-    return findIn(this, id);
+    SermonNode* node = locate(id);
+    return node ? node->shared_from_this() : nullptr;
 }
 
 ConstSermonNodePtr SermonNode::find(const NodeID& id) const
 {
-    return findIn(this, id);
+    const SermonNode* node = locate(id);
+    return node ? node->shared_from_this() : nullptr;
 }
 
 SermonNodePtr SermonNode::parent(const NodeID& id)
 {
-    return parentIn(this, id);
+    SermonNode* node = locate(id);
+    return node && node != this ? node->m_parent->shared_from_this() : nullptr;
 }
 
 ConstSermonNodePtr SermonNode::parent(const NodeID& id) const
 {
-    return parentIn(this, id);
+    const SermonNode* node = locate(id);
+    return node && node != this ? node->m_parent->shared_from_this() : nullptr;
+}
+
+SermonNodePtr SermonNode::parentNode()
+{
+    return m_parent ? m_parent->shared_from_this() : nullptr;
+}
+
+ConstSermonNodePtr SermonNode::parentNode() const
+{
+    return m_parent ? m_parent->shared_from_this() : nullptr;
+}
+
+int SermonNode::indexInParent() const
+{
+    if (!m_parent)
+        return -1;
+    const auto& kids = m_parent->m_children;
+    for (size_t i = 0; i < kids.size(); ++i)
+        if (kids[i].get() == this)
+            return int(i);
+    return -1;
 }
 
 std::vector<SermonNodePtr> SermonNode::flattened()
@@ -177,6 +290,7 @@ SermonNodePtr SermonNode::deepCopy(bool freshIDs) const
         stack.pop_back();
         for (const auto& child : from->m_children) {
             to->m_children.push_back(copyOne(*child));
+            to->m_children.back()->m_parent = to;
             stack.emplace_back(child.get(), to->m_children.back().get());
         }
     }
@@ -213,7 +327,10 @@ FrozenNode::~FrozenNode()
 
 FrozenNodePtr SermonNode::freeze() const
 {
-    // Post-order, so that every child is frozen before its parent compares against it.
+    if (!m_changed)
+        return m_frozen;
+    // Post-order, so that every child is frozen before its parent compares against it. Only
+    // changed nodes are visited: an unchanged one's frozen form is its whole subtree already.
     std::vector<std::pair<const SermonNode*, bool>> stack{{this, false}};
     while (!stack.empty()) {
         auto& [node, childrenDone] = stack.back();
@@ -221,11 +338,13 @@ FrozenNodePtr SermonNode::freeze() const
             childrenDone = true;
             const SermonNode* parent = node;
             for (auto it = parent->m_children.rbegin(); it != parent->m_children.rend(); ++it)
-                stack.emplace_back(it->get(), false);
+                if ((*it)->m_changed)
+                    stack.emplace_back(it->get(), false);
             continue;
         }
         const SermonNode& n = *node;
         stack.pop_back();
+        n.m_changed = false;
         const FrozenNode* f = n.m_frozen.get();
         bool unchanged = f && f->m_depth == n.m_depth && f->m_isCollapsed == n.m_isCollapsed
             && f->m_isQuote == n.m_isQuote && f->m_id == n.m_id && f->m_children.size() == n.m_children.size()
@@ -238,8 +357,8 @@ FrozenNodePtr SermonNode::freeze() const
         children.reserve(n.m_children.size());
         for (const auto& child : n.m_children)
             children.push_back(child->m_frozen);
-        n.m_frozen =
-            std::make_shared<const FrozenNode>(n.m_id, n.m_text, n.m_depth, n.m_isCollapsed, n.m_isQuote, children);
+        n.m_frozen = std::make_shared<const FrozenNode>(n.m_id, n.m_text, n.m_depth, n.m_isCollapsed, n.m_isQuote,
+                                                        std::move(children));
     }
     return m_frozen;
 }
@@ -252,6 +371,7 @@ SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen)
         to->m_isQuote = from->m_isQuote;
         to->m_children.reserve(from->m_children.size());
         to->m_frozen = from;
+        to->m_changed = false;
         return to;
     };
     SermonNodePtr top = thawOne(frozen);
@@ -261,6 +381,7 @@ SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen)
         stack.pop_back();
         for (const auto& child : from->m_children) {
             to->m_children.push_back(thawOne(child));
+            to->m_children.back()->m_parent = to;
             stack.emplace_back(child.get(), to->m_children.back().get());
         }
     }
@@ -287,23 +408,22 @@ void SermonNode::setChildrenDepth(int depth)
 
 bool SermonNode::removeNode(const NodeID& id)
 {
-    SermonNodePtr owner = parent(id);
-    if (!owner)
+    SermonNode* node = locate(id);
+    if (!node || node == this)
         return false;
-    auto& kids = owner->m_children;
-    kids.erase(std::remove_if(kids.begin(), kids.end(), [&](const SermonNodePtr& c) { return c->m_id == id; }),
-               kids.end());
+    node->m_parent->removeChild(node->indexInParent());
     return true;
 }
 
 SermonNodePtr SermonNode::insertSibling(const NodeID& sibling, const QString& text, int offset)
 {
-    SermonNodePtr owner = parent(sibling);
-    if (!owner)
+    SermonNode* node = locate(sibling);
+    if (!node || node == this)
         return {};
-    auto node = make(text, owner->m_depth + 1);
-    owner->insertChild(owner->indexOfChild(sibling) + offset, node);
-    return node;
+    SermonNode* owner = node->m_parent;
+    auto made = make(text, owner->m_depth + 1);
+    owner->insertChild(node->indexInParent() + offset, made);
+    return made;
 }
 
 SermonNodePtr SermonNode::insertSiblingAfter(const NodeID& sibling, const QString& text)
@@ -352,9 +472,16 @@ void SermonNode::insertChild(int index, SermonNodePtr node)
 
 void SermonNode::insertChildKeepingDepths(int index, SermonNodePtr node)
 {
-    Q_ASSERT(node && node.get() != this);
+    Q_ASSERT(node && node.get() != this && !node->m_parent);
+    SermonNode& child = *node;
+    child.m_parent = this;
+    // No longer a top: the tree it joins indexes it, if that tree has an index.
+    delete child.m_index.exchange(nullptr);
     index = std::clamp(index, 0, int(m_children.size()));
     m_children.insert(m_children.begin() + index, std::move(node));
+    markChanged();
+    if (m_indexed)
+        indexAttached(child);
 }
 
 SermonNodePtr SermonNode::removeChild(int index)
@@ -363,13 +490,23 @@ SermonNodePtr SermonNode::removeChild(int index)
         return {};
     SermonNodePtr child = std::move(m_children[size_t(index)]);
     m_children.erase(m_children.begin() + index);
+    if (child->m_indexed)
+        indexDetaching(*child);
+    child->m_parent = nullptr;
+    markChanged();
     return child;
 }
 
 void SermonNode::moveChild(int from, int to)
 {
-    if (SermonNodePtr child = removeChild(from))
-        insertChildKeepingDepths(to, std::move(child));
+    // Within one parent nothing enters or leaves the tree, so the index stands as it is.
+    if (from < 0 || from >= int(m_children.size()))
+        return;
+    SermonNodePtr child = std::move(m_children[size_t(from)]);
+    m_children.erase(m_children.begin() + from);
+    to = std::clamp(to, 0, int(m_children.size()));
+    m_children.insert(m_children.begin() + to, std::move(child));
+    markChanged();
 }
 
 bool SermonNode::depthsAreConsistent() const

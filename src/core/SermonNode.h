@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <atomic>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -48,6 +49,11 @@ private:
 // Children change only through the operations below, each of which keeps depths right, so
 // that every view edits the tree by the same rules. A const node never hands itself out as
 // mutable; its children it hands out as they are shared, so constness stops at the receiver.
+//
+// Each node knows its parent, and the top of a tree keeps an id index, built at the first
+// lookup and kept up to date by every attach and detach, so that a lookup costs the depth of
+// the line, not the size of the file. Lookups may run on several threads at once over a tree
+// that nobody changes; every other method, freeze included, wants the tree to itself.
 class SermonNode : public std::enable_shared_from_this<SermonNode> {
 public:
     SermonNode(QString text, int depth);
@@ -65,6 +71,11 @@ public:
     bool isQuote() const { return m_isQuote; }
     const std::vector<SermonNodePtr>& children() const { return m_children; }
     bool hasChildren() const { return !m_children.empty(); }
+    // The node this one hangs under, null at the top of a tree.
+    SermonNodePtr parentNode();
+    ConstSermonNodePtr parentNode() const;
+    // Position among the parent's children, or -1 at the top.
+    int indexInParent() const;
 
     // Setters compare first and report whether anything changed.
     bool setText(const QString& text);
@@ -115,6 +126,7 @@ public:
     bool depthsAreConsistent() const;
 
     bool hasOnlyLeafChildren() const;
+    // Whole-tree maps, made anew at each call: for a single line, find or parent costs less.
     std::unordered_map<NodeID, SermonNodePtr> nodeIndex();
     std::unordered_map<NodeID, SermonNodePtr> parentIndex();
 
@@ -122,7 +134,18 @@ public:
     int indexOfChild(const NodeID& id) const;
 
 private:
+    struct Index;
+
     SermonNodePtr insertSibling(const NodeID& sibling, const QString& text, int offset);
+    // The node with `id` in this subtree, through the top's index.
+    SermonNode* locate(const NodeID& id) const;
+    const Index& index() const;
+    SermonNode* top() const;
+    // This node or something below it differs from the remembered frozen form.
+    void markChanged();
+    // Keeps the top's index in step with a subtree that was just attached or is being detached.
+    void indexAttached(SermonNode& subtree);
+    void indexDetaching(SermonNode& subtree);
 
     NodeID m_id;
     QString m_text;
@@ -130,6 +153,14 @@ private:
     std::vector<SermonNodePtr> m_children;
     bool m_isCollapsed = false;
     bool m_isQuote = false;
+    // Set by every change here or below, cleared by freeze: a clean node's frozen form is its
+    // subtree as it stands. A changed node's parent is always changed too.
+    mutable bool m_changed = true;
+    // Set while the node is in the index of its tree's top (and perhaps left set after).
+    mutable bool m_indexed = false;
+    SermonNode* m_parent = nullptr;
     // The last frozen form, reused by the next freeze if nothing changed.
     mutable FrozenNodePtr m_frozen;
+    // Only on a top, once something looked up by id; published once built, whole.
+    mutable std::atomic<Index*> m_index{nullptr};
 };

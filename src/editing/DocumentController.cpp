@@ -4,6 +4,30 @@
 
 #include <algorithm>
 
+namespace {
+// A selection this small is looked up id by id; a larger one costs one walk of the tree.
+constexpr qsizetype fewIDs = 64;
+
+// Where a node stands: its position among its siblings at every level, from the top down, so
+// that comparing two gives their order in the tree.
+std::vector<int> treePosition(const SermonNodePtr& node)
+{
+    std::vector<int> position;
+    for (SermonNodePtr n = node, parent; (parent = n->parentNode()); n = parent)
+        position.push_back(n->indexInParent());
+    std::reverse(position.begin(), position.end());
+    return position;
+}
+
+bool isShown(const SermonNodePtr& node)
+{
+    for (SermonNodePtr n = node->parentNode(); n; n = n->parentNode())
+        if (n->isCollapsed())
+            return false;
+    return true;
+}
+} // namespace
+
 DocumentController::DocumentController(SermonDocument* document, UndoManager* undoManager, QObject* parent)
     : QObject(parent)
     , m_document(document)
@@ -99,14 +123,7 @@ QSet<NodeID> DocumentController::effectiveSelection() const
 
 std::vector<SermonNodePtr> DocumentController::selectedNodes() const
 {
-    const QSet<NodeID> ids = effectiveSelection();
-    std::vector<SermonNodePtr> nodes;
-    if (ids.isEmpty())
-        return nodes;
-    for (const auto& node : root()->flattened())
-        if (ids.contains(node->id()))
-            nodes.push_back(node);
-    return nodes;
+    return nodesInTreeOrder(effectiveSelection(), false);
 }
 
 std::vector<SermonNodePtr> DocumentController::selectedNodesInOrder() const
@@ -116,23 +133,45 @@ std::vector<SermonNodePtr> DocumentController::selectedNodesInOrder() const
 
 std::vector<SermonNodePtr> DocumentController::topmostNodes(const QSet<NodeID>& ids) const
 {
+    return nodesInTreeOrder(ids, true);
+}
+
+std::vector<SermonNodePtr> DocumentController::nodesInTreeOrder(const QSet<NodeID>& ids, bool topmostOnly) const
+{
     std::vector<SermonNodePtr> nodes;
     if (ids.isEmpty())
         return nodes;
-    // Pre-order with a flag for "an ancestor is in the set"; a hit stops the descent, since
-    // nothing below it can be topmost.
-    std::vector<SermonNodePtr> stack{root()};
-    while (!stack.empty()) {
-        SermonNodePtr node = std::move(stack.back());
-        stack.pop_back();
-        if (ids.contains(node->id())) {
-            nodes.push_back(node);
-            continue;
+    if (ids.size() > fewIDs) {
+        // Pre-order; for the topmost, a hit stops the descent, since nothing below it can be.
+        std::vector<SermonNodePtr> stack{root()};
+        while (!stack.empty()) {
+            SermonNodePtr node = std::move(stack.back());
+            stack.pop_back();
+            const bool hit = ids.contains(node->id());
+            if (hit)
+                nodes.push_back(node);
+            if (hit && topmostOnly)
+                continue;
+            const auto& kids = node->children();
+            for (auto it = kids.rbegin(); it != kids.rend(); ++it)
+                stack.push_back(*it);
         }
-        const auto& kids = node->children();
-        for (auto it = kids.rbegin(); it != kids.rend(); ++it)
-            stack.push_back(*it);
+        return nodes;
     }
+    std::vector<std::pair<std::vector<int>, SermonNodePtr>> found;
+    for (const NodeID& id : ids) {
+        SermonNodePtr node = root()->find(id);
+        if (!node)
+            continue;
+        bool below = false;
+        for (SermonNodePtr n = node->parentNode(); n && topmostOnly && !below; n = n->parentNode())
+            below = ids.contains(n->id());
+        if (!below)
+            found.emplace_back(treePosition(node), std::move(node));
+    }
+    std::sort(found.begin(), found.end(), [](const auto& x, const auto& y) { return x.first < y.first; });
+    for (auto& [position, node] : found)
+        nodes.push_back(std::move(node));
     return nodes;
 }
 
@@ -175,43 +214,57 @@ std::optional<ContiguousSelection> DocumentController::contiguousSelection() con
 
 std::optional<NodeID> DocumentController::verticalTarget(const NodeID& id, bool forward) const
 {
-    const auto parents = root()->parentIndex();
-    NodeID current = id;
-    while (true) {
-        const auto p = parents.find(current);
-        if (p == parents.end())
-            return std::nullopt; // the root, or a node gone from the tree
-        const auto& kids = p->second->children();
-        const int index = p->second->indexOfChild(current) + (forward ? 1 : -1);
+    SermonNodePtr current = root()->find(id);
+    if (!current)
+        return std::nullopt; // a node gone from the tree
+    for (SermonNodePtr parent; (parent = current->parentNode()); current = parent) {
+        const auto& kids = parent->children();
+        const int index = current->indexInParent() + (forward ? 1 : -1);
         if (index >= 0 && index < int(kids.size())) {
             SermonNodePtr node = kids[index];
             while (node->depth() < m_navigationDepth && !node->isCollapsed() && node->hasChildren())
                 node = forward ? node->children().front() : node->children().back();
             return node->id();
         }
-        current = p->second->id();
     }
+    return std::nullopt; // past the first or last line
 }
 
 std::vector<NodeID> DocumentController::visibleRange(const NodeID& from, const NodeID& to) const
 {
-    std::vector<NodeID> visible;
-    std::vector<SermonNode*> stack{root().get()};
-    while (!stack.empty()) {
-        SermonNode* node = stack.back();
-        stack.pop_back();
-        visible.push_back(node->id());
-        if (node->isCollapsed())
-            continue;
-        const auto& kids = node->children();
-        for (auto it = kids.rbegin(); it != kids.rend(); ++it)
-            stack.push_back(it->get());
-    }
-    const auto a = std::find(visible.begin(), visible.end(), from);
-    const auto b = std::find(visible.begin(), visible.end(), to);
-    if (a == visible.end() || b == visible.end())
+    SermonNodePtr first = root()->find(from);
+    SermonNodePtr last = root()->find(to);
+    if (!first || !last || !isShown(first) || !isShown(last))
         return from == to ? std::vector<NodeID>{from} : std::vector<NodeID>{from, to};
-    return a <= b ? std::vector<NodeID>(a, b + 1) : std::vector<NodeID>(b, a + 1);
+    if (treePosition(last) < treePosition(first))
+        std::swap(first, last);
+    // The shown lines from the first to the last, in tree order: the walk keeps the path of
+    // parents with the position under each, so that it costs the range, not the tree.
+    std::vector<std::pair<const SermonNode*, size_t>> path;
+    for (SermonNodePtr n = first, parent; (parent = n->parentNode()); n = parent)
+        path.emplace_back(parent.get(), size_t(n->indexInParent()));
+    std::reverse(path.begin(), path.end());
+    std::vector<NodeID> visible;
+    const SermonNode* node = first.get();
+    while (node) {
+        visible.push_back(node->id());
+        if (node == last.get())
+            break;
+        if (!node->isCollapsed() && node->hasChildren()) {
+            path.emplace_back(node, 0);
+            node = node->children().front().get();
+            continue;
+        }
+        node = nullptr;
+        while (!node && !path.empty()) {
+            auto& [parent, index] = path.back();
+            if (++index < parent->children().size())
+                node = parent->children()[index].get();
+            else
+                path.pop_back();
+        }
+    }
+    return visible;
 }
 
 void DocumentController::extendTo(const NodeID& target)

@@ -173,6 +173,9 @@ private:
     SermonNodePtr root() const;
     SermonNodePtr findNode(const std::optional<NodeID>& id) const;
     bool selectionHoldsRoot(const QSet<NodeID>& ids) const;
+    // The nodes with these ids in tree order, those gone from the tree skipped; with
+    // `topmostOnly`, those below another of them too.
+    std::vector<SermonNodePtr> nodesInTreeOrder(const QSet<NodeID>& ids, bool topmostOnly) const;
     void captureUndo();
     void treeMutated(bool byEdit = true);
     void requestVisible(const std::optional<NodeID>& id);

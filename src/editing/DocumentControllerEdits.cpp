@@ -21,20 +21,19 @@ void DocumentController::deleteSelection()
 
     // The next selection comes from the last selected line in tree order, pruned or not: its
     // nearest unselected sibling after it, else before it, else its parent.
-    const auto parents = root()->parentIndex();
     auto choiceAfter = [&](const SermonNodePtr& node) -> std::optional<NodeID> {
-        const auto p = parents.find(node->id());
-        if (p == parents.end())
+        const SermonNodePtr parent = node->parentNode();
+        if (!parent)
             return std::nullopt;
-        const auto& kids = p->second->children();
-        const int index = p->second->indexOfChild(node->id());
+        const auto& kids = parent->children();
+        const int index = node->indexInParent();
         for (int i = index + 1; i < int(kids.size()); ++i)
             if (!ids.contains(kids[i]->id()))
                 return kids[i]->id();
         for (int i = index - 1; i >= 0; --i)
             if (!ids.contains(kids[i]->id()))
                 return kids[i]->id();
-        return p->second->id();
+        return parent->id();
     };
     const std::vector<SermonNodePtr> all = selectedNodes();
     std::optional<NodeID> next = choiceAfter(all.back());
@@ -48,8 +47,8 @@ void DocumentController::deleteSelection()
         next = choiceAfter(doomed.back());
 
     for (const auto& node : doomed)
-        if (auto p = parents.find(node->id()); p != parents.end())
-            p->second->removeNode(node->id());
+        if (const SermonNodePtr parent = node->parentNode())
+            parent->removeChild(node->indexInParent());
 
     treeMutated();
     setSelectedNodeIDs({});
@@ -65,15 +64,14 @@ void DocumentController::duplicate()
 
     captureUndo();
 
-    const auto parents = root()->parentIndex();
     std::vector<NodeID> copies;
     for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
-        const auto p = parents.find((*it)->id());
-        if (p == parents.end())
+        const SermonNodePtr parent = (*it)->parentNode();
+        if (!parent)
             continue;
         // The copy stands beside its original at the original's levels.
         SermonNodePtr copy = (*it)->deepCopy(true);
-        p->second->insertChildKeepingDepths(p->second->indexOfChild((*it)->id()) + 1, copy);
+        parent->insertChildKeepingDepths((*it)->indexInParent() + 1, copy);
         copies.insert(copies.begin(), copy->id());
     }
     treeMutated();
@@ -159,15 +157,12 @@ void DocumentController::dropNodes(const NodeID& grabbed, const QSet<NodeID>& mo
         const bool intoItself = std::any_of(tops.begin(), tops.end(),
                                             [&](const SermonNodePtr& top) { return top->find(parentID) != nullptr; });
         if (target && !intoItself) {
-            const auto parents = root()->parentIndex();
-            for (const auto& top : tops) {
-                const auto p = parents.find(top->id());
-                if (p != parents.end() && p->second == target && target->indexOfChild(top->id()) < index)
-                    --index;
-            }
             for (const auto& top : tops)
-                if (const auto p = parents.find(top->id()); p != parents.end())
-                    p->second->removeChild(p->second->indexOfChild(top->id()));
+                if (top->parentNode() == target && top->indexInParent() < index)
+                    --index;
+            for (const auto& top : tops)
+                if (const SermonNodePtr parent = top->parentNode())
+                    parent->removeChild(top->indexInParent());
             index = std::clamp(index, 0, int(target->children().size()));
             for (const auto& top : tops)
                 target->insertChild(index++, top);

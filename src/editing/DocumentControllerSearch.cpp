@@ -103,13 +103,9 @@ void DocumentController::expandForMatches()
 void DocumentController::restoreCollapsedState()
 {
     if (!m_savedCollapsedState.isEmpty()) {
-        const auto index = root()->nodeIndex();
-        for (auto it = m_savedCollapsedState.cbegin(); it != m_savedCollapsedState.cend(); ++it) {
-            if (!it.value())
-                continue;
-            if (auto node = index.find(it.key()); node != index.end())
-                node->second->setCollapsed(true);
-        }
+        for (auto it = m_savedCollapsedState.cbegin(); it != m_savedCollapsedState.cend(); ++it)
+            if (const SermonNodePtr node = it.value() ? root()->find(it.key()) : nullptr)
+                node->setCollapsed(true);
     }
     m_savedCollapsedState.clear();
     m_autoExpandedNodeIDs.clear();

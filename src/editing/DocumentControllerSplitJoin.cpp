@@ -15,11 +15,10 @@ std::vector<NodeID> splitLeaves(const SermonNodePtr& root, const std::vector<Ser
                                 const std::function<void()>& beforeFirstChange)
 {
     std::vector<NodeID> made;
-    const auto parents = root->parentIndex();
     bool changed = false;
     for (const auto& node : nodes) {
-        const auto p = parents.find(node->id());
-        if (node->hasChildren() || node == root || p == parents.end())
+        const SermonNodePtr owner = node->parentNode();
+        if (node->hasChildren() || node == root || !owner)
             continue;
         const QStringList pieces = cut(node->text());
         if (pieces.size() < 2)
@@ -28,8 +27,8 @@ std::vector<NodeID> splitLeaves(const SermonNodePtr& root, const std::vector<Ser
             beforeFirstChange();
             changed = true;
         }
-        SermonNode& parent = *p->second;
-        const int i = parent.indexOfChild(node->id());
+        SermonNode& parent = *owner;
+        const int i = node->indexInParent();
         parent.removeChild(i);
         for (int k = 0; k < int(pieces.size()); ++k) {
             // Each piece takes the line's place and its level.
@@ -73,15 +72,11 @@ std::optional<NodeID> DocumentController::join()
         return std::nullopt;
 
     // The parents of the selection, in tree order, so that the survivor is the first run.
-    const auto parentOf = root()->parentIndex();
     QSet<NodeID> parentIDs;
     for (const NodeID& id : ids)
-        if (auto p = parentOf.find(id); p != parentOf.end())
-            parentIDs.insert(p->second->id());
-    std::vector<SermonNodePtr> parents;
-    for (const auto& node : root()->flattened())
-        if (parentIDs.contains(node->id()))
-            parents.push_back(node);
+        if (const SermonNodePtr node = root()->find(id); node && node->parentNode())
+            parentIDs.insert(node->parentNode()->id());
+    const std::vector<SermonNodePtr> parents = nodesInTreeOrder(parentIDs, false);
 
     std::optional<NodeID> survivor;
     bool captured = false;

@@ -5,10 +5,26 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <set>
 #include <vector>
 
 namespace {
+
+std::vector<const FrozenNode*> frozenNodes(const FrozenNodePtr& top)
+{
+    std::vector<const FrozenNode*> out;
+    std::vector<const FrozenNode*> stack{top.get()};
+    while (!stack.empty()) {
+        const FrozenNode* node = stack.back();
+        stack.pop_back();
+        out.push_back(node);
+        for (const auto& child : node->children())
+            stack.push_back(child.get());
+    }
+    return out;
+}
 
 SermonDocument makeDocument()
 {
@@ -70,15 +86,25 @@ TEST(SermonDocument, AStepKeepsTheTreeAsItWasAndSharesWhatDidNotChange)
     struct Row {
         const char* change;
         std::function<void(SermonNode& a)> apply; // changes only the first branch, if anything
+        int made; // frozen lines the second step does not share with the first: the changed path
     };
     const std::vector<Row> rows{
-        {"nothing", [](SermonNode&) {}},
-        {"a line's text", [](SermonNode& a) { a.children()[0]->setText(QStringLiteral("changed")); }},
-        {"a fold", [](SermonNode& a) { a.setCollapsed(true); }},
-        {"a quote", [](SermonNode& a) { a.children()[1]->setQuote(true); }},
-        {"a line added", [](SermonNode& a) { a.addChild(QStringLiteral("new")); }},
-        {"a line removed", [](SermonNode& a) { a.removeChild(0); }},
-        {"lines swapped", [](SermonNode& a) { a.moveChild(0, 1); }},
+        {"nothing", [](SermonNode&) {}, 0},
+        {"a line's text", [](SermonNode& a) { a.children()[0]->setText(QStringLiteral("changed")); }, 3},
+        {"a line's text and back",
+         [](SermonNode& a) {
+             a.children()[0]->setText(QStringLiteral("changed"));
+             a.children()[0]->setText(QStringLiteral("a1"));
+         },
+         0},
+        {"a line's level", [](SermonNode& a) { a.children()[1]->setDepth(3); }, 3},
+        {"a fold", [](SermonNode& a) { a.setCollapsed(true); }, 2},
+        {"a quote", [](SermonNode& a) { a.children()[1]->setQuote(true); }, 3},
+        {"a line added", [](SermonNode& a) { a.addChild(QStringLiteral("new")); }, 3},
+        {"a line added deep", [](SermonNode& a) { a.children()[1]->addChild(QStringLiteral("new")); }, 4},
+        {"a line removed", [](SermonNode& a) { a.removeChild(0); }, 2},
+        {"lines swapped", [](SermonNode& a) { a.moveChild(0, 1); }, 2},
+        {"a line taken out and put back", [](SermonNode& a) { a.insertChildKeepingDepths(0, a.removeChild(0)); }, 0},
     };
     for (const Row& row : rows) {
         auto root = SermonNode::make(QStringLiteral("Title"), 0);
@@ -100,9 +126,23 @@ TEST(SermonDocument, AStepKeepsTheTreeAsItWasAndSharesWhatDidNotChange)
         EXPECT_EQ(outline(*SermonNode::thaw(second)), after) << row.change;
         EXPECT_EQ(first->children()[1], second->children()[1]) << row.change; // the other branch
         EXPECT_EQ(first == second, before == after) << row.change;
+        std::set<const FrozenNode*> shared;
+        for (const FrozenNode* node : frozenNodes(first))
+            shared.insert(node);
+        const auto all = frozenNodes(second);
+        EXPECT_EQ(std::count_if(all.begin(), all.end(), [&](const FrozenNode* n) { return !shared.contains(n); }),
+                  row.made)
+            << row.change;
         doc.undo();
         EXPECT_EQ(outline(*doc.root()), after) << row.change;
         EXPECT_EQ(doc.root()->children()[0]->id(), a->id()) << row.change;
+        // A restored tree remembers the step it came from, until it changes.
+        doc.captureUndo(std::nullopt);
+        EXPECT_EQ(doc.undoStack().back().root, second) << row.change;
+        doc.root()->children()[1]->children()[0]->setText(QStringLiteral("b1 changed"));
+        doc.captureUndo(std::nullopt);
+        EXPECT_EQ(doc.undoStack().back().root->children()[0], second->children()[0]) << row.change;
+        EXPECT_NE(doc.undoStack().back().root->children()[1], second->children()[1]) << row.change;
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <thread>
 #include <unordered_set>
 #include <vector>
@@ -32,6 +34,119 @@ TEST(SermonNode, LookupsTreatTheRootAsTheirOwnStart)
     EXPECT_EQ(t.root->parentIndex().count(t.root->id()), 0u);
     EXPECT_EQ(t.root->parentIndex().at(t.c1->id()), t.c);
     EXPECT_EQ(t.root->nodeIndex().size(), 7u);
+}
+
+// Checks every lookup of `top`'s tree against a plain walk: the first node in tree order with
+// an id is the one found, from the top and from every node above it, and nowhere else.
+void expectLookupsMatchAWalk(const SermonNodePtr& top, const std::vector<NodeID>& gone, const char* what)
+{
+    struct Seen {
+        SermonNodePtr node, parent;
+        int position;
+    };
+    std::vector<Seen> walk;
+    std::vector<std::pair<SermonNodePtr, SermonNodePtr>> stack{{top, nullptr}};
+    while (!stack.empty()) {
+        auto [node, parent] = stack.back();
+        stack.pop_back();
+        const int position = parent
+            ? int(std::find(parent->children().begin(), parent->children().end(), node) - parent->children().begin())
+            : -1;
+        walk.push_back({node, parent, position});
+        for (auto it = node->children().rbegin(); it != node->children().rend(); ++it)
+            stack.emplace_back(*it, node);
+    }
+    auto first = [&](const NodeID& id) {
+        return std::find_if(walk.begin(), walk.end(), [&](const Seen& s) { return s.node->id() == id; });
+    };
+    for (const Seen& seen : walk) {
+        const auto hit = first(seen.node->id());
+        EXPECT_EQ(top->find(seen.node->id()), hit->node) << what;
+        EXPECT_EQ(top->parent(seen.node->id()), hit->parent) << what;
+        EXPECT_EQ(seen.node->parentNode(), seen.parent) << what;
+        EXPECT_EQ(seen.node->indexInParent(), seen.position) << what;
+        // From a node above, only its own subtree is searched.
+        for (const Seen& receiver : walk) {
+            const auto below = receiver.node->flattened();
+            const auto inside = std::find_if(below.begin(), below.end(),
+                                             [&](const SermonNodePtr& n) { return n->id() == seen.node->id(); });
+            EXPECT_EQ(receiver.node->find(seen.node->id()), inside == below.end() ? nullptr : *inside) << what;
+        }
+    }
+    for (const NodeID& id : gone) {
+        if (first(id) != walk.end())
+            continue;
+        EXPECT_EQ(top->find(id), nullptr) << what;
+        EXPECT_EQ(top->parent(id), nullptr) << what;
+    }
+}
+
+TEST(SermonNode, LookupsAgreeWithAWalkAfterEveryStructuralEdit)
+{
+    struct Row {
+        const char* edit;
+        // Returns a branch it took out of the tree, if any.
+        std::function<SermonNodePtr(Tree&)> apply;
+    };
+    const std::vector<Row> rows{
+        {"a child inserted",
+         [](Tree& t) { return t.a->insertChild(1, SermonNode::make(QStringLiteral("n"))), nullptr; }},
+        {"a branch attached keeping levels",
+         [](Tree& t) {
+             auto branch = SermonNode::make(QStringLiteral("n"), 5);
+             branch->addChild(QStringLiteral("n1"));
+             branch->find(makeNodeID()); // the branch indexed itself while on its own
+             t.c1->insertChildKeepingDepths(0, branch);
+             return nullptr;
+         }},
+        {"a child removed", [](Tree& t) { return t.root->removeChild(0); }},
+        {"a leaf removed by id", [](Tree& t) { return t.root->removeNode(t.a2->id()), t.a2; }},
+        {"a branch removed by id", [](Tree& t) { return t.root->removeNode(t.c->id()), t.c; }},
+        {"children reordered", [](Tree& t) { return t.root->moveChild(0, 2), nullptr; }},
+        {"a branch moved under a leaf", [](Tree& t) { return t.root->moveNode(t.c->id(), t.a1->id(), 0), nullptr; }},
+        {"a branch moved up",
+         [](Tree& t) {
+             SermonNodePtr a = t.root->removeChild(0);
+             t.c1->insertChild(0, a->removeChild(1));
+             t.root->insertChild(3, a);
+             return nullptr;
+         }},
+        {"siblings inserted",
+         [](Tree& t) {
+             t.root->insertSiblingAfter(t.a1->id(), QStringLiteral("after"));
+             t.root->insertSiblingBefore(t.c->id(), QStringLiteral("before"));
+             return nullptr;
+         }},
+        {"a copy with fresh ids",
+         [](Tree& t) { return t.root->insertChildKeepingDepths(1, t.a->deepCopy(true)), nullptr; }},
+        {"a copy with the same ids after the original",
+         [](Tree& t) { return t.root->insertChildKeepingDepths(3, t.a->deepCopy(false)), nullptr; }},
+        {"a copy with the same ids before the original, then the original removed",
+         [](Tree& t) {
+             t.root->insertChildKeepingDepths(0, t.c->deepCopy(false));
+             return t.root->removeChild(3);
+         }},
+        {"the top thawed from its frozen form",
+         [](Tree& t) {
+             SermonNodePtr old = t.root;
+             t.root = SermonNode::thaw(old->freeze());
+             return old;
+         }},
+    };
+    for (const Row& row : rows) {
+        for (bool indexedFirst : {false, true}) {
+            Tree t;
+            std::vector<NodeID> before;
+            for (const auto& node : t.root->flattened())
+                before.push_back(node->id());
+            if (indexedFirst)
+                t.root->find(t.c1->id());
+            const SermonNodePtr out = row.apply(t);
+            expectLookupsMatchAWalk(t.root, before, row.edit);
+            if (out)
+                expectLookupsMatchAWalk(out, {}, row.edit); // a branch taken out is a tree of its own
+        }
+    }
 }
 
 TEST(SermonNode, FlattenedIsPreOrderWithCollapsedSubtrees)

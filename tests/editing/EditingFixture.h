@@ -72,10 +72,14 @@ protected:
     void load(const QString& outline)
     {
         controller.reset();
+        lookedUp.clear();
         document = std::make_unique<SermonDocument>(buildTree(outline));
         controller = std::make_unique<DocumentController>(document.get(), &undoManager);
         controller->setPasteboard(&pasteboard);
-        controller->onTreeMutated = [this] { ++mutations; };
+        controller->onTreeMutated = [this] {
+            ++mutations;
+            expectLookupsMatchTheTree();
+        };
         controller->onSelectionRequestVisible = [this](const NodeID& id) { shown.push_back(id); };
         controller->onRequestCanvasFocus = [this] { ++canvasFocusRequests; };
     }
@@ -124,8 +128,31 @@ protected:
         return texts;
     }
 
+    // After every edit, undo and redo: each line is found by id where a walk finds it, under
+    // the parent the walk says, and a line that has left the tree is found nowhere.
+    void expectLookupsMatchTheTree()
+    {
+        QSet<NodeID> present;
+        std::vector<std::pair<SermonNodePtr, SermonNodePtr>> stack{{root(), nullptr}};
+        while (!stack.empty()) {
+            auto [node, parent] = stack.back();
+            stack.pop_back();
+            present.insert(node->id());
+            EXPECT_EQ(root()->find(node->id()), node) << node->text().toStdString();
+            EXPECT_EQ(root()->parent(node->id()), parent) << node->text().toStdString();
+            EXPECT_EQ(node->parentNode(), parent) << node->text().toStdString();
+            for (const auto& child : node->children())
+                stack.emplace_back(child, node);
+        }
+        for (const NodeID& id : std::as_const(lookedUp)) {
+            EXPECT_TRUE(present.contains(id) || !root()->find(id));
+        }
+        lookedUp.unite(present);
+    }
+
     UndoManager undoManager;
     MemoryPasteboard pasteboard;
+    QSet<NodeID> lookedUp; // every id the lookups were checked for
     std::unique_ptr<SermonDocument> document;
     std::unique_ptr<DocumentController> controller;
     int mutations = 0;

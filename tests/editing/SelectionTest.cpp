@@ -1,5 +1,8 @@
 #include "EditingFixture.h"
 
+#include <algorithm>
+#include <random>
+
 namespace {
 
 const QString kSermon = QStringLiteral(R"(Title
@@ -29,6 +32,44 @@ TEST_F(Selection, EffectiveSelectionJoinsPrimaryAndSet)
     for (const auto& n : controller->selectedNodesInOrder())
         inOrder.append(n->text());
     EXPECT_EQ(inOrder, (QStringList{"Story", "Close"}));
+}
+
+// Few lines are looked up one by one and many found by one walk: both give tree order, and the
+// topmost prune what lies below another selected line.
+TEST_F(Selection, SelectedLinesComeInTreeOrderHoweverMany)
+{
+    QString outline = QStringLiteral("T\n");
+    for (int i = 0; i < 40; ++i)
+        outline += QStringLiteral("  p%1\n    s%1\n      l%1\n    t%1\n").arg(i);
+    load(outline);
+    std::vector<SermonNodePtr> all = root()->flattened();
+    all.erase(all.begin()); // not the title
+    std::mt19937 random(5);
+    for (size_t count : {size_t(1), size_t(3), size_t(20), size_t(100), all.size()}) {
+        std::vector<SermonNodePtr> chosen = all;
+        std::shuffle(chosen.begin(), chosen.end(), random);
+        chosen.resize(count);
+        QSet<NodeID> ids;
+        for (const auto& n : chosen)
+            ids.insert(n->id());
+        ids.insert(makeNodeID()); // a line gone from the tree
+        controller->setSelectedNodeID(chosen.front()->id());
+        controller->setSelectedNodeIDs(ids);
+
+        std::vector<SermonNodePtr> inOrder, topmost;
+        for (const auto& n : all) {
+            if (!ids.contains(n->id()))
+                continue;
+            inOrder.push_back(n);
+            bool below = false;
+            for (auto p = n->parentNode(); p; p = p->parentNode())
+                below = below || ids.contains(p->id());
+            if (!below)
+                topmost.push_back(n);
+        }
+        EXPECT_EQ(controller->selectedNodes(), inOrder) << count;
+        EXPECT_EQ(controller->selectedNodesInOrder(), topmost) << count;
+    }
 }
 
 TEST_F(Selection, SelectedNodesSkipLinesGoneFromTheTree)
@@ -150,11 +191,24 @@ TEST_F(Selection, ShiftDownThreeTimesSelectsFourLinesAndShiftUpShrinks)
 
 TEST_F(Selection, RangeTakesInTheVisibleLinesBetween)
 {
-    select("Question");
-    controller->extendSelection(true);
-    controller->extendSelection(true);
-    EXPECT_EQ(selected(), "Main idea");
-    EXPECT_EQ(selectedTexts(), (QStringList{"Question", "Story", "Porch", "Rocking chair", "Main idea"}));
+    struct Row {
+        const char* anchor;
+        const char* from;
+        bool forward;
+        QStringList range; // in tree order, whichever end comes first
+    } rows[] = {
+        {"Question", "Story", true, {"Question", "Story", "Porch", "Rocking chair", "Main idea"}},
+        {"Close", "Close", false, {"Folded", "Close"}},
+        {"Close", "Folded", false, {"Main idea", "Presence", "Folded", "Close"}},
+        {"Presence", "Folded", true, {"Presence", "Folded", "Close"}}, // not the folded line's child
+        {"Porch", "Main idea", false, {"Opening", "Question", "Story", "Porch"}},
+    };
+    for (const Row& row : rows) {
+        select(row.from);
+        controller->setSelectionAnchorID(id(row.anchor));
+        controller->extendSelection(row.forward);
+        EXPECT_EQ(selectedTexts(), row.range) << row.anchor << " " << row.from;
+    }
 }
 
 TEST_F(Selection, RangeIntoHiddenLinesIsJustTheTwoEnds)

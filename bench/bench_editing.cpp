@@ -1,0 +1,74 @@
+// One key's work in the controller, without any view: what every view pays before it draws.
+#include "SermonGenerator.h"
+
+#include "core/SermonDocument.h"
+#include "editing/DocumentController.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+// A document with a leaf in the middle of the tree selected, one with a sibling after it.
+struct Editor {
+    SermonDocument document;
+    DocumentController controller{&document};
+
+    explicit Editor(int lines)
+        : document(generateSermon(lines))
+    {
+        const auto nodes = document.root()->flattened();
+        for (size_t i = nodes.size() / 2; i < nodes.size(); ++i) {
+            const NodeID id = nodes[i]->id();
+            const auto parent = document.root()->parent(id);
+            if (!nodes[i]->hasChildren() && parent->indexOfChild(id) + 1 < int(parent->children().size())) {
+                controller.setSelectedNodeID(id);
+                break;
+            }
+        }
+    }
+};
+
+// Down then Up, one key an iteration.
+void BM_MoveSelection(benchmark::State& state)
+{
+    Editor editor(int(state.range(0)));
+    const auto start = editor.controller.selectedNodeID();
+    editor.controller.moveSelection(true);
+    if (editor.controller.selectedNodeID() == start)
+        state.SkipWithError("Down moved nothing");
+    bool forward = false;
+    for (auto _ : state) {
+        editor.controller.moveSelection(forward);
+        forward = !forward;
+    }
+}
+BENCHMARK(BM_MoveSelection)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
+
+// Shift+Down then Shift+Up: the range from the anchor is worked out anew for each.
+void BM_ExtendSelection(benchmark::State& state)
+{
+    Editor editor(int(state.range(0)));
+    bool forward = true;
+    for (auto _ : state) {
+        editor.controller.extendSelection(forward);
+        forward = !forward;
+    }
+}
+BENCHMARK(BM_ExtendSelection)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
+
+// Alt+Down then Alt+Up: a structural edit with its undo step.
+void BM_MoveLine(benchmark::State& state)
+{
+    Editor editor(int(state.range(0)));
+    bool down = true;
+    for (auto _ : state) {
+        if (down)
+            editor.controller.moveDown();
+        else
+            editor.controller.moveUp();
+        down = !down;
+    }
+}
+BENCHMARK(BM_MoveLine)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
+
+} // namespace
