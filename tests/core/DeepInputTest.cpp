@@ -54,7 +54,7 @@ TEST(DeepInput, AListNineThousandLevelsDeepSurvivesEveryWalk)
     copy.reset(); // destruction is iterative too
 }
 
-TEST(DeepInput, ManyHeadingsAndRandomBytesRead)
+TEST(DeepInput, ManyHeadingsALongItemAndRandomBytesRead)
 {
     QByteArray headings;
     for (int i = 0; i < 5000; ++i)
@@ -62,6 +62,15 @@ TEST(DeepInput, ManyHeadingsAndRandomBytesRead)
     auto many = readSermon(headings);
     ASSERT_TRUE(many);
     EXPECT_FALSE(SermonDocument(std::move(*many)).snapshot().isEmpty());
+
+    // Each later line of an item lengthens its text: copying the text per line never finishes.
+    QByteArray item = "- first\n";
+    for (int i = 0; i < 100'000; ++i)
+        item += "  a later line of the same item\n";
+    auto longItem = readSermon(item);
+    ASSERT_TRUE(longItem);
+    ASSERT_EQ(longItem->root->children().size(), 1u);
+    EXPECT_EQ(longItem->root->children().front()->text().count(QLatin1Char('\n')), 100'000);
 
     std::mt19937 random(42);
     QByteArray noise(2'000'000, '\0');
