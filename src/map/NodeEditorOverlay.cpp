@@ -12,7 +12,10 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPlainTextEdit>
+#include <QResizeEvent>
+#include <QTextBlock>
 #include <QTextDocument>
+#include <QTextLayout>
 #include <QTimer>
 
 #include <algorithm>
@@ -33,6 +36,29 @@ double verticalPadding(const NodeLayout& layout)
 {
     return layout.isLeaf ? TreeLayout::leafVerticalPadding : TreeLayout::branchVerticalPadding;
 }
+
+// The text view of the editor. Its lines never wrap and stand at the left, so a new width moves
+// no glyph; the text view would still lay out and shape every line again on a change of width,
+// which the field has on nearly every key as it grows.
+class LineField : public QPlainTextEdit {
+public:
+    using QPlainTextEdit::QPlainTextEdit;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override
+    {
+        const QTextOption option = document()->defaultTextOption();
+        const bool widthMovesNothing = option.wrapMode() == QTextOption::NoWrap
+            && !(option.alignment() & (Qt::AlignRight | Qt::AlignHCenter | Qt::AlignJustify));
+        if (!widthMovesNothing || event->oldSize().width() == event->size().width()) {
+            QPlainTextEdit::resizeEvent(event);
+            return;
+        }
+        // The same event with the width left as it was: the scroll range is still brought up to date.
+        QResizeEvent heightOnly(event->size(), QSize(event->size().width(), event->oldSize().height()));
+        QPlainTextEdit::resizeEvent(&heightOnly);
+    }
+};
 
 QString fieldText(const QPlainTextEdit& field)
 {
@@ -120,7 +146,7 @@ QRectF NodeEditorOverlay::ringRect(const NodeLayout& layout, QSizeF size)
 
 NodeEditorOverlay::NodeEditorOverlay(QWidget* parent)
     : QWidget(parent)
-    , m_field(new QPlainTextEdit(this))
+    , m_field(new LineField(this))
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setFocusPolicy(Qt::NoFocus);
@@ -137,6 +163,14 @@ NodeEditorOverlay::NodeEditorOverlay(QWidget* parent)
     m_field->setAutoFillBackground(false);
     m_field->installEventFilter(this);
     connect(m_field, &QPlainTextEdit::textChanged, this, &NodeEditorOverlay::fieldTextChanged);
+    // A changed line keeps its shaped glyphs after its layout, for the cursor and the paint that
+    // follow each key: without them, each shapes a long line whole once more.
+    connect(m_field->document(), &QTextDocument::contentsChange, this, [this](int from, int, int added) {
+        const QTextDocument& document = *m_field->document();
+        for (QTextBlock block = document.findBlock(from); block.isValid() && block.position() <= from + added;
+             block = block.next())
+            block.layout()->setCacheEnabled(true);
+    });
     new EmojiText::Highlighter(m_field->document());
     hide();
 }
