@@ -60,11 +60,12 @@ protected:
     }
 };
 
-QString fieldText(const QPlainTextEdit& field)
+// The field's text in the model's form: every break between its lines a soft line break.
+QString modelTextOf(const QPlainTextEdit& field)
 {
     QString text = field.document()->toRawText();
-    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-    text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+    text.replace(QChar::ParagraphSeparator, TextPieces::softLineBreak);
+    text.replace(QLatin1Char('\n'), TextPieces::softLineBreak);
     return text;
 }
 } // namespace
@@ -76,16 +77,24 @@ namespace {
 constexpr qsizetype pieceLength = 512;
 
 template <typename Width>
-QSizeF sizeOfText(const QString& modelText, const QFontMetricsF& metrics, Width width)
+QSizeF sizeOfText(QStringView text, const QFontMetricsF& metrics, Width width)
 {
-    QString text = modelText;
-    text.replace(QLatin1Char('\n'), TextPieces::softLineBreak);
-    const QStringList lines = text.split(TextPieces::softLineBreak);
     double widest = 0;
-    for (const QString& line : lines)
+    qsizetype lines = 0;
+    for (qsizetype start = 0;; ++lines) {
+        qsizetype end = start;
+        while (end < text.size() && text[end] != QLatin1Char('\n') && text[end] != TextPieces::softLineBreak)
+            ++end;
+        const QStringView line = text.sliced(start, end - start);
         widest = std::max(widest, line.isEmpty() ? metrics.horizontalAdvance(QStringLiteral(" ")) : width(line));
+        if (end == text.size()) {
+            ++lines;
+            break;
+        }
+        start = end + 1;
+    }
     const double lineHeight = metrics.ascent() + std::abs(metrics.descent()) + metrics.leading();
-    return {widest + slack, lineHeight * double(lines.size())};
+    return {widest + slack, lineHeight * double(lines)};
 }
 } // namespace
 
@@ -95,7 +104,7 @@ QSizeF NodeEditorOverlay::editorSize(const QString& modelText, int depth)
     const QFont font = TreeLayout::nodeFont(depth);
     const QFontMetricsF metrics(font);
     return sizeOfText(modelText, metrics,
-                      [&](const QString& line) { return EmojiText::horizontalAdvance(metrics, font, line); });
+                      [&](QStringView line) { return EmojiText::horizontalAdvance(metrics, font, line.toString()); });
 }
 
 QSizeF NodeEditorOverlay::grownEditorSize(const QString& modelText)
@@ -106,26 +115,29 @@ QSizeF NodeEditorOverlay::grownEditorSize(const QString& modelText)
     }
     const QFont font = TreeLayout::nodeFont(m_layout.depth);
     const QFontMetricsF metrics(font);
-    std::unordered_map<QString, double> used;
-    auto width = [&](const QString& line) {
+    ++m_measureRound;
+    auto width = [&](QStringView line) {
         if (line.size() <= 2 * pieceLength)
-            return EmojiText::horizontalAdvance(metrics, font, line);
+            return EmojiText::horizontalAdvance(metrics, font, line.toString());
         double total = 0;
         for (qsizetype start = 0; start < line.size();) {
             const qsizetype space = line.indexOf(QLatin1Char(' '), start + pieceLength);
             const qsizetype end = space < 0 ? line.size() : space + 1;
-            const QString piece = line.mid(start, end - start);
-            const auto known = m_pieceWidths.find(piece);
-            const double w =
-                known != m_pieceWidths.end() ? known->second : EmojiText::horizontalAdvance(metrics, font, piece);
-            used.emplace(piece, w);
-            total += w;
+            const QStringView piece = line.sliced(start, end - start);
+            auto known = m_pieceWidths.find(piece);
+            if (known == m_pieceWidths.end()) {
+                const QString copy = piece.toString();
+                known = m_pieceWidths.emplace(copy, PieceWidth{EmojiText::horizontalAdvance(metrics, font, copy), 0}).first;
+            }
+            known->second.round = m_measureRound;
+            total += known->second.width;
             start = end;
         }
         return total;
     };
     const QSizeF size = sizeOfText(modelText, metrics, width);
-    m_pieceWidths = std::move(used); // only what the text holds now
+    // Only what the text holds now.
+    std::erase_if(m_pieceWidths, [this](const auto& entry) { return entry.second.round != m_measureRound; });
     return size;
 }
 
@@ -201,18 +213,14 @@ void NodeEditorOverlay::close()
     hide();
 }
 
-QString NodeEditorOverlay::text() const
-{
-    return TextPieces::modelText(fieldText(*m_field));
-}
-
 void NodeEditorOverlay::setText(const QString& modelText)
 {
-    if (text() == modelText && !m_editorSize.isEmpty())
+    if (m_modelText == modelText && !m_editorSize.isEmpty())
         return;
     m_isSettingText = true;
     m_field->setPlainText(TextPieces::editorText(modelText));
     m_isSettingText = false;
+    m_modelText = modelTextOf(*m_field);
     m_editorSize = editorSize(modelText, m_layout.depth);
     place();
 }
@@ -279,7 +287,8 @@ void NodeEditorOverlay::fieldTextChanged()
 {
     if (m_isSettingText)
         return;
-    const QString model = text();
+    const QString model = modelTextOf(*m_field);
+    m_modelText = model;
     const QSizeF size = grownEditorSize(model);
     if (size != m_editorSize) {
         m_editorSize = size;
