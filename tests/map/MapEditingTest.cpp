@@ -15,6 +15,7 @@
 #include <QClipboard>
 #include <QFontMetricsF>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QTest>
 
 #include <cmath>
@@ -114,7 +115,7 @@ TEST_F(MapEditingTest, ShiftReturnAddsASecondLineAndTheFieldGrows)
 }
 
 // Whatever an edit does to the text, the field is then the size of the text measured whole, its
-// first glyph has not moved, and each line's end stands where its glyphs end.
+// first glyph stands at its top left, and each line's end stands where its glyphs end.
 TEST_F(MapEditingTest, TheFieldFitsItsTextAfterEveryEdit)
 {
     QString words;
@@ -148,6 +149,13 @@ TEST_F(MapEditingTest, TheFieldFitsItsTextAfterEveryEdit)
          [&] { key(Qt::Key_Backspace); }},
         {"the widest line deleted", QStringLiteral("short\u2028the widest line"),
          [&] {
+             key(Qt::Key_Home, Qt::ShiftModifier);
+             key(Qt::Key_Backspace);
+             key(Qt::Key_Backspace);
+         }},
+        {"the widest of three lines deleted", QStringLiteral("short\u2028the widest line\u2028end"),
+         [&] {
+             toPosition(int(QStringLiteral("short\u2028the widest line").size()));
              key(Qt::Key_Home, Qt::ShiftModifier);
              key(Qt::Key_Backspace);
              key(Qt::Key_Backspace);
@@ -188,7 +196,6 @@ TEST_F(MapEditingTest, TheFieldFitsItsTextAfterEveryEdit)
         canvas.onTreeMutated();
         controller().startSession(root()->children().at(0)->id(), false);
         ASSERT_TRUE(editor().isOpen());
-        const QPoint firstGlyph = field().cursorRect(QTextCursor(field().document())).topLeft();
         const QSizeF before = editor().currentEditorSize();
         c.edit();
         ASSERT_NE(editor().text(), c.start);
@@ -200,7 +207,9 @@ TEST_F(MapEditingTest, TheFieldFitsItsTextAfterEveryEdit)
         EXPECT_NEAR(editor().currentEditorSize().width(), whole.width(), tolerance) << before.width();
         EXPECT_NEAR(editor().currentEditorSize().height(), whole.height(), 1e-6) << before.height();
         EXPECT_EQ(field().width(), int(std::ceil(editor().currentEditorSize().width())));
-        EXPECT_EQ(field().cursorRect(QTextCursor(field().document())).topLeft(), firstGlyph);
+        EXPECT_EQ(field().cursorRect(QTextCursor(field().document())).topLeft(), QPoint(0, 0));
+        // Nor can it be scrolled sideways, by a drag or a wheel, since it is as wide as its text.
+        EXPECT_EQ(field().horizontalScrollBar()->maximum(), 0);
         const QFontMetricsF metrics(field().font());
         qsizetype lineEnd = 0;
         for (const QString& line : editor().text().split(TextPieces::softLineBreak)) {
