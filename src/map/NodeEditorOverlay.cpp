@@ -192,10 +192,11 @@ void NodeEditorOverlay::open(const QString& modelText, const NodeLayout& layout)
     m_layout = layout;
     m_isOpen = true;
     setText(modelText);
-    m_field->moveCursor(QTextCursor::End);
     place();
     show();
     raise();
+    // Only once shown does the field have its size: a hidden one would scroll to show the end.
+    m_field->moveCursor(QTextCursor::End);
     focusField();
     // Once more after the event loop turns: a focus change queued by whoever opened the editor
     // must not take the keyboard away again.

@@ -196,6 +196,7 @@ TEST_F(MapEditingTest, TheFieldFitsItsTextAfterEveryEdit)
         canvas.onTreeMutated();
         controller().startSession(root()->children().at(0)->id(), false);
         ASSERT_TRUE(editor().isOpen());
+        EXPECT_EQ(field().cursorRect(QTextCursor(field().document())).topLeft(), QPoint(0, 0)) << "opened";
         const QSizeF before = editor().currentEditorSize();
         c.edit();
         ASSERT_NE(editor().text(), c.start);
