@@ -12,7 +12,10 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPlainTextEdit>
+#include <QResizeEvent>
+#include <QTextBlock>
 #include <QTextDocument>
+#include <QTextLayout>
 #include <QTimer>
 
 #include <algorithm>
@@ -34,11 +37,35 @@ double verticalPadding(const NodeLayout& layout)
     return layout.isLeaf ? TreeLayout::leafVerticalPadding : TreeLayout::branchVerticalPadding;
 }
 
-QString fieldText(const QPlainTextEdit& field)
+// The text view of the editor. Its lines never wrap and stand at the left, so a new width moves
+// no glyph; the text view would still lay out and shape every line again on a change of width,
+// which the field has on nearly every key as it grows.
+class LineField : public QPlainTextEdit {
+public:
+    using QPlainTextEdit::QPlainTextEdit;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override
+    {
+        const QTextOption option = document()->defaultTextOption();
+        const bool widthMovesNothing = option.wrapMode() == QTextOption::NoWrap
+            && !(option.alignment() & (Qt::AlignRight | Qt::AlignHCenter | Qt::AlignJustify));
+        if (!widthMovesNothing || event->oldSize().width() == event->size().width()) {
+            QPlainTextEdit::resizeEvent(event);
+            return;
+        }
+        // The same event with the width left as it was: the scroll range is still brought up to date.
+        QResizeEvent heightOnly(event->size(), QSize(event->size().width(), event->oldSize().height()));
+        QPlainTextEdit::resizeEvent(&heightOnly);
+    }
+};
+
+// The field's text in the model's form: every break between its lines a soft line break.
+QString modelTextOf(const QPlainTextEdit& field)
 {
     QString text = field.document()->toRawText();
-    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-    text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+    text.replace(QChar::ParagraphSeparator, TextPieces::softLineBreak);
+    text.replace(QLatin1Char('\n'), TextPieces::softLineBreak);
     return text;
 }
 } // namespace
@@ -50,16 +77,24 @@ namespace {
 constexpr qsizetype pieceLength = 512;
 
 template <typename Width>
-QSizeF sizeOfText(const QString& modelText, const QFontMetricsF& metrics, Width width)
+QSizeF sizeOfText(QStringView text, const QFontMetricsF& metrics, Width width)
 {
-    QString text = modelText;
-    text.replace(QLatin1Char('\n'), TextPieces::softLineBreak);
-    const QStringList lines = text.split(TextPieces::softLineBreak);
     double widest = 0;
-    for (const QString& line : lines)
+    qsizetype lines = 0;
+    for (qsizetype start = 0;; ++lines) {
+        qsizetype end = start;
+        while (end < text.size() && text[end] != QLatin1Char('\n') && text[end] != TextPieces::softLineBreak)
+            ++end;
+        const QStringView line = text.sliced(start, end - start);
         widest = std::max(widest, line.isEmpty() ? metrics.horizontalAdvance(QStringLiteral(" ")) : width(line));
+        if (end == text.size()) {
+            ++lines;
+            break;
+        }
+        start = end + 1;
+    }
     const double lineHeight = metrics.ascent() + std::abs(metrics.descent()) + metrics.leading();
-    return {widest + slack, lineHeight * double(lines.size())};
+    return {widest + slack, lineHeight * double(lines)};
 }
 } // namespace
 
@@ -69,7 +104,7 @@ QSizeF NodeEditorOverlay::editorSize(const QString& modelText, int depth)
     const QFont font = TreeLayout::nodeFont(depth);
     const QFontMetricsF metrics(font);
     return sizeOfText(modelText, metrics,
-                      [&](const QString& line) { return EmojiText::horizontalAdvance(metrics, font, line); });
+                      [&](QStringView line) { return EmojiText::horizontalAdvance(metrics, font, line.toString()); });
 }
 
 QSizeF NodeEditorOverlay::grownEditorSize(const QString& modelText)
@@ -80,26 +115,29 @@ QSizeF NodeEditorOverlay::grownEditorSize(const QString& modelText)
     }
     const QFont font = TreeLayout::nodeFont(m_layout.depth);
     const QFontMetricsF metrics(font);
-    std::unordered_map<QString, double> used;
-    auto width = [&](const QString& line) {
+    ++m_measureRound;
+    auto width = [&](QStringView line) {
         if (line.size() <= 2 * pieceLength)
-            return EmojiText::horizontalAdvance(metrics, font, line);
+            return EmojiText::horizontalAdvance(metrics, font, line.toString());
         double total = 0;
         for (qsizetype start = 0; start < line.size();) {
             const qsizetype space = line.indexOf(QLatin1Char(' '), start + pieceLength);
             const qsizetype end = space < 0 ? line.size() : space + 1;
-            const QString piece = line.mid(start, end - start);
-            const auto known = m_pieceWidths.find(piece);
-            const double w =
-                known != m_pieceWidths.end() ? known->second : EmojiText::horizontalAdvance(metrics, font, piece);
-            used.emplace(piece, w);
-            total += w;
+            const QStringView piece = line.sliced(start, end - start);
+            auto known = m_pieceWidths.find(piece);
+            if (known == m_pieceWidths.end()) {
+                const QString copy = piece.toString();
+                known = m_pieceWidths.emplace(copy, PieceWidth{EmojiText::horizontalAdvance(metrics, font, copy), 0}).first;
+            }
+            known->second.round = m_measureRound;
+            total += known->second.width;
             start = end;
         }
         return total;
     };
     const QSizeF size = sizeOfText(modelText, metrics, width);
-    m_pieceWidths = std::move(used); // only what the text holds now
+    // Only what the text holds now.
+    std::erase_if(m_pieceWidths, [this](const auto& entry) { return entry.second.round != m_measureRound; });
     return size;
 }
 
@@ -120,7 +158,7 @@ QRectF NodeEditorOverlay::ringRect(const NodeLayout& layout, QSizeF size)
 
 NodeEditorOverlay::NodeEditorOverlay(QWidget* parent)
     : QWidget(parent)
-    , m_field(new QPlainTextEdit(this))
+    , m_field(new LineField(this))
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setFocusPolicy(Qt::NoFocus);
@@ -137,6 +175,14 @@ NodeEditorOverlay::NodeEditorOverlay(QWidget* parent)
     m_field->setAutoFillBackground(false);
     m_field->installEventFilter(this);
     connect(m_field, &QPlainTextEdit::textChanged, this, &NodeEditorOverlay::fieldTextChanged);
+    // A changed line keeps its shaped glyphs after its layout, for the cursor and the paint that
+    // follow each key: without them, each shapes a long line whole once more.
+    connect(m_field->document(), &QTextDocument::contentsChange, this, [this](int from, int, int added) {
+        const QTextDocument& document = *m_field->document();
+        for (QTextBlock block = document.findBlock(from); block.isValid() && block.position() <= from + added;
+             block = block.next())
+            block.layout()->setCacheEnabled(true);
+    });
     new EmojiText::Highlighter(m_field->document());
     hide();
 }
@@ -146,10 +192,11 @@ void NodeEditorOverlay::open(const QString& modelText, const NodeLayout& layout)
     m_layout = layout;
     m_isOpen = true;
     setText(modelText);
-    m_field->moveCursor(QTextCursor::End);
     place();
     show();
     raise();
+    // Only once shown does the field have its size: a hidden one would scroll to show the end.
+    m_field->moveCursor(QTextCursor::End);
     focusField();
     // Once more after the event loop turns: a focus change queued by whoever opened the editor
     // must not take the keyboard away again.
@@ -167,18 +214,14 @@ void NodeEditorOverlay::close()
     hide();
 }
 
-QString NodeEditorOverlay::text() const
-{
-    return TextPieces::modelText(fieldText(*m_field));
-}
-
 void NodeEditorOverlay::setText(const QString& modelText)
 {
-    if (text() == modelText && !m_editorSize.isEmpty())
+    if (m_modelText == modelText && !m_editorSize.isEmpty())
         return;
     m_isSettingText = true;
     m_field->setPlainText(TextPieces::editorText(modelText));
     m_isSettingText = false;
+    m_modelText = modelTextOf(*m_field);
     m_editorSize = editorSize(modelText, m_layout.depth);
     place();
 }
@@ -245,7 +288,8 @@ void NodeEditorOverlay::fieldTextChanged()
 {
     if (m_isSettingText)
         return;
-    const QString model = text();
+    const QString model = modelTextOf(*m_field);
+    m_modelText = model;
     const QSizeF size = grownEditorSize(model);
     if (size != m_editorSize) {
         m_editorSize = size;

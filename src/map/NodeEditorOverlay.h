@@ -6,6 +6,7 @@
 #include <QRectF>
 #include <QSizeF>
 #include <QString>
+#include <QStringView>
 #include <QWidget>
 
 #include <functional>
@@ -38,7 +39,7 @@ public:
     bool isOpen() const { return m_isOpen; }
 
     // The text in the model's form.
-    QString text() const;
+    const QString& text() const { return m_modelText; }
     // Replaces the text unless it already reads the same, so the cursor stays while typing.
     void setText(const QString& modelText);
     const NodeLayout& nodeLayout() const { return m_layout; }
@@ -77,6 +78,21 @@ private:
     QPointF m_pan;
     bool m_isOpen = false;
     bool m_isSettingText = false;
-    std::unordered_map<QString, double> m_pieceWidths;
+    QString m_modelText; // the field's text in the model's form
+    // Widths of the pieces of very long lines, by their text; a view finds one without a copy.
+    struct PieceHash {
+        using is_transparent = void;
+        size_t operator()(QStringView piece) const noexcept { return qHash(piece); }
+    };
+    struct PieceEqual {
+        using is_transparent = void;
+        bool operator()(QStringView a, QStringView b) const noexcept { return a == b; }
+    };
+    struct PieceWidth {
+        double width;
+        quint64 round; // the last measuring that used it
+    };
+    std::unordered_map<QString, PieceWidth, PieceHash, PieceEqual> m_pieceWidths;
+    quint64 m_measureRound = 0;
     int m_pieceDepth = -1;
 };

@@ -6,12 +6,20 @@
 #include "map/NodeEditorOverlay.h"
 #include "map/TreeLayout.h"
 
+#include "look/EmojiText.h"
+
 #include "core/SermonDocument.h"
 #include "editing/DocumentController.h"
+#include "editing/TextPieces.h"
 
+#include <QClipboard>
 #include <QFontMetricsF>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QTest>
+
+#include <cmath>
+#include <functional>
 
 #include <gtest/gtest.h>
 
@@ -104,17 +112,116 @@ TEST_F(MapEditingTest, ShiftReturnAddsASecondLineAndTheFieldGrows)
     key(Qt::Key_Return);
     EXPECT_EQ(root()->children().at(0)->text(), QStringLiteral("First\u2028second line that is longer"));
     EXPECT_GT(canvas.layoutState().layout(id)->size.width(), before);
+}
 
-    // A very long line grows with each key to the width of what it holds, and no wider.
+// Whatever an edit does to the text, the field is then the size of the text measured whole, its
+// first glyph stands at its top left, and each line's end stands where its glyphs end.
+TEST_F(MapEditingTest, TheFieldFitsItsTextAfterEveryEdit)
+{
     QString words;
     while (words.size() < 4000)
         words += QStringLiteral("grace and peace to you ");
-    controller().startSession(root()->children().at(0)->id(), false);
-    field().setPlainText(words);
-    for (const QString& more : {QStringLiteral("x"), QStringLiteral(" mercy"), QStringLiteral("Amen.")}) {
-        type(more);
-        const QSizeF whole = NodeEditorOverlay::editorSize(field().toPlainText(), 1);
-        EXPECT_NEAR(editor().currentEditorSize().width(), whole.width(), 1.0) << more.toStdString();
+    auto toPosition = [&](int position) {
+        QTextCursor cursor = field().textCursor();
+        cursor.setPosition(position);
+        field().setTextCursor(cursor);
+    };
+    auto paste = [&](const QString& text) {
+        QApplication::clipboard()->setText(text);
+        key(Qt::Key_V, Qt::ControlModifier);
+    };
+    auto typeEmoji = [&] {
+        QTest::sendKeyEvent(QTest::Click, &field(), Qt::Key_unknown, QStringLiteral("\U0001F64F"), Qt::NoModifier);
+    };
+    struct Case {
+        const char* what;
+        QString start; // in the model's form
+        std::function<void()> edit;
+    };
+    const Case cases[] = {
+        {"a character at the end", QStringLiteral("Grace"), [&] { type(QStringLiteral("s")); }},
+        {"a second, wider line", QStringLiteral("Grace"),
+         [&] {
+             key(Qt::Key_Return, Qt::ShiftModifier);
+             type(QStringLiteral("and peace to all of you"));
+         }},
+        {"the widest line's last character deleted", QStringLiteral("short\u2028the widest line"),
+         [&] { key(Qt::Key_Backspace); }},
+        {"the widest line deleted", QStringLiteral("short\u2028the widest line"),
+         [&] {
+             key(Qt::Key_Home, Qt::ShiftModifier);
+             key(Qt::Key_Backspace);
+             key(Qt::Key_Backspace);
+         }},
+        {"the widest of three lines deleted", QStringLiteral("short\u2028the widest line\u2028end"),
+         [&] {
+             toPosition(int(QStringLiteral("short\u2028the widest line").size()));
+             key(Qt::Key_Home, Qt::ShiftModifier);
+             key(Qt::Key_Backspace);
+             key(Qt::Key_Backspace);
+         }},
+        {"a pasted text of three lines", QStringLiteral("Grace"),
+         [&] { paste(QStringLiteral(" and\npeace to all\nof you who are loved")); }},
+        {"a soft line break in the stored text", QStringLiteral("one\u2028two and three"),
+         [&] { type(QStringLiteral("!")); }},
+        {"an emoji", QStringLiteral("Pray"), typeEmoji},
+        {"a very long line typed at its end", words,
+         [&] {
+             for (const QString& more : {QStringLiteral("x"), QStringLiteral(" mercy"), QStringLiteral("Amen.")})
+                 type(more);
+         }},
+        {"a very long line typed in its middle and cut short", words,
+         [&] {
+             toPosition(2000);
+             type(QStringLiteral(" new words "));
+             toPosition(1000);
+             for (int i = 0; i < 3; ++i)
+                 key(Qt::Key_Delete);
+             key(Qt::Key_End);
+             key(Qt::Key_Home, Qt::ShiftModifier);
+             paste(QStringLiteral("and a short end"));
+         }},
+        {"an undone key", QStringLiteral("Grace\u2028peace"),
+         [&] {
+             type(QStringLiteral(" to all of you"));
+             key(Qt::Key_Home);
+             type(QStringLiteral("And "));
+             key(Qt::Key_Z, Qt::ControlModifier);
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        document.setRoot(SermonNode::make(QStringLiteral("Title"), 0));
+        root()->addChild(c.start);
+        canvas.onTreeMutated();
+        controller().startSession(root()->children().at(0)->id(), false);
+        ASSERT_TRUE(editor().isOpen());
+        EXPECT_EQ(field().cursorRect(QTextCursor(field().document())).topLeft(), QPoint(0, 0)) << "opened";
+        const QSizeF before = editor().currentEditorSize();
+        c.edit();
+        ASSERT_NE(editor().text(), c.start);
+        EXPECT_EQ(controller().editingText(), editor().text());
+
+        const QSizeF whole = NodeEditorOverlay::editorSize(editor().text(), 1);
+        // A very long line is measured in pieces, which may add up to a hair more or less.
+        const double tolerance = editor().text().size() > 1000 ? 1.0 : 1e-6;
+        EXPECT_NEAR(editor().currentEditorSize().width(), whole.width(), tolerance) << before.width();
+        EXPECT_NEAR(editor().currentEditorSize().height(), whole.height(), 1e-6) << before.height();
+        EXPECT_EQ(field().width(), int(std::ceil(editor().currentEditorSize().width())));
+        EXPECT_EQ(field().cursorRect(QTextCursor(field().document())).topLeft(), QPoint(0, 0));
+        // Nor can it be scrolled sideways, by a drag or a wheel, since it is as wide as its text.
+        EXPECT_EQ(field().horizontalScrollBar()->maximum(), 0);
+        const QFontMetricsF metrics(field().font());
+        qsizetype lineEnd = 0;
+        for (const QString& line : editor().text().split(TextPieces::softLineBreak)) {
+            lineEnd += line.size();
+            QTextCursor end(field().document());
+            end.setPosition(int(lineEnd));
+            EXPECT_NEAR(field().cursorRect(end).x(), EmojiText::horizontalAdvance(metrics, field().font(), line), 1.5)
+                << line.right(20).toStdString();
+            ++lineEnd;
+        }
+        key(Qt::Key_Escape);
     }
 }
 
