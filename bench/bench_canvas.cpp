@@ -112,7 +112,7 @@ struct CanvasFixture {
 
     void setCounters(benchmark::State& state) const
     {
-        state.counters["nodes"] = double(canvas->layoutState().nodeLookup.size());
+        state.counters["nodes"] = double(canvas->layoutState().cachedLayouts.size());
     }
 };
 
@@ -145,7 +145,7 @@ void BM_OpenToFirstFrame(benchmark::State& state)
         nextFrame();
         if (paints.count == 0)
             state.SkipWithError("the window was never painted");
-        nodes = canvas->layoutState().nodeLookup.size();
+        nodes = canvas->layoutState().cachedLayouts.size();
         state.PauseTiming();
         canvas.reset();
         document.reset();

@@ -13,13 +13,11 @@ void MapLayoutState::recomputeLayout(const SermonNodePtr& newRoot)
         root = newRoot;
         if (!root) {
             cachedLayouts.clear();
-            nodeLookup.clear();
             cachedCanvasSize = {80, 80};
             cachedContentBounds = {};
             return;
         }
         TreeLayout::layout(*root, cachedLayouts, &measureCache);
-        nodeLookup = root->nodeIndex();
         // The root's branch covers every frame, so the bounds need no second walk.
         const NodeLayout& whole = cachedLayouts.at(root->id());
         cachedContentBounds = QRectF(whole.origin.x(), whole.branchTop, whole.branchRight - whole.origin.x(),
@@ -36,8 +34,8 @@ const NodeLayout* MapLayoutState::layout(const NodeID& id) const
 
 const SermonNode* MapLayoutState::node(const NodeID& id) const
 {
-    const auto it = nodeLookup.find(id);
-    return it == nodeLookup.end() ? nullptr : it->second.get();
+    // The whole tree, folded parts included; the tree keeps its own index.
+    return root ? root->find(id).get() : nullptr;
 }
 
 int MapLayoutState::subtreeWordCount(const NodeID& id) const

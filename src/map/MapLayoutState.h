@@ -11,7 +11,6 @@
 struct MapLayoutState {
     SermonNodePtr root;
     NodeLayouts cachedLayouts;
-    std::unordered_map<NodeID, SermonNodePtr> nodeLookup; // the whole tree, folded parts included
     QSizeF cachedCanvasSize;
     QRectF cachedContentBounds;
     TreeLayout::MeasureCache measureCache;

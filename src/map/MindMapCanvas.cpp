@@ -272,8 +272,8 @@ void MindMapCanvas::startGlide()
         for (const auto& [id, old] : glide.before) {
             if (m_layout.cachedLayouts.count(id))
                 continue;
-            if (const auto node = glide.oldNodes.find(id); node != glide.oldNodes.end())
-                glide.texts.emplace(id, node->second->text());
+            if (const auto node = glide.oldRoot ? glide.oldRoot->find(id) : nullptr)
+                glide.texts.emplace(id, node->text());
         }
     }
     // What is on screen glides, and so does a screen's worth around it, which a reveal may
@@ -391,7 +391,7 @@ void MindMapCanvas::recomputeLayout()
         // The layout that was shown is what the glide starts from; the new one replaces it.
         m_glide->before = m_layout.cachedLayouts;
         if (m_glide->ghostsFromOldTree)
-            m_glide->oldNodes = std::move(m_layout.nodeLookup);
+            m_glide->oldRoot = m_layout.root;
         m_glide->hasBefore = true;
     }
     m_layout.recomputeLayout(m_document->root());

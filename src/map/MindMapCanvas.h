@@ -135,7 +135,7 @@ private:
         std::unordered_map<NodeID, QString> texts;
         bool hasBefore = false;
         NodeLayouts before;
-        std::unordered_map<NodeID, SermonNodePtr> oldNodes;
+        SermonNodePtr oldRoot; // kept for the texts of the lines that leave
     };
     void startGlide();
     void connectController();

@@ -427,7 +427,7 @@ TEST(MapDropTarget, NeverInsideTheDraggedBranchNorBesideAQuote)
     MapLayoutState tables;
     tables.recomputeLayout(sermon());
     auto find = [&](const QString& text) {
-        for (const auto& [id, n] : tables.nodeLookup)
+        for (const auto& n : tables.root->flattened())
             if (n->text() == text)
                 return n;
         return SermonNodePtr();

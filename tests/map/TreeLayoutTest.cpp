@@ -207,7 +207,6 @@ TEST_F(TreeLayoutTest, RecomputeFillsEveryTable)
     MapLayoutState tables;
     tables.recomputeLayout(root);
     EXPECT_EQ(tables.cachedLayouts.size(), 2u);
-    EXPECT_EQ(tables.nodeLookup.size(), 3u);
     EXPECT_NE(tables.node(hidden->id()), nullptr);
     // Folded parts count, and a soft break separates words.
     EXPECT_EQ(tables.subtreeWordCount(hidden->id()), 3);
