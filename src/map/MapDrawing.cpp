@@ -162,11 +162,51 @@ public:
     {
         return final.branchTouches(visible, m_state.glideReach());
     }
+    bool isGliding() const { return m_state.glideReach() > 0; }
+    const NodeLayout* final(const SermonNode& node) const
+    {
+        const auto it = m_layouts.find(node.id());
+        return it == m_layouts.end() ? nullptr : &it->second;
+    }
 
 private:
     const NodeLayouts& m_layouts;
     const MapDrawState& m_state;
 };
+
+// The children whose branches can reach the rows from `top` to `bottom`, as a range of indices,
+// found by bisection: a parent's children stack their branches top to bottom in their order.
+// All of them while a glide moves lines about or when one has no layout.
+std::pair<size_t, size_t> childrenAcross(const std::vector<SermonNodePtr>& children, const ShownLayouts& layouts,
+                                         double top, double bottom)
+{
+    const size_t n = children.size();
+    if (n < 16 || layouts.isGliding())
+        return {0, n};
+    bool complete = true;
+    // The first index for which `past` holds, `past` being false and then true along the children.
+    auto firstPast = [&](auto&& past) {
+        size_t lo = 0, hi = n;
+        while (lo < hi) {
+            const size_t mid = lo + (hi - lo) / 2;
+            const NodeLayout* l = layouts.final(*children[mid]);
+            if (!l) {
+                complete = false;
+                return n;
+            }
+            if (past(*l))
+                hi = mid;
+            else
+                lo = mid + 1;
+        }
+        return lo;
+    };
+    const size_t from = firstPast([top](const NodeLayout& l) { return l.branchBottom >= top; });
+    const size_t to = firstPast([bottom](const NodeLayout& l) { return l.branchTop > bottom; });
+    if (!complete || from > to)
+        return {0, n};
+    return {from, to};
+}
 
 void drawBrace(QPainter& painter, double x, double top, double bottom, const QPen& pen)
 {
@@ -204,8 +244,9 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
         const NodeLayout parent = layouts.shown(final->second);
         ++count;
         const auto& children = node->children();
-        for (const auto& child : children)
-            stack.push_back(child.get());
+        const auto [fromChild, toChild] = childrenAcross(children, layouts, visible.top(), visible.bottom());
+        for (size_t i = fromChild; i < toChild; ++i)
+            stack.push_back(children[i].get());
 
         const double startX = parent.maxX();
 
@@ -238,10 +279,10 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
             QPainterPath path;
         };
         Trunk above, below;
-        for (const auto& child : children) {
+        auto connect = [&](const SermonNode* child) {
             const auto cit = layouts.find(child->id());
             if (!cit)
-                continue;
+                return;
             const NodeLayout& c = *cit;
             const bool childIsLeaf = !child->hasChildren();
             const double width = c.depth == 0 ? 2.0 : 1.0;
@@ -249,7 +290,7 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
             const double endY = pass.grid.y(rawEndY, width);
             const double endX = childIsLeaf ? c.origin.x() + 4 : c.origin.x();
             if (!touches(visible, startX, std::min(parentMidY, endY), endX, std::max(parentMidY, endY)))
-                continue;
+                return;
             const double midX = pass.grid.x((startX + c.origin.x()) * 0.5, width);
             const double r = std::min({8.0, midX - startX, std::abs(endY - parentMidY) * 0.5});
             QPainterPath path;
@@ -274,11 +315,41 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
                         trunk->r = r;
                         trunk->path = path;
                     }
-                    continue;
+                    return;
                 }
             }
             painter.strokePath(path, pass.pen(colour, width));
+        };
+        // With the parent in view, the children well beyond an edge bend beyond it alike: the
+        // first of them is drawn, or joins its trunk, and the rest are counted into that trunk
+        // without a look. A child beginning left of the view might not reach it, so then each
+        // is looked at.
+        const size_t n = children.size();
+        size_t farAbove = 0, farBelow = n;
+        const NodeLayout* firstChild = n ? layouts.final(*children.front()) : nullptr;
+        if (parentMidY >= visible.top() && parentMidY <= visible.bottom() && firstChild
+            && firstChild->origin.x() >= visible.left()) {
+            constexpr double clear = 24; // past any bend's radius, however the ends are snapped
+            const auto [from, to] = childrenAcross(children, layouts, visible.top() - clear, visible.bottom() + clear);
+            farAbove = from;
+            farBelow = to;
         }
+        auto connectAlike = [&](size_t from, size_t to, Trunk& trunk) {
+            if (from >= to)
+                return;
+            const int before = trunk.count;
+            connect(children[from].get());
+            if (trunk.count == before + 1) {
+                trunk.count += int(to - from - 1);
+                return;
+            }
+            for (size_t i = from + 1; i < to; ++i)
+                connect(children[i].get());
+        };
+        connectAlike(0, farAbove, above);
+        for (size_t i = farAbove; i < farBelow; ++i)
+            connect(children[i].get());
+        connectAlike(farBelow, n, below);
         for (const Trunk* trunk : {&above, &below}) {
             if (trunk->count == 0)
                 continue;
@@ -433,9 +504,12 @@ int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
         const auto found = layouts.final().find(id);
         if (found == layouts.final().end() || !layouts.branchInView(found->second, visible))
             continue;
-        if (!node->isCollapsed())
-            for (const auto& child : node->children())
-                stack.push_back(child.get());
+        if (!node->isCollapsed()) {
+            const auto& children = node->children();
+            const auto [from, to] = childrenAcross(children, layouts, visible.top(), visible.bottom());
+            for (size_t i = from; i < to; ++i)
+                stack.push_back(children[i].get());
+        }
         if (state.editingNodeID && *state.editingNodeID == id)
             continue;
         const NodeLayout layout = layouts.shown(found->second);

@@ -370,7 +370,8 @@ void MindMapCanvas::focusCanvas()
 
 void MindMapCanvas::onTreeMutated()
 {
-    clearTextBitmaps();
+    // The text bitmaps stay: they are keyed by text and style, so none can show an old text,
+    // and a change then costs only the lines it touched instead of every line in view.
     m_layoutIsStale = true;
     m_relayoutTimer->start();
     update();
@@ -402,11 +403,6 @@ void MindMapCanvas::recomputeLayout()
     update();
     if (m_glide && !m_glide->held)
         startGlide();
-}
-
-void MindMapCanvas::clearTextBitmaps()
-{
-    m_textCache.clear();
 }
 
 void MindMapCanvas::syncEditor()

@@ -98,7 +98,6 @@ public:
     void ensureLayout();
     // How often the tree was laid out: once a change, however many notices it sent.
     int layoutPasses() const { return m_layoutPasses; }
-    void clearTextBitmaps();
 
     void reveal(const NodeID& id);
     // Runs a click. What it selects is revealed only once the double click it may begin can no
