@@ -162,7 +162,7 @@ public:
     {
         return final.branchTouches(visible, m_state.glideReach());
     }
-    bool isGliding() const { return m_state.glideReach() > 0; }
+    double reach() const { return m_state.glideReach(); }
     const NodeLayout* final(const SermonNode& node) const
     {
         const auto it = m_layouts.find(node.id());
@@ -174,15 +174,18 @@ private:
     const MapDrawState& m_state;
 };
 
-// The children whose branches can reach the rows from `top` to `bottom`, as a range of indices,
-// found by bisection: a parent's children stack their branches top to bottom in their order.
-// All of them while a glide moves lines about or when one has no layout.
+// The children whose branches can reach the rows from `top` to `bottom` as the frame shows them,
+// as a range of indices, found by bisection: a parent's children stack their branches top to
+// bottom in their order, and a glide shows none further off than its reach. All of them when
+// one has no layout.
 std::pair<size_t, size_t> childrenAcross(const std::vector<SermonNodePtr>& children, const ShownLayouts& layouts,
                                          double top, double bottom)
 {
     const size_t n = children.size();
-    if (n < 16 || layouts.isGliding())
+    if (n < 16)
         return {0, n};
+    top -= layouts.reach();
+    bottom += layouts.reach();
     bool complete = true;
     // The first index for which `past` holds, `past` being false and then true along the children.
     auto firstPast = [&](auto&& past) {

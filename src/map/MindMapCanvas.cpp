@@ -276,16 +276,19 @@ void MindMapCanvas::startGlide()
                 glide.texts.emplace(id, node->text());
         }
     }
+    m_transitions.animateTransition(glide.before, glide.texts, m_layout.cachedLayouts,
+                                    MapTransitionAnimator::defaultDuration, glideRegion());
+}
+
+QRectF MindMapCanvas::glideRegion() const
+{
     // What is on screen glides, and so does a screen's worth around it, which a reveal may
     // scroll into view while the glide runs; the rest of a long sermon just takes its place.
-    QRectF region;
     const QSizeF view = m_viewport.viewportSize();
-    if (!view.isEmpty()) {
-        const QRectF seen = MapDrawing::visibleRect(view, m_viewport.panOffset(), m_viewport.scale());
-        region = seen.adjusted(-seen.width(), -seen.height(), seen.width(), seen.height());
-    }
-    m_transitions.animateTransition(glide.before, glide.texts, m_layout.cachedLayouts,
-                                    MapTransitionAnimator::defaultDuration, region);
+    if (view.isEmpty())
+        return {};
+    const QRectF seen = MapDrawing::visibleRect(view, m_viewport.panOffset(), m_viewport.scale());
+    return seen.adjusted(-seen.width(), -seen.height(), seen.width(), seen.height());
 }
 
 NodeActions MindMapCanvas::nodeActions()
@@ -389,8 +392,16 @@ void MindMapCanvas::recomputeLayout()
     m_relayoutTimer->stop();
     ++m_layoutPasses;
     if (m_glide && !m_glide->hasBefore) {
-        // The layout that was shown is what the glide starts from; the new one replaces it.
-        m_glide->before = m_layout.cachedLayouts;
+        // The layout that was shown is what the glide starts from, as far as the glide reaches;
+        // the new one replaces it.
+        const QRectF region = glideRegion();
+        if (region.isNull()) {
+            m_glide->before = m_layout.cachedLayouts;
+        } else {
+            for (const auto& [id, l] : m_layout.cachedLayouts)
+                if (region.intersects(l.frame()))
+                    m_glide->before.emplace(id, l);
+        }
         if (m_glide->ghostsFromOldTree)
             m_glide->oldRoot = m_layout.root;
         m_glide->hasBefore = true;

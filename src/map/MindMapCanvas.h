@@ -137,6 +137,7 @@ private:
         SermonNodePtr oldRoot; // kept for the texts of the lines that leave
     };
     void startGlide();
+    QRectF glideRegion() const;
     void connectController();
     void refreshDrawState();
     void syncEditor();

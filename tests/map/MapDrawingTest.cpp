@@ -198,11 +198,13 @@ TEST(MapDrawing, PassingOverBranchesOutOfViewChangesNoPixel)
     Picture walking(root);
     for (auto& [id, l] : walking.tables.cachedLayouts)
         l.branchTop = -INFINITY, l.branchBottom = l.branchRight = INFINITY;
-    // Gliding in from far below the view: a quarter of the way, the line stands in it.
+    // Gliding in from far below the view: a quarter of the way, the line stands level with the
+    // title's middle, where two rows look.
+    const double rootMid = skipping.at(root).midY();
     auto glide = std::make_shared<MapGlide>();
     for (const auto& [id, l] : skipping.tables.cachedLayouts) {
-        if (l.isLeaf && l.origin.y() > 2400 && glide->initialOffsets.empty()) {
-            const double d = (1400 - l.origin.y()) / 0.75;
+        if (l.isLeaf && l.origin.y() > rootMid + 1500 && glide->initialOffsets.empty()) {
+            const double d = (rootMid - l.origin.y()) / 0.75;
             glide->initialOffsets.emplace(id, QPointF(0, d));
             glide->largestOffset = std::abs(d);
         }
@@ -213,8 +215,7 @@ TEST(MapDrawing, PassingOverBranchesOutOfViewChangesNoPixel)
         QPointF pan;
         bool gliding;
     };
-    const double rootMid = skipping.at(root).midY();
-    const std::vector<Row> rows{{1.0, {0, 250 - rootMid}, false}, {1.0, {-100, 100 - rootMid}, false},{1.0, {0, 0}, false},      {1.0, {-300, -2000}, false}, {0.5, {0, -1500}, false},
+    const std::vector<Row> rows{{1.0, {0, 250 - rootMid}, false}, {1.0, {0, 250 - rootMid}, true}, {1.0, {-100, 100 - rootMid}, false},{1.0, {0, 0}, false},      {1.0, {-300, -2000}, false}, {0.5, {0, -1500}, false},
                                 {2.0, {-600, -900}, false}, {0.2, {0, 0}, false},       {1.0, {-200, -1200}, true},
                                 {1.0, {0, -3000}, true}};
     for (const Row& row : rows) {
