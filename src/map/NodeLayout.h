@@ -5,6 +5,7 @@
 #include <QPointF>
 #include <QRectF>
 #include <QSizeF>
+#include <QString>
 
 #include <cstdint>
 #include <limits>
@@ -37,7 +38,11 @@ struct NodeLayout {
             && origin.x() - shift <= rect.right() && branchRight + shift >= rect.left();
     }
 
-    uint32_t pass = 0; // the layout run that placed it last, which no two layouts compare
+    // What the layout last measured, for the next run: the text (held, so its characters' address
+    // can't be reused), and its own words. Not compared either.
+    uint32_t pass = 0; // the layout run that placed it last
+    QString measuredText = {};
+    int ownWords = 0;
 
     bool operator==(const NodeLayout& other) const
     {

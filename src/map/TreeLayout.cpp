@@ -181,22 +181,32 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
         static std::atomic<uint32_t> passes{0};
         const uint32_t pass = ++passes;
         size_t placed = 0;
-        auto place = [&](NodeLayout l) {
-            l.pass = pass;
-            ++placed;
-            result.insert_or_assign(l.nodeID, l);
-        };
         const std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
         if (cache)
             cache->beginRun();
-        auto measure = [&](const SermonNode& node, int& words) {
+        // The node's entry, its size and own words filled in: kept from the last run when the
+        // text is the very same and the depth class and leafness too, measured otherwise.
+        auto entry = [&](const SermonNode& node) -> NodeLayout& {
+            NodeLayout& l = result.try_emplace(node.id()).first->second;
             const int depthClass = std::clamp(node.depth(), 0, 2);
-            const DepthMetrics& m = metrics[size_t(depthClass)];
-            const TextExtent extent = cache
-                ? cache->extent(depthClass, node.text(), [&] { return measureText(m, node.text()); })
-                : measureText(m, node.text());
-            words = extent.words;
-            return nodeSize(m, extent, !node.hasChildren());
+            const bool isLeaf = !node.hasChildren();
+            const QString& text = node.text();
+            const bool known = l.pass != 0 && l.measuredText.constData() == text.constData()
+                && l.measuredText.size() == text.size() && std::clamp(l.depth, 0, 2) == depthClass && l.isLeaf == isLeaf;
+            if (!known) {
+                const DepthMetrics& m = metrics[size_t(depthClass)];
+                const TextExtent extent =
+                    cache ? cache->extent(depthClass, text, [&] { return measureText(m, text); }) : measureText(m, text);
+                l.size = nodeSize(m, extent, isLeaf);
+                l.ownWords = extent.words;
+                l.measuredText = text;
+            }
+            l.nodeID = node.id();
+            l.depth = node.depth();
+            l.isLeaf = isLeaf;
+            placed += l.pass != pass; // an id twice in one tree is one entry
+            l.pass = pass;
+            return l;
         };
         // What a fold hides is not placed, but its words still count towards the fold's badge.
         std::vector<const SermonNode*> hidden;
@@ -218,6 +228,7 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
         // a file can nest thousands of levels deep.
         struct Frame {
             const SermonNode* node;
+            NodeLayout* slot;
             double x, y, w, h;
             double childX, cy, sum, gap;
             double right; // the widest reach of the children's branches
@@ -234,21 +245,22 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
 
         // Places a node with no visible children and returns its branch, or opens a frame.
         auto enter = [&](const SermonNode& node, double x, double y) -> std::optional<Branch> {
-            int words = 0;
-            const QSizeF size = measure(node, words);
+            NodeLayout& l = entry(node);
+            const QSizeF size = l.size;
             if (node.isCollapsed() || !node.hasChildren()) {
-                NodeLayout l{node.id(), {x, y}, size, node.depth(), !node.hasChildren(), false, node.isQuote()};
+                l.origin = {x, y};
+                l.hasOnlyLeafChildren = false;
+                l.isQuote = node.isQuote();
                 l.branchTop = y;
                 l.branchBottom = y + size.height();
                 l.branchRight = x + size.width();
-                l.branchWords = words + (node.hasChildren() ? wordsUnder(node) : 0);
-                place(l);
+                l.branchWords = l.ownWords + (node.hasChildren() ? wordsUnder(node) : 0);
                 return Branch{size.height(), l.branchRight, l.branchWords};
             }
             const bool packed = node.hasOnlyLeafChildren();
             const double indent = packed ? leafIndent : branchIndent;
-            stack.push_back({&node, x, y, size.width(), size.height(), x + size.width() + indent, y, 0,
-                             packed ? leafGap : branchGap, x + size.width(), words, packed, 0});
+            stack.push_back({&node, &l, x, y, size.width(), size.height(), x + size.width() + indent, y, 0,
+                             packed ? leafGap : branchGap, x + size.width(), l.ownWords, packed, 0});
             return std::nullopt;
         };
 
@@ -271,12 +283,14 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
                 // Centred on a taller block; a taller parent keeps its top and the block stays aligned.
                 const double nodeY = f.h < block ? f.y + (block - f.h) * 0.5 : f.y;
                 const double height = std::max(f.h, block);
-                NodeLayout l{f.node->id(), {f.x, nodeY}, {f.w, f.h}, f.node->depth(), false, f.packed, false};
+                NodeLayout& l = *f.slot;
+                l.origin = {f.x, nodeY};
+                l.hasOnlyLeafChildren = f.packed;
+                l.isQuote = false;
                 l.branchTop = f.y;
                 l.branchBottom = f.y + height;
                 l.branchRight = f.right;
                 l.branchWords = f.words;
-                place(l);
                 const Branch done{height, f.right, f.words};
                 stack.pop_back();
                 if (!stack.empty()) {
@@ -289,7 +303,7 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
             }
         }
         if (result.size() > placed)
-            std::erase_if(result, [pass](const auto& entry) { return entry.second.pass != pass; });
+            std::erase_if(result, [pass](const auto& kept) { return kept.second.pass != pass; });
         if (cache)
             cache->endRun();
         performanceLog::signpostEvent("TreeLayout.done", [&] { return QStringLiteral("nodes=%1").arg(result.size()); });
