@@ -363,17 +363,19 @@ FrozenNodePtr SermonNode::freeze() const
     return m_frozen;
 }
 
+SermonNodePtr SermonNode::thawOne(const FrozenNodePtr& from)
+{
+    auto to = std::make_shared<SermonNode>(from->m_id, from->m_text, from->m_depth);
+    to->m_isCollapsed = from->m_isCollapsed;
+    to->m_isQuote = from->m_isQuote;
+    to->m_children.reserve(from->m_children.size());
+    to->m_frozen = from;
+    to->m_changed = false;
+    return to;
+}
+
 SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen)
 {
-    auto thawOne = [](const FrozenNodePtr& from) {
-        auto to = std::make_shared<SermonNode>(from->m_id, from->m_text, from->m_depth);
-        to->m_isCollapsed = from->m_isCollapsed;
-        to->m_isQuote = from->m_isQuote;
-        to->m_children.reserve(from->m_children.size());
-        to->m_frozen = from;
-        to->m_changed = false;
-        return to;
-    };
     SermonNodePtr top = thawOne(frozen);
     std::vector<std::pair<const FrozenNode*, SermonNode*>> stack{{frozen.get(), top.get()}};
     while (!stack.empty()) {
@@ -385,6 +387,67 @@ SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen)
             stack.emplace_back(child.get(), to->m_children.back().get());
         }
     }
+    return top;
+}
+
+SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen, SermonNode& present)
+{
+    Q_ASSERT(!present.m_parent);
+    // The index says where each line of `present` is; with one id twice it cannot say.
+    if (present.index().hasDuplicates)
+        return thaw(frozen);
+    std::unique_ptr<Index> index(present.m_index.exchange(nullptr));
+
+    SermonNodePtr top = thawOne(frozen);
+    std::vector<SermonNode*> made{top.get()};
+    // Old nodes that gave up a child; the child's slot is closed after the walk.
+    std::vector<SermonNode*> vacated;
+    std::vector<std::pair<const FrozenNode*, SermonNode*>> stack{{frozen.get(), top.get()}};
+    while (!stack.empty()) {
+        auto [from, to] = stack.back();
+        stack.pop_back();
+        for (const auto& child : from->m_children) {
+            const auto hit = index->nodes.find(child->m_id);
+            SermonNode* old = hit == index->nodes.end() ? nullptr : hit->second;
+            // Unchanged and frozen as exactly this: the subtree is this frozen form already. It
+            // must still hang in `present` (every node there is indexed, no new node is yet);
+            // the top of `present` stays where it is.
+            if (old && !old->m_changed && old->m_frozen == child && old->m_parent && old->m_parent->m_indexed) {
+                vacated.push_back(old->m_parent);
+                to->m_children.push_back(old->shared_from_this());
+                old->m_parent = to;
+                continue;
+            }
+            to->m_children.push_back(thawOne(child));
+            to->m_children.back()->m_parent = to;
+            made.push_back(to->m_children.back().get());
+            stack.emplace_back(child.get(), to->m_children.back().get());
+        }
+    }
+
+    // Close the slots of the subtrees taken, so that what is left of `present` is a tree again.
+    std::sort(vacated.begin(), vacated.end());
+    vacated.erase(std::unique(vacated.begin(), vacated.end()), vacated.end());
+    for (SermonNode* parent : vacated)
+        std::erase_if(parent->m_children, [parent](const SermonNodePtr& c) { return c->m_parent != parent; });
+    // What is left leaves the index, unless a new node took its id, and no longer matches the
+    // frozen forms it remembers.
+    walkPreOrder(&present, [&](SermonNode* node) {
+        if (const auto hit = index->nodes.find(node->m_id); hit != index->nodes.end() && hit->second == node)
+            index->nodes.erase(hit);
+        node->m_indexed = false;
+        node->m_changed = true;
+        return false;
+    });
+    // Every id still there is in a subtree taken, so a new node finding its id there is a second.
+    for (SermonNode* node : made) {
+        if (!index->nodes.emplace(node->m_id, node).second)
+            index->hasDuplicates = true;
+        node->m_indexed = true;
+    }
+    if (index->hasDuplicates)
+        index.reset(); // built again, in tree order, at the next lookup
+    top->m_index.store(index.release(), std::memory_order_release);
     return top;
 }
 
