@@ -398,30 +398,48 @@ SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen, SermonNode& present)
         return thaw(frozen);
     std::unique_ptr<Index> index(present.m_index.exchange(nullptr));
 
+    auto oldNode = [&index](const NodeID& id) {
+        const auto hit = index->nodes.find(id);
+        return hit == index->nodes.end() ? nullptr : hit->second;
+    };
+    // Unchanged and frozen as exactly this: the subtree is this frozen form already. It must
+    // still hang in `present` (every node there is indexed, no new node is yet); the top of
+    // `present` stays where it is.
+    auto takes = [](const SermonNode* old, const FrozenNodePtr& form) {
+        return old && !old->m_changed && old->m_frozen == form && old->m_parent && old->m_parent->m_indexed;
+    };
     SermonNodePtr top = thawOne(frozen);
     std::vector<SermonNode*> made{top.get()};
     // Old nodes that gave up a child; the child's slot is closed after the walk.
     std::vector<SermonNode*> vacated;
-    std::vector<std::pair<const FrozenNode*, SermonNode*>> stack{{frozen.get(), top.get()}};
+    // Each new node with the old node of its id, whose children are the first guess for its own.
+    struct Pending {
+        const FrozenNode* from;
+        SermonNode* to;
+        const SermonNode* was;
+    };
+    std::vector<Pending> stack{{frozen.get(), top.get(), &present}};
     while (!stack.empty()) {
-        auto [from, to] = stack.back();
+        const Pending at = stack.back();
         stack.pop_back();
-        for (const auto& child : from->m_children) {
-            const auto hit = index->nodes.find(child->m_id);
-            SermonNode* old = hit == index->nodes.end() ? nullptr : hit->second;
-            // Unchanged and frozen as exactly this: the subtree is this frozen form already. It
-            // must still hang in `present` (every node there is indexed, no new node is yet);
-            // the top of `present` stays where it is.
-            if (old && !old->m_changed && old->m_frozen == child && old->m_parent && old->m_parent->m_indexed) {
-                vacated.push_back(old->m_parent);
-                to->m_children.push_back(old->shared_from_this());
-                old->m_parent = to;
+        const auto& kids = at.from->m_children;
+        for (size_t i = 0; i < kids.size(); ++i) {
+            const FrozenNodePtr& child = kids[i];
+            // Most lines keep their place: the old one there is tried before the index.
+            SermonNode* old = at.was && i < at.was->m_children.size() ? at.was->m_children[i].get() : nullptr;
+            if (!takes(old, child))
+                old = oldNode(child->m_id);
+            if (takes(old, child)) {
+                if (vacated.empty() || vacated.back() != old->m_parent)
+                    vacated.push_back(old->m_parent);
+                at.to->m_children.push_back(old->shared_from_this());
+                old->m_parent = at.to;
                 continue;
             }
-            to->m_children.push_back(thawOne(child));
-            to->m_children.back()->m_parent = to;
-            made.push_back(to->m_children.back().get());
-            stack.emplace_back(child.get(), to->m_children.back().get());
+            at.to->m_children.push_back(thawOne(child));
+            at.to->m_children.back()->m_parent = at.to;
+            made.push_back(at.to->m_children.back().get());
+            stack.push_back({child.get(), made.back(), old && old->m_id == child->m_id ? old : nullptr});
         }
     }
 
