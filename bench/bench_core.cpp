@@ -78,6 +78,28 @@ void BM_CaptureUndo(benchmark::State& state)
 }
 BENCHMARK(BM_CaptureUndo)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
+// Undo then redo of one line's edit somewhere in the tree: what the restore itself costs, the
+// step captured and the edit made outside the timing.
+void BM_UndoRestore(benchmark::State& state)
+{
+    SermonDocument document(generateSermon(int(state.range(0))));
+    std::vector<NodeID> ids;
+    for (const auto& node : document.root()->flattened())
+        ids.push_back(node->id());
+    std::mt19937 random(13);
+    for (auto _ : state) {
+        state.PauseTiming();
+        const NodeID id = ids[std::uniform_int_distribution<size_t>(1, ids.size() - 1)(random)];
+        document.captureUndo(std::nullopt);
+        const auto node = document.root()->find(id);
+        node->setText(node->text() + QLatin1Char('.'));
+        state.ResumeTiming();
+        document.undo();
+        document.redo();
+    }
+}
+BENCHMARK(BM_UndoRestore)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
+
 void BM_NodeWordFractions(benchmark::State& state)
 {
     // Leaves only under the root, so the count is the number of leaves.

@@ -84,7 +84,9 @@ void SermonDocument::restore(SermonNodePtr root, const SermonMetadata& metadata,
 
 void SermonDocument::restore(const UndoSnapshot& snapshot)
 {
-    restore(SermonNode::thaw(snapshot.root), snapshot.metadata, snapshot.selectedNodeID);
+    // The lines the step shares with the present tree move over as they are; the rest is made.
+    restore(m_root ? SermonNode::thaw(snapshot.root, *m_root) : SermonNode::thaw(snapshot.root), snapshot.metadata,
+            snapshot.selectedNodeID);
 }
 
 void SermonDocument::fileStep(UndoManager* manager, void (SermonDocument::*step)(UndoManager*))

@@ -363,17 +363,19 @@ FrozenNodePtr SermonNode::freeze() const
     return m_frozen;
 }
 
+SermonNodePtr SermonNode::thawOne(const FrozenNodePtr& from)
+{
+    auto to = std::make_shared<SermonNode>(from->m_id, from->m_text, from->m_depth);
+    to->m_isCollapsed = from->m_isCollapsed;
+    to->m_isQuote = from->m_isQuote;
+    to->m_children.reserve(from->m_children.size());
+    to->m_frozen = from;
+    to->m_changed = false;
+    return to;
+}
+
 SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen)
 {
-    auto thawOne = [](const FrozenNodePtr& from) {
-        auto to = std::make_shared<SermonNode>(from->m_id, from->m_text, from->m_depth);
-        to->m_isCollapsed = from->m_isCollapsed;
-        to->m_isQuote = from->m_isQuote;
-        to->m_children.reserve(from->m_children.size());
-        to->m_frozen = from;
-        to->m_changed = false;
-        return to;
-    };
     SermonNodePtr top = thawOne(frozen);
     std::vector<std::pair<const FrozenNode*, SermonNode*>> stack{{frozen.get(), top.get()}};
     while (!stack.empty()) {
@@ -385,6 +387,85 @@ SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen)
             stack.emplace_back(child.get(), to->m_children.back().get());
         }
     }
+    return top;
+}
+
+SermonNodePtr SermonNode::thaw(const FrozenNodePtr& frozen, SermonNode& present)
+{
+    Q_ASSERT(!present.m_parent);
+    // The index says where each line of `present` is; with one id twice it cannot say.
+    if (present.index().hasDuplicates)
+        return thaw(frozen);
+    std::unique_ptr<Index> index(present.m_index.exchange(nullptr));
+
+    auto oldNode = [&index](const NodeID& id) {
+        const auto hit = index->nodes.find(id);
+        return hit == index->nodes.end() ? nullptr : hit->second;
+    };
+    // Unchanged and frozen as exactly this: the subtree is this frozen form already. It must
+    // still hang in `present` (every node there is indexed, no new node is yet); the top of
+    // `present` stays where it is.
+    auto takes = [](const SermonNode* old, const FrozenNodePtr& form) {
+        return old && !old->m_changed && old->m_frozen == form && old->m_parent && old->m_parent->m_indexed;
+    };
+    SermonNodePtr top = thawOne(frozen);
+    std::vector<SermonNode*> made{top.get()};
+    // Old nodes that gave up a child; the child's slot is closed after the walk.
+    std::vector<SermonNode*> vacated;
+    // Each new node with the old node of its id, whose children are the first guess for its own.
+    struct Pending {
+        const FrozenNode* from;
+        SermonNode* to;
+        const SermonNode* was;
+    };
+    std::vector<Pending> stack{{frozen.get(), top.get(), &present}};
+    while (!stack.empty()) {
+        const Pending at = stack.back();
+        stack.pop_back();
+        const auto& kids = at.from->m_children;
+        for (size_t i = 0; i < kids.size(); ++i) {
+            const FrozenNodePtr& child = kids[i];
+            // Most lines keep their place: the old one there is tried before the index.
+            SermonNode* old = at.was && i < at.was->m_children.size() ? at.was->m_children[i].get() : nullptr;
+            if (!takes(old, child))
+                old = oldNode(child->m_id);
+            if (takes(old, child)) {
+                if (vacated.empty() || vacated.back() != old->m_parent)
+                    vacated.push_back(old->m_parent);
+                at.to->m_children.push_back(old->shared_from_this());
+                old->m_parent = at.to;
+                continue;
+            }
+            at.to->m_children.push_back(thawOne(child));
+            at.to->m_children.back()->m_parent = at.to;
+            made.push_back(at.to->m_children.back().get());
+            stack.push_back({child.get(), made.back(), old && old->m_id == child->m_id ? old : nullptr});
+        }
+    }
+
+    // Close the slots of the subtrees taken, so that what is left of `present` is a tree again.
+    std::sort(vacated.begin(), vacated.end());
+    vacated.erase(std::unique(vacated.begin(), vacated.end()), vacated.end());
+    for (SermonNode* parent : vacated)
+        std::erase_if(parent->m_children, [parent](const SermonNodePtr& c) { return c->m_parent != parent; });
+    // What is left leaves the index, unless a new node took its id, and no longer matches the
+    // frozen forms it remembers.
+    walkPreOrder(&present, [&](SermonNode* node) {
+        if (const auto hit = index->nodes.find(node->m_id); hit != index->nodes.end() && hit->second == node)
+            index->nodes.erase(hit);
+        node->m_indexed = false;
+        node->m_changed = true;
+        return false;
+    });
+    // Every id still there is in a subtree taken, so a new node finding its id there is a second.
+    for (SermonNode* node : made) {
+        if (!index->nodes.emplace(node->m_id, node).second)
+            index->hasDuplicates = true;
+        node->m_indexed = true;
+    }
+    if (index->hasDuplicates)
+        index.reset(); // built again, in tree order, at the next lookup
+    top->m_index.store(index.release(), std::memory_order_release);
     return top;
 }
 

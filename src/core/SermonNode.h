@@ -97,6 +97,11 @@ public:
     FrozenNodePtr freeze() const;
     // A live tree made from a frozen one, ids kept; its nodes remember where they came from.
     static SermonNodePtr thaw(const FrozenNodePtr& frozen);
+    // The same, taking from `present`, the top of a live tree, every subtree that is unchanged
+    // and whose frozen form is the very one wanted at its place, so that undo costs what differs
+    // between the two trees, not the size of the file. The index moves to the new top. What is
+    // left under `present` is the lines that leave and the path to the lines taken.
+    static SermonNodePtr thaw(const FrozenNodePtr& frozen, SermonNode& present);
 
     void setDepthRecursive(int depth);
     void setChildrenDepth(int depth);
@@ -137,6 +142,7 @@ private:
     struct Index;
 
     SermonNodePtr insertSibling(const NodeID& sibling, const QString& text, int offset);
+    static SermonNodePtr thawOne(const FrozenNodePtr& from);
     // The node with `id` in this subtree, through the top's index.
     SermonNode* locate(const NodeID& id) const;
     const Index& index() const;
