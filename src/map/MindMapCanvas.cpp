@@ -272,7 +272,10 @@ void MindMapCanvas::startGlide()
         for (const auto& [id, old] : glide.before) {
             if (m_layout.cachedLayouts.count(id))
                 continue;
-            if (const auto node = glide.oldRoot ? glide.oldRoot->find(id) : nullptr)
+            auto node = glide.oldRoot ? glide.oldRoot->find(id) : nullptr;
+            if (!node && m_layout.root)
+                node = m_layout.root->find(id);
+            if (node)
                 glide.texts.emplace(id, node->text());
         }
     }

@@ -139,6 +139,9 @@ TEST_F(MapTransitionTest, FoldingFadesTheChildrenOutAndUnfoldingFadesThemIn)
     QTest::keyClick(&canvas, Qt::Key_Right, Qt::ControlModifier);
     EXPECT_EQ(transitions().fadeInNodeIDs().size(), 2u);
     EXPECT_TRUE(transitions().fadeOutGhosts().empty());
+    // Undo folds again: the lines it hides are still in the tree, and fade with their texts.
+    QTest::keyClick(&canvas, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(transitions().fadeOutGhosts().size(), 2u);
 }
 
 TEST_F(MapTransitionTest, ATextCommitThatGrowsANodeStartsNoTransition)
