@@ -10,6 +10,7 @@ megabytes held) follow the time at each size in a second table.
 import argparse
 import json
 import math
+import os
 import subprocess
 import sys
 from collections import OrderedDict
@@ -91,7 +92,9 @@ def main():
     CLOCK = "cpu_time" if args.cpu else "real_time"
 
     rows, memory = OrderedDict(), OrderedDict()
-    for program in args.programs:
+    # A glob over the build folder also meets the build's own folders; only programs run.
+    programs = [p for p in args.programs if os.path.isfile(p) and os.access(p, os.X_OK)]
+    for program in programs:
         collect(run(program, args), args.repetitions, rows, memory)
 
     header = ["ms", *[f"{s:,}" for s in SIZES], "growth"]
