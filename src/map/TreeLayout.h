@@ -45,10 +45,10 @@ struct TextExtent {
     int words = 0; // counted with the measure, for the time badges' sums
 };
 
-// Widths of the texts a layout measured, kept for the next run: after one edit only the edited
-// line is measured again. Keyed by the exact text and depth class, so it can't go stale while
-// the fonts stay; clear it when they change. Texts no run has used lately fall out once they
-// outnumber the ones in use.
+// Widths of the texts a layout measured, for lines the last run didn't place with this very text
+// (their entries remember their own): new lines, copies, lines an undo made again. Keyed by the
+// characters and depth class, so it can't go stale while the fonts stay; clear it when they
+// change. Texts no run has used lately fall out once they outnumber the ones in use.
 class MeasureCache {
 public:
     void clear();
