@@ -2,6 +2,7 @@
 
 #include "DeliveryText.h"
 
+#include "core/SameCharacters.h"
 #include "core/SermonNode.h"
 
 #include <algorithm>
@@ -35,9 +36,7 @@ std::optional<double> leafY(const DeliveryContentLayout& layout, size_t index)
 }
 
 // Sizes of the texts already wrapped, so that a layout run again for a new setting, the
-// target's minutes or an edit wraps only the lines it hasn't seen at that width. A text is
-// known by its characters' address and length, as the lines share them through edits and
-// undo; the held copy keeps that address from being reused. Equal results, never stale.
+// target's minutes or an edit wraps only the lines it hasn't seen at that width and font.
 class WrapCache {
 public:
     // A small number for each distinct font, the application's font changing included.
@@ -50,40 +49,36 @@ public:
     template <typename Measure>
     QSizeF size(const QString& text, int fontId, double width, Measure&& measure)
     {
-        const Key key{text.constData(), text.size(), fontId, width};
+        const Key key{text, fontId, width};
         if (const auto it = m_sizes.find(key); it != m_sizes.end())
-            return it->second.size;
+            return it->second;
         // A wide edit history or many widths: start again rather than grow without end.
         if (m_sizes.size() >= limit)
             m_sizes.clear();
-        const QSizeF measured = measure();
-        m_sizes.emplace(key, Entry{text, measured});
-        return measured;
+        return m_sizes.emplace(key, measure()).first->second;
     }
 
 private:
     static constexpr size_t limit = 400'000;
     struct Key {
-        const QChar* characters;
-        qsizetype length;
+        QString text; // known by its characters, and held
         int fontId;
         double width;
-        bool operator==(const Key&) const = default;
+        bool operator==(const Key& other) const
+        {
+            return SameCharacters()(text, other.text) && fontId == other.fontId && width == other.width;
+        }
     };
     struct KeyHash {
         size_t operator()(const Key& k) const noexcept
         {
-            size_t h = std::hash<const void*>()(k.characters);
-            for (size_t part : {size_t(k.length), size_t(k.fontId), std::hash<double>()(k.width)})
+            size_t h = SameCharactersHash()(k.text);
+            for (size_t part : {size_t(k.fontId), std::hash<double>()(k.width)})
                 h = (h ^ part) * 0x100000001b3ull;
             return h;
         }
     };
-    struct Entry {
-        QString text; // holds the characters the key points at
-        QSizeF size;
-    };
-    std::unordered_map<Key, Entry, KeyHash> m_sizes;
+    std::unordered_map<Key, QSizeF, KeyHash> m_sizes;
     std::unordered_map<QString, int> m_fonts;
 };
 

@@ -310,16 +310,6 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
     });
 }
 
-QSizeF canvasSize(const NodeLayouts& layouts)
-{
-    double w = 0, h = 0;
-    for (const auto& [id, l] : layouts) {
-        w = std::max(w, l.maxX());
-        h = std::max(h, l.maxY());
-    }
-    return {w + 80, h + 80};
-}
-
 QRectF contentBounds(const NodeLayouts& layouts)
 {
     if (layouts.empty())

@@ -2,6 +2,8 @@
 
 #include "NodeLayout.h"
 
+#include "core/SameCharacters.h"
+
 #include <QFont>
 #include <QString>
 
@@ -47,8 +49,9 @@ struct TextExtent {
 
 // Widths of the texts a layout measured, for lines the last run didn't place with this very text
 // (their entries remember their own): new lines, copies, lines an undo made again. Keyed by the
-// characters and depth class, so it can't go stale while the fonts stay; clear it when they
-// change. Texts no run has used lately fall out once they outnumber the ones in use.
+// characters (see SameCharacters) and depth class, so it can't go stale while the fonts stay;
+// clear it when they change. Texts no run has used lately fall out once they outnumber the
+// ones in use.
 class MeasureCache {
 public:
     void clear();
@@ -68,28 +71,12 @@ public:
     int hiddenWords(const QString& text);
     size_t size() const;
 
-    // A text is known by its characters' address and length, not read: lines keep sharing the
-    // characters they were given, through undo and copies, and a held copy keeps the address
-    // from being reused for other text. Equal text elsewhere is measured once more, no worse.
-    struct SameCharacters {
-        bool operator()(const QString& a, const QString& b) const
-        {
-            return a.constData() == b.constData() && a.size() == b.size();
-        }
-    };
-    struct CharactersHash {
-        size_t operator()(const QString& text) const noexcept
-        {
-            return std::hash<const void*>()(text.constData()) ^ size_t(text.size()) * 0x9e3779b97f4a7c15ull;
-        }
-    };
-
 private:
     struct Entry {
         TextExtent extent;
         uint32_t run = 0;
     };
-    using Table = std::unordered_map<QString, Entry, CharactersHash, SameCharacters>;
+    using Table = std::unordered_map<QString, Entry, SameCharactersHash, SameCharacters>;
     std::array<Table, 3> m_tables;
     Table m_hidden;
     uint32_t m_run = 0;
@@ -101,7 +88,6 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache = nullptr);
 // the ones no longer placed removed, so a run after a small change allocates next to nothing.
 void layout(const SermonNode& root, NodeLayouts& table, MeasureCache* cache);
 
-QSizeF canvasSize(const NodeLayouts& layouts);
 QRectF contentBounds(const NodeLayouts& layouts);
 
 } // namespace TreeLayout
