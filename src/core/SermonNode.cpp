@@ -156,6 +156,13 @@ const SermonNode::Index& SermonNode::index() const
     if (const Index* built = m_index.load(std::memory_order_acquire))
         return *built;
     auto made = std::make_unique<Index>();
+    // Sized first: growing a table of a long sermon's nodes rehashes it a dozen times.
+    size_t count = 0;
+    walkPreOrder(const_cast<SermonNode*>(this), [&](SermonNode*) {
+        ++count;
+        return false;
+    });
+    made->nodes.reserve(count);
     walkPreOrder(const_cast<SermonNode*>(this), [&](SermonNode* node) {
         if (!made->nodes.emplace(node->m_id, node).second)
             made->hasDuplicates = true;

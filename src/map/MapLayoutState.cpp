@@ -5,24 +5,35 @@
 #include "core/PerformanceLog.h"
 #include "core/WordCount.h"
 
+#include <algorithm>
 #include <vector>
 
-void MapLayoutState::recomputeLayout(const SermonNodePtr& newRoot)
+void MapLayoutState::recomputeLayout(const SermonNodePtr& newRoot, TreeLayout::PartialMeasure* partial)
 {
     performanceLog::signpostInterval("RecomputeLayout", performanceLog::noMessage, [&] {
         root = newRoot;
+        hasEstimates = false;
+        measuredRegions = partial ? partial->regions : std::vector<QRectF>();
         if (!root) {
             cachedLayouts.clear();
             cachedCanvasSize = {80, 80};
             cachedContentBounds = {};
             return;
         }
-        TreeLayout::layout(*root, cachedLayouts, &measureCache);
+        TreeLayout::layout(*root, cachedLayouts, &measureCache, partial);
+        hasEstimates = partial && !partial->unmeasured.empty();
         // The root's branch covers every frame, so the bounds need no second walk.
         const NodeLayout& whole = cachedLayouts.at(root->id());
         cachedContentBounds = QRectF(whole.origin.x(), whole.branchTop, whole.branchRight - whole.origin.x(),
                                      whole.branchBottom - whole.branchTop);
         cachedCanvasSize = {whole.branchRight + 80, whole.branchBottom + 80};
+    });
+}
+
+bool MapLayoutState::isMeasured(const QRectF& rect) const
+{
+    return !hasEstimates || std::any_of(measuredRegions.begin(), measuredRegions.end(), [&](const QRectF& r) {
+        return r.contains(rect);
     });
 }
 

@@ -14,8 +14,13 @@ struct MapLayoutState {
     QSizeF cachedCanvasSize;
     QRectF cachedContentBounds;
     TreeLayout::MeasureCache measureCache;
+    // Whether the last run left lines outside `measuredRegions` with estimated widths.
+    bool hasEstimates = false;
+    std::vector<QRectF> measuredRegions;
+    bool isMeasured(const QRectF& rect) const;
 
-    void recomputeLayout(const SermonNodePtr& newRoot);
+    // Measures only what `partial` asks for when given, and lists the rest in it.
+    void recomputeLayout(const SermonNodePtr& newRoot, TreeLayout::PartialMeasure* partial = nullptr);
 
     const NodeLayout* layout(const NodeID& id) const;
     const SermonNode* node(const NodeID& id) const;

@@ -156,6 +156,8 @@ void MapViewport::animatePan(QPointF target, double duration)
     const QPointF to = clampedPan(target);
     const QPointF from = m_panOffset;
     animate(duration, [this, from, to](double e) { setPanOffset(from + (to - from) * e); });
+    m_endScale = m_scale;
+    m_endPan = to;
 }
 
 void MapViewport::animateZoom(double target)
@@ -170,6 +172,8 @@ void MapViewport::animateZoom(double target)
         setScale(from + (to - from) * e);
         setPanOffset(clampedPan(centre - m_scale * fixed));
     });
+    m_endScale = to;
+    m_endPan = clampedPan(centre - to * fixed, m_viewportSize, m_contentBounds, to);
 }
 
 void MapViewport::zoomIn()
@@ -192,6 +196,8 @@ void MapViewport::reset()
         setScale(from + (1 - from) * e);
         setPanOffset(clampedPan((1 - e) * fromPan));
     });
+    m_endScale = 1;
+    m_endPan = clampedPan({}, m_viewportSize, m_contentBounds, 1);
 }
 
 void MapViewport::setTopCover(const QRectF& cover)

@@ -67,6 +67,9 @@ public:
     void centerOn(QPointF canvasPoint);
 
     bool isAnimating() const { return bool(m_update); }
+    // The scale and pan the running animation ends at; the present ones when none runs.
+    double endScale() const { return isAnimating() ? m_endScale : m_scale; }
+    QPointF endPanOffset() const { return isAnimating() ? m_endPan : m_panOffset; }
     void stopAnimation();
 
     // Seconds from a monotonic clock; replaceable so that animations can be stepped in tests.
@@ -96,5 +99,7 @@ private:
     double m_animStart = 0;
     double m_animDuration = 0;
     std::function<void(double)> m_update;
+    double m_endScale = 1.0;
+    QPointF m_endPan;
     uint64_t m_generation = 0;
 };

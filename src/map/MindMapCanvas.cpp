@@ -1,5 +1,6 @@
 #include "MindMapCanvas.h"
 
+#include "BackgroundMeasure.h"
 #include "MapContextMenu.h"
 #include "MapDrawing.h"
 #include "MapPalette.h"
@@ -46,6 +47,14 @@ MindMapCanvas::MindMapCanvas(SermonDocument* document, QWidget* parent)
     , m_pointer(*this)
     , m_clickRevealTimer(new QTimer(this))
     , m_relayoutTimer(new QTimer(this))
+    , m_measuring(new BackgroundMeasure(
+          [this](const BackgroundMeasure::Texts& texts, const BackgroundMeasure::Extents& extents) {
+              for (size_t i = 0; i < extents.size(); ++i)
+                  m_layout.measureCache.insert(texts[i].depthClass, texts[i].text, extents[i]);
+              m_layoutIsStale = true;
+              m_relayoutTimer->start();
+          },
+          this))
 {
     setObjectName(QStringLiteral("mindMapCanvas"));
     setAccessibleName(QStringLiteral("mindMapCanvas"));
@@ -280,18 +289,23 @@ void MindMapCanvas::startGlide()
         }
     }
     m_transitions.animateTransition(glide.before, glide.texts, m_layout.cachedLayouts,
-                                    MapTransitionAnimator::defaultDuration, glideRegion());
+                                    MapTransitionAnimator::defaultDuration, nearRegion());
 }
 
-QRectF MindMapCanvas::glideRegion() const
+QRectF MindMapCanvas::nearRegion(double scale, QPointF panOffset) const
 {
-    // What is on screen glides, and so does a screen's worth around it, which a reveal may
-    // scroll into view while the glide runs; the rest of a long sermon just takes its place.
+    // What is on screen and a screen's worth around it, which a reveal may scroll into view: it
+    // glides and is measured at once; the rest of a long sermon just takes its place.
     const QSizeF view = m_viewport.viewportSize();
     if (view.isEmpty())
         return {};
-    const QRectF seen = MapDrawing::visibleRect(view, m_viewport.panOffset(), m_viewport.scale());
+    const QRectF seen = MapDrawing::visibleRect(view, panOffset, scale);
     return seen.adjusted(-seen.width(), -seen.height(), seen.width(), seen.height());
+}
+
+QRectF MindMapCanvas::nearRegion() const
+{
+    return nearRegion(m_viewport.scale(), m_viewport.panOffset());
 }
 
 NodeActions MindMapCanvas::nodeActions()
@@ -397,7 +411,7 @@ void MindMapCanvas::recomputeLayout()
     if (m_glide && !m_glide->hasBefore) {
         // The layout that was shown is what the glide starts from, as far as the glide reaches;
         // the new one replaces it.
-        const QRectF region = glideRegion();
+        const QRectF region = nearRegion();
         if (region.isNull()) {
             m_glide->before = m_layout.cachedLayouts;
         } else {
@@ -409,7 +423,21 @@ void MindMapCanvas::recomputeLayout()
             m_glide->oldRoot = m_layout.root;
         m_glide->hasBefore = true;
     }
-    m_layout.recomputeLayout(m_document->root());
+    if (m_measureEverything) {
+        m_measuring->cancel();
+        m_layout.recomputeLayout(m_document->root());
+    } else {
+        // Where a pan or zoom under way ends is measured too: the frames on the way pass in a
+        // blur, but the view it comes to rest on must not shift once its lines are measured.
+        TreeLayout::PartialMeasure partial;
+        partial.regions = {nearRegion()};
+        if (m_viewport.isAnimating())
+            partial.regions.push_back(nearRegion(m_viewport.endScale(), m_viewport.endPanOffset()));
+        m_layout.recomputeLayout(m_document->root(), &partial);
+        // One batch at a time: the texts still unmeasured when it lands go with the next.
+        if (!partial.unmeasured.empty() && !m_measuring->isRunning())
+            m_measuring->start(std::move(partial.unmeasured));
+    }
     m_viewport.setContentBounds(m_layout.cachedContentBounds);
     syncEditor();
     if (m_minimap)
@@ -417,6 +445,15 @@ void MindMapCanvas::recomputeLayout()
     update();
     if (m_glide && !m_glide->held)
         startGlide();
+}
+
+void MindMapCanvas::finishMeasuring()
+{
+    if (!m_layoutIsStale && !m_layout.hasEstimates)
+        return;
+    m_measureEverything = true;
+    recomputeLayout();
+    m_measureEverything = false;
 }
 
 void MindMapCanvas::syncEditor()
@@ -524,6 +561,10 @@ void MindMapCanvas::paintEvent(QPaintEvent*)
     const bool dark = Look::isDarkPalette(palette());
     painter.fillRect(rect(), palette().color(QPalette::Window));
     ensureLayout();
+    if (!size().isEmpty()
+        && !m_layout.isMeasured(
+            MapDrawing::visibleRect(QSizeF(size()), m_viewport.endPanOffset(), m_viewport.endScale())))
+        recomputeLayout();
     refreshDrawState();
     MapDrawing::drawCanvas(painter, QSizeF(size()), m_layout, m_drawState, MapPalette::forAppearance(dark),
                            m_textCache);

@@ -19,6 +19,7 @@
 #include <unordered_map>
 
 class DocumentController;
+class BackgroundMeasure;
 class MemoryPasteboard;
 class MinimapOverlay;
 class NodeEditorOverlay;
@@ -90,12 +91,16 @@ public:
     // Shows the right-click menu; replaceable so that tests never block on a modal menu.
     std::function<void(QMenu& menu, QPoint globalPosition)> contextMenuPresenter;
 
-    // After any change to the tree: the text may have changed, so the bitmaps go too. The
-    // relayout is deferred, so that the several notices of one change cost one pass; whatever
-    // reads the layout before that runs it at once.
+    // After any change to the tree. The relayout is deferred, so that the several notices of one
+    // change cost one pass; whatever reads the layout before that runs it at once.
     void onTreeMutated();
+    // Measures what is in sight and a screen around it; lines further off are placed with
+    // estimated widths and measured in the background, then laid out again (nothing in sight
+    // moves). A frame that scrolls onto estimated lines measures them first.
     void recomputeLayout();
     void ensureLayout();
+    // Measures every line now: for whatever needs the whole layout exact at once.
+    void finishMeasuring();
     // How often the tree was laid out: once a change, however many notices it sent.
     int layoutPasses() const { return m_layoutPasses; }
 
@@ -137,7 +142,8 @@ private:
         SermonNodePtr oldRoot; // kept for the texts of the lines that leave
     };
     void startGlide();
-    QRectF glideRegion() const;
+    QRectF nearRegion(double scale, QPointF panOffset) const;
+    QRectF nearRegion() const;
     void connectController();
     void refreshDrawState();
     void syncEditor();
@@ -170,5 +176,7 @@ private:
     bool m_layoutIsStale = true;
     int m_layoutPasses = 0;
     QTimer* m_relayoutTimer;
+    BackgroundMeasure* m_measuring;
+    bool m_measureEverything = false;
     std::optional<PendingGlide> m_glide;
 };

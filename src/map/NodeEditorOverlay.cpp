@@ -127,7 +127,8 @@ QSizeF NodeEditorOverlay::grownEditorSize(const QString& modelText)
             auto known = m_pieceWidths.find(piece);
             if (known == m_pieceWidths.end()) {
                 const QString copy = piece.toString();
-                known = m_pieceWidths.emplace(copy, PieceWidth{EmojiText::horizontalAdvance(metrics, font, copy), 0}).first;
+                known =
+                    m_pieceWidths.emplace(copy, PieceWidth{EmojiText::horizontalAdvance(metrics, font, copy), 0}).first;
             }
             known->second.round = m_measureRound;
             total += known->second.width;

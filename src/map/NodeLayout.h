@@ -41,15 +41,16 @@ struct NodeLayout {
     // What the layout last measured, for the next run: the text (held, so its characters' address
     // can't be reused), and its own words. Not compared either.
     uint32_t pass = 0; // the layout run that placed it last
+    bool estimated = false; // sized by a guess, out of sight, until the text is measured
     QString measuredText = {};
     int ownWords = 0;
 
     bool operator==(const NodeLayout& other) const
     {
         return nodeID == other.nodeID && origin == other.origin && size == other.size && depth == other.depth
-            && isLeaf == other.isLeaf && hasOnlyLeafChildren == other.hasOnlyLeafChildren
-            && isQuote == other.isQuote && branchTop == other.branchTop && branchBottom == other.branchBottom
-            && branchRight == other.branchRight && branchWords == other.branchWords;
+            && isLeaf == other.isLeaf && hasOnlyLeafChildren == other.hasOnlyLeafChildren && isQuote == other.isQuote
+            && branchTop == other.branchTop && branchBottom == other.branchBottom && branchRight == other.branchRight
+            && branchWords == other.branchWords;
     }
 };
 

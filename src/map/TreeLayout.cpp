@@ -28,6 +28,7 @@ struct DepthMetrics {
     QFont font;
     QFontMetricsF metrics;
     double lineHeight;
+    std::optional<std::array<double, 128>> asciiAdvances; // for estimates, made on first use
     explicit DepthMetrics(int depth)
         : font(nodeFont(depth))
         , metrics(font)
@@ -36,27 +37,64 @@ struct DepthMetrics {
     }
 };
 
-// The widest line's width, rounded up, and the number of lines.
-TextExtent measureText(const DepthMetrics& m, const QString& text)
+// Calls `line` with each of the text's lines; an empty one counts as a space.
+template <typename Line>
+void forEachLine(const QString& text, Line&& line)
 {
-    TextExtent extent;
-    auto measureLine = [&](const QString& line) {
-        ++extent.lines;
-        const double w =
-            std::ceil(EmojiText::horizontalAdvance(m.metrics, m.font, line.isEmpty() ? QStringLiteral(" ") : line));
-        extent.width = std::max(extent.width, w);
-    };
+    static const QString space = QStringLiteral(" ");
     qsizetype start = 0;
     bool split = false;
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text.at(i);
         if (c == lineSeparator || c == QLatin1Char('\n')) {
-            measureLine(text.mid(start, i - start));
+            const QString part = text.mid(start, i - start);
+            line(part.isEmpty() ? space : part);
             start = i + 1;
             split = true;
         }
     }
-    measureLine(split ? text.mid(start) : text);
+    const QString last = split ? text.mid(start) : text;
+    line(last.isEmpty() ? space : last);
+}
+
+int lineCount(const QString& text)
+{
+    int lines = 1;
+    for (const QChar c : text)
+        lines += c == lineSeparator || c == QLatin1Char('\n');
+    return lines;
+}
+
+// The widest line's width, rounded up, and the number of lines.
+TextExtent measureText(const DepthMetrics& m, const QString& text)
+{
+    TextExtent extent;
+    forEachLine(text, [&](const QString& line) {
+        ++extent.lines;
+        extent.width = std::max(extent.width, std::ceil(EmojiText::horizontalAdvance(m.metrics, m.font, line)));
+    });
+    extent.words = WordCount::wordCount(text);
+    return extent;
+}
+
+// The same with each character's own advance, unshaped: the lines and words are exact, the width
+// is near enough to place a line out of sight until it is measured.
+TextExtent estimateText(DepthMetrics& m, const QString& text)
+{
+    if (!m.asciiAdvances) {
+        m.asciiAdvances.emplace();
+        for (char16_t c = 0; c < 128; ++c)
+            (*m.asciiAdvances)[c] = m.metrics.horizontalAdvance(QChar(c));
+    }
+    const double other = m.metrics.averageCharWidth();
+    TextExtent extent;
+    forEachLine(text, [&](const QString& line) {
+        ++extent.lines;
+        double width = 0;
+        for (const QChar c : line)
+            width += c.unicode() < 128 ? (*m.asciiAdvances)[c.unicode()] : other;
+        extent.width = std::max(extent.width, std::ceil(width));
+    });
     extent.words = WordCount::wordCount(text);
     return extent;
 }
@@ -131,6 +169,22 @@ void MeasureCache::clear()
     m_hidden.clear();
 }
 
+const TextExtent* MeasureCache::find(int depthClass, const QString& text)
+{
+    Table& table = m_tables[size_t(depthClass)];
+    const auto it = table.find(text);
+    if (it == table.end())
+        return nullptr;
+    it->second.run = m_run;
+    ++m_used;
+    return &it->second.extent;
+}
+
+void MeasureCache::insert(int depthClass, const QString& text, TextExtent extent)
+{
+    m_tables[size_t(depthClass)].insert_or_assign(text, Entry{extent, m_run});
+}
+
 int MeasureCache::hiddenWords(const QString& text)
 {
     auto [it, inserted] = m_hidden.try_emplace(text);
@@ -174,29 +228,69 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache)
     return result;
 }
 
-void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
+void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache, PartialMeasure* partial)
 {
     performanceLog::signpostInterval("TreeLayout", performanceLog::noMessage, [&] {
         // Told apart from the entries of earlier runs, which stay unless placed again.
         static std::atomic<uint32_t> passes{0};
         const uint32_t pass = ++passes;
         size_t placed = 0;
-        const std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
+        std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
         if (cache)
             cache->beginRun();
+        if (result.empty()) {
+            // Sized first: growing the table of a long sermon rehashes it a dozen times.
+            size_t count = 0;
+            std::vector<const SermonNode*> walk{&root};
+            while (!walk.empty()) {
+                const SermonNode* n = walk.back();
+                walk.pop_back();
+                ++count;
+                if (!n->isCollapsed())
+                    for (const auto& child : n->children())
+                        walk.push_back(child.get());
+            }
+            result.reserve(count);
+        }
+        // Whether a line at (x, top) may reach a region of a partial run. A line placed at
+        // once (nothing shown below it) has its whole frame known but its width; a parent's own
+        // place waits for its children, so only its branch's top is known when it is measured.
+        auto mayShow = [&](const DepthMetrics& m, const QString& text, double x, double top, bool isLeaf,
+                           bool placedNow) {
+            const double bottom = placedNow ? top + nodeSize(m, {0, lineCount(text), 0}, isLeaf).height() : top;
+            return std::any_of(partial->regions.begin(), partial->regions.end(), [&](const QRectF& region) {
+                return x <= region.right() && top <= region.bottom() && (!placedNow || bottom >= region.top());
+            });
+        };
         // The node's entry, its size and own words filled in: kept from the last run when the
         // text is the very same and the depth class and leafness too, measured otherwise.
-        auto entry = [&](const SermonNode& node) -> NodeLayout& {
+        auto entry = [&](const SermonNode& node, double x, double top) -> NodeLayout& {
             NodeLayout& l = result.try_emplace(node.id()).first->second;
             const int depthClass = std::clamp(node.depth(), 0, 2);
             const bool isLeaf = !node.hasChildren();
             const QString& text = node.text();
-            const bool known = l.pass != 0 && l.measuredText.constData() == text.constData()
-                && l.measuredText.size() == text.size() && std::clamp(l.depth, 0, 2) == depthClass && l.isLeaf == isLeaf;
+            const bool known = l.pass != 0 && !l.estimated && l.measuredText.constData() == text.constData()
+                && l.measuredText.size() == text.size() && std::clamp(l.depth, 0, 2) == depthClass
+                && l.isLeaf == isLeaf;
             if (!known) {
-                const DepthMetrics& m = metrics[size_t(depthClass)];
-                const TextExtent extent =
-                    cache ? cache->extent(depthClass, text, [&] { return measureText(m, text); }) : measureText(m, text);
+                DepthMetrics& m = metrics[size_t(depthClass)];
+                TextExtent extent;
+                l.estimated = false;
+                if (const TextExtent* cached = cache ? cache->find(depthClass, text) : nullptr) {
+                    extent = *cached;
+                } else if (const bool unseen =
+                               partial && !mayShow(m, text, x, top, isLeaf, isLeaf || node.isCollapsed());
+                           unseen && partial->budget == 0) {
+                    extent = estimateText(m, text);
+                    l.estimated = true;
+                    partial->unmeasured.push_back({depthClass, text});
+                } else {
+                    if (unseen)
+                        --partial->budget;
+                    extent = measureText(m, text);
+                    if (cache)
+                        cache->insert(depthClass, text, extent);
+                }
                 l.size = nodeSize(m, extent, isLeaf);
                 l.ownWords = extent.words;
                 l.measuredText = text;
@@ -245,7 +339,7 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
 
         // Places a node with no visible children and returns its branch, or opens a frame.
         auto enter = [&](const SermonNode& node, double x, double y) -> std::optional<Branch> {
-            NodeLayout& l = entry(node);
+            NodeLayout& l = entry(node, x, y);
             const QSizeF size = l.size;
             if (node.isCollapsed() || !node.hasChildren()) {
                 l.origin = {x, y};
@@ -308,6 +402,20 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache)
             cache->endRun();
         performanceLog::signpostEvent("TreeLayout.done", [&] { return QStringLiteral("nodes=%1").arg(result.size()); });
     });
+}
+
+std::vector<TextExtent> measure(const std::vector<Unmeasured>& texts, const std::atomic<bool>& stop)
+{
+    // Fonts made on this thread: a font's engines belong to the thread that loads them.
+    const std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
+    std::vector<TextExtent> extents;
+    extents.reserve(texts.size());
+    for (const Unmeasured& t : texts) {
+        if (stop.load(std::memory_order_relaxed))
+            break;
+        extents.push_back(measureText(metrics[size_t(std::clamp(t.depthClass, 0, 2))], t.text));
+    }
+    return extents;
 }
 
 QRectF contentBounds(const NodeLayouts& layouts)

@@ -5,11 +5,14 @@
 #include "core/SameCharacters.h"
 
 #include <QFont>
+#include <QRectF>
 #include <QString>
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <unordered_map>
+#include <vector>
 
 class QFontMetricsF;
 class SermonNode;
@@ -57,16 +60,9 @@ public:
     void clear();
     void beginRun();
     void endRun();
-    template <typename Measure>
-    TextExtent extent(int depthClass, const QString& text, Measure&& measure)
-    {
-        auto [it, inserted] = m_tables[size_t(depthClass)].try_emplace(text);
-        if (inserted)
-            it->second.extent = measure();
-        it->second.run = m_run;
-        ++m_used;
-        return it->second.extent;
-    }
+    // The extent if a run measured the text lately, kept for this run; null otherwise.
+    const TextExtent* find(int depthClass, const QString& text);
+    void insert(int depthClass, const QString& text, TextExtent extent);
     // The words of a line under a fold, which is counted but not measured.
     int hiddenWords(const QString& text);
     size_t size() const;
@@ -83,10 +79,31 @@ private:
     size_t m_used = 0;
 };
 
+// A text a run estimated instead of measuring.
+struct Unmeasured {
+    int depthClass = 0;
+    QString text;
+};
+
+// Shaping every line of a long sermon takes seconds, so a run may measure only what can be
+// seen: lines whose frames may reach one of the `regions`, their ancestors (whose widths place them), the
+// texts the cache knows, and up to `budget` others. The rest get a width estimated from
+// per-character advances and are marked `estimated`; their heights, words and every y are exact,
+// since no y depends on a width. Their texts are listed for measuring elsewhere.
+struct PartialMeasure {
+    std::vector<QRectF> regions;
+    size_t budget = 300;
+    std::vector<Unmeasured> unmeasured;
+};
+
 NodeLayouts layout(const SermonNode& root, MeasureCache* cache = nullptr);
 // The same into a table that holds the last layout: entries are rewritten where they stand and
 // the ones no longer placed removed, so a run after a small change allocates next to nothing.
-void layout(const SermonNode& root, NodeLayouts& table, MeasureCache* cache);
+void layout(const SermonNode& root, NodeLayouts& table, MeasureCache* cache, PartialMeasure* partial = nullptr);
+
+// Measures texts a partial run left out; safe on any thread. Stops early, with fewer results,
+// once `stop` is set.
+std::vector<TextExtent> measure(const std::vector<Unmeasured>& texts, const std::atomic<bool>& stop);
 
 QRectF contentBounds(const NodeLayouts& layouts);
 

@@ -3,6 +3,7 @@
 #include "map/MindMapCanvas.h"
 #include "map/NodeEditorOverlay.h"
 #include "map/SearchBarOverlay.h"
+#include "map/TreeLayout.h"
 
 #include "core/SermonDocument.h"
 #include "editing/DocumentController.h"
@@ -200,6 +201,48 @@ TEST_F(MindMapCanvasTest, EachChangeIsLaidOutOnceHoweverOftenItIsAnnounced)
         EXPECT_EQ(canvas.layoutPasses() - before, 1) << row.change;
         before = canvas.layoutPasses();
     }
+}
+
+// The map alone, without the minimap that a scroll shows over it.
+QImage mapPixels(MindMapCanvas& map)
+{
+    QImage image(map.size(), QImage::Format_ARGB32_Premultiplied);
+    map.render(&image, {}, {}, QWidget::DrawWindowBackground);
+    return image;
+}
+
+TEST_F(MindMapCanvasTest, ALongSermonShowsAtOnceAndSettlesWithoutMovingWhatIsInSight)
+{
+    auto root = SermonNode::make(QStringLiteral("A Year of Sundays"), 0);
+    for (int week = 0; week < 52; ++week) {
+        auto sunday = root->addChild(QStringLiteral("Week %1").arg(week));
+        for (int line = 0; line < 80; ++line)
+            sunday->addChild(QStringLiteral("Line %1 of week %2, with a few words more").arg(line).arg(week));
+    }
+    SermonDocument year(root);
+    MindMapCanvas map(&year);
+    map.resize(800, 600);
+    map.show();
+    QCoreApplication::processEvents();
+    const QImage first = mapPixels(map);
+    ASSERT_TRUE(map.layoutState().hasEstimates);
+
+    // A far line selected before the rest is measured: the view the glide comes to rest on is
+    // measured from its first frame.
+    const NodeID far = root->children()[40]->children()[3]->id();
+    const QPointF pan = map.viewport().panOffset();
+    map.controller()->setSelectedNodeID(far);
+    ASSERT_TRUE(map.viewport().isAnimating());
+    map.grab();
+    EXPECT_FALSE(map.layoutState().layout(far)->estimated);
+    map.viewport().stopAnimation();
+    map.viewport().setPanOffset(pan);
+
+    for (int waits = 0; map.layoutState().hasEstimates && waits < 3000; ++waits)
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 10);
+    ASSERT_FALSE(map.layoutState().hasEstimates);
+    EXPECT_EQ(mapPixels(map), first);
+    EXPECT_EQ(map.layoutState().cachedLayouts, TreeLayout::layout(*root));
 }
 
 } // namespace

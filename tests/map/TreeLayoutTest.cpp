@@ -200,6 +200,70 @@ TEST_F(TreeLayoutTest, RememberedWidthsGiveTheSameLayoutAsAFreshOne)
     }
 }
 
+TEST_F(TreeLayoutTest, APartialRunIsExactInItsRegionAndWholeOnceItsTextsAreMeasured)
+{
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    std::vector<SermonNodePtr> nodes{root};
+    std::mt19937 random(5);
+    const QStringList words{QStringLiteral("grace"), QStringLiteral("WAVE"), QStringLiteral("fi"),
+                            QStringLiteral("été")};
+    for (int i = 0; i < 400; ++i) {
+        auto parent = nodes[std::uniform_int_distribution<size_t>(0, nodes.size() - 1)(random)];
+        QString text = QString::number(i);
+        for (int w = std::uniform_int_distribution<int>(0, 12)(random); w > 0; --w)
+            text += (w % 5 == 0 ? QChar(0x2028) : QChar(' ')) + words[w % words.size()];
+        nodes.push_back(parent->addChild(text));
+    }
+    nodes[3]->setCollapsed(true);
+    const NodeLayouts full = TreeLayout::layout(*root);
+    const QRectF whole = TreeLayout::contentBounds(full);
+    struct Row {
+        const char* name;
+        std::vector<QRectF> regions;
+    };
+    const QRectF topLeft(0, 0, 800, 600), middle(200, whole.center().y(), 500, 300);
+    for (const Row& row : {Row{"nothing", {QRectF()}}, Row{"the top left", {topLeft}}, Row{"the middle", {middle}},
+                           Row{"two places", {topLeft, middle}}, Row{"everything", {whole}}}) {
+        TreeLayout::MeasureCache cache;
+        NodeLayouts table;
+        TreeLayout::PartialMeasure partial;
+        partial.regions = row.regions;
+        partial.budget = 0;
+        TreeLayout::layout(*root, table, &cache, &partial);
+        ASSERT_EQ(table.size(), full.size()) << row.name;
+        size_t estimated = 0;
+        for (const auto& [id, l] : table) {
+            const NodeLayout& exact = full.at(id);
+            // No y depends on a width, nor do the words.
+            EXPECT_EQ(l.origin.y(), exact.origin.y()) << row.name;
+            EXPECT_EQ(l.size.height(), exact.size.height()) << row.name;
+            EXPECT_EQ(l.branchTop, exact.branchTop) << row.name;
+            EXPECT_EQ(l.branchBottom, exact.branchBottom) << row.name;
+            EXPECT_EQ(l.branchWords, exact.branchWords) << row.name;
+            if (std::any_of(row.regions.begin(), row.regions.end(),
+                            [&](const QRectF& r) { return exact.frame().intersects(r); })) {
+                EXPECT_FALSE(l.estimated) << row.name;
+                EXPECT_EQ(l.frame(), exact.frame()) << row.name;
+            }
+            estimated += l.estimated;
+        }
+        EXPECT_EQ(estimated, partial.unmeasured.size()) << row.name;
+        EXPECT_EQ(estimated == 0, row.regions.front() == whole) << row.name;
+
+        const std::atomic<bool> stop{false};
+        const auto extents = TreeLayout::measure(partial.unmeasured, stop);
+        ASSERT_EQ(extents.size(), partial.unmeasured.size());
+        for (size_t i = 0; i < extents.size(); ++i)
+            cache.insert(partial.unmeasured[i].depthClass, partial.unmeasured[i].text, extents[i]);
+        TreeLayout::PartialMeasure again;
+        again.regions = row.regions;
+        again.budget = 0;
+        TreeLayout::layout(*root, table, &cache, &again);
+        EXPECT_TRUE(again.unmeasured.empty()) << row.name;
+        EXPECT_EQ(table, full) << row.name;
+    }
+}
+
 TEST_F(TreeLayoutTest, RecomputeFillsEveryTable)
 {
     auto root = SermonNode::make(QStringLiteral("Root"), 0);
