@@ -22,12 +22,26 @@ void MapLayoutState::recomputeLayout(const SermonNodePtr& newRoot, TreeLayout::P
         }
         TreeLayout::layout(*root, cachedLayouts, &measureCache, partial);
         hasEstimates = partial && !partial->unmeasured.empty();
-        // The root's branch covers every frame, so the bounds need no second walk.
-        const NodeLayout& whole = cachedLayouts.at(root->id());
-        cachedContentBounds = QRectF(whole.origin.x(), whole.branchTop, whole.branchRight - whole.origin.x(),
-                                     whole.branchBottom - whole.branchTop);
-        cachedCanvasSize = {whole.branchRight + 80, whole.branchBottom + 80};
+        takeBounds();
     });
+}
+
+bool MapLayoutState::measureInSight(const std::vector<QRectF>& regions)
+{
+    if (!root || !TreeLayout::measureInSight(*root, cachedLayouts, &measureCache, regions))
+        return false;
+    measuredRegions.insert(measuredRegions.end(), regions.begin(), regions.end());
+    takeBounds();
+    return true;
+}
+
+void MapLayoutState::takeBounds()
+{
+    // The root's branch covers every frame, so the bounds need no second walk.
+    const NodeLayout& whole = cachedLayouts.at(root->id());
+    cachedContentBounds = QRectF(whole.origin.x(), whole.branchTop, whole.branchRight - whole.origin.x(),
+                                 whole.branchBottom - whole.branchTop);
+    cachedCanvasSize = {whole.branchRight + 80, whole.branchBottom + 80};
 }
 
 bool MapLayoutState::isMeasured(const QRectF& rect) const

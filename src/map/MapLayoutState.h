@@ -18,6 +18,9 @@ struct MapLayoutState {
     bool hasEstimates = false;
     std::vector<QRectF> measuredRegions;
     bool isMeasured(const QRectF& rect) const;
+    // Measures the estimated lines that may reach `regions` without laying the tree out again;
+    // false when it must be laid out again instead.
+    bool measureInSight(const std::vector<QRectF>& regions);
 
     // Measures only what `partial` asks for when given, and lists the rest in it.
     void recomputeLayout(const SermonNodePtr& newRoot, TreeLayout::PartialMeasure* partial = nullptr);
@@ -26,4 +29,7 @@ struct MapLayoutState {
     const SermonNode* node(const NodeID& id) const;
     // The node's own words plus all of its descendants', folded or not.
     int subtreeWordCount(const NodeID& id) const;
+
+private:
+    void takeBounds();
 };

@@ -308,6 +308,16 @@ QRectF MindMapCanvas::nearRegion() const
     return nearRegion(m_viewport.scale(), m_viewport.panOffset());
 }
 
+std::vector<QRectF> MindMapCanvas::regionsToMeasure() const
+{
+    // Where a pan or zoom under way ends is measured too: the frames on the way pass in a blur,
+    // but the view it comes to rest on must not shift once its lines are measured.
+    std::vector<QRectF> regions{nearRegion()};
+    if (m_viewport.isAnimating())
+        regions.push_back(nearRegion(m_viewport.endScale(), m_viewport.endPanOffset()));
+    return regions;
+}
+
 NodeActions MindMapCanvas::nodeActions()
 {
     NodeActions actions = NodeActions::forController(*m_controller);
@@ -427,12 +437,11 @@ void MindMapCanvas::recomputeLayout()
         m_measuring->cancel();
         m_layout.recomputeLayout(m_document->root());
     } else {
-        // Where a pan or zoom under way ends is measured too: the frames on the way pass in a
-        // blur, but the view it comes to rest on must not shift once its lines are measured.
         TreeLayout::PartialMeasure partial;
-        partial.regions = {nearRegion()};
-        if (m_viewport.isAnimating())
-            partial.regions.push_back(nearRegion(m_viewport.endScale(), m_viewport.endPanOffset()));
+        partial.regions = regionsToMeasure();
+        // Once lines wait for the background, a few more measured here would only slow the pass.
+        if (m_layout.hasEstimates)
+            partial.budget = 0;
         m_layout.recomputeLayout(m_document->root(), &partial);
         // One batch at a time: the texts still unmeasured when it lands go with the next.
         if (!partial.unmeasured.empty() && !m_measuring->isRunning())
@@ -442,7 +451,8 @@ void MindMapCanvas::recomputeLayout()
     syncEditor();
     if (m_minimap)
         m_minimap->treeChanged();
-    update();
+    if (!m_isPainting)
+        update();
     if (m_glide && !m_glide->held)
         startGlide();
 }
@@ -563,8 +573,19 @@ void MindMapCanvas::paintEvent(QPaintEvent*)
     ensureLayout();
     if (!size().isEmpty()
         && !m_layout.isMeasured(
-            MapDrawing::visibleRect(QSizeF(size()), m_viewport.endPanOffset(), m_viewport.endScale())))
-        recomputeLayout();
+            MapDrawing::visibleRect(QSizeF(size()), m_viewport.endPanOffset(), m_viewport.endScale()))) {
+        // Drawn from the new layout just below: no second frame for it.
+        m_isPainting = true;
+        if (m_layout.measureInSight(regionsToMeasure())) {
+            m_viewport.setContentBounds(m_layout.cachedContentBounds);
+            syncEditor();
+            if (m_minimap)
+                m_minimap->treeChanged();
+        } else {
+            recomputeLayout();
+        }
+        m_isPainting = false;
+    }
     refreshDrawState();
     MapDrawing::drawCanvas(painter, QSizeF(size()), m_layout, m_drawState, MapPalette::forAppearance(dark),
                            m_textCache);

@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <unordered_map>
+#include <vector>
 
 class DocumentController;
 class BackgroundMeasure;
@@ -144,6 +145,7 @@ private:
     void startGlide();
     QRectF nearRegion(double scale, QPointF panOffset) const;
     QRectF nearRegion() const;
+    std::vector<QRectF> regionsToMeasure() const;
     void connectController();
     void refreshDrawState();
     void syncEditor();
@@ -178,5 +180,6 @@ private:
     QTimer* m_relayoutTimer;
     BackgroundMeasure* m_measuring;
     bool m_measureEverything = false;
+    bool m_isPainting = false;
     std::optional<PendingGlide> m_glide;
 };

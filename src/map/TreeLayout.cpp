@@ -269,31 +269,35 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache, Pa
             const int depthClass = std::clamp(node.depth(), 0, 2);
             const bool isLeaf = !node.hasChildren();
             const QString& text = node.text();
-            const bool known = l.pass != 0 && !l.estimated && l.measuredText.constData() == text.constData()
+            const bool sameText = l.pass != 0 && l.measuredText.constData() == text.constData()
                 && l.measuredText.size() == text.size() && std::clamp(l.depth, 0, 2) == depthClass
                 && l.isLeaf == isLeaf;
-            if (!known) {
+            if (!sameText || l.estimated) {
                 DepthMetrics& m = metrics[size_t(depthClass)];
-                TextExtent extent;
-                l.estimated = false;
-                if (const TextExtent* cached = cache ? cache->find(depthClass, text) : nullptr) {
-                    extent = *cached;
-                } else if (const bool unseen =
-                               partial && !mayShow(m, text, x, top, isLeaf, isLeaf || node.isCollapsed());
-                           unseen && partial->budget == 0) {
-                    extent = estimateText(m, text);
+                const TextExtent* cached = cache ? cache->find(depthClass, text) : nullptr;
+                const bool unseen =
+                    !cached && partial && !mayShow(m, text, x, top, isLeaf, isLeaf || node.isCollapsed());
+                if (unseen && partial->budget == 0) {
+                    // An estimate stands until the text is measured: the next runs keep it.
+                    if (!sameText) {
+                        const TextExtent guess = estimateText(m, text);
+                        l.size = nodeSize(m, guess, isLeaf);
+                        l.ownWords = guess.words;
+                        l.measuredText = text;
+                    }
                     l.estimated = true;
                     partial->unmeasured.push_back({depthClass, text});
                 } else {
                     if (unseen)
                         --partial->budget;
-                    extent = measureText(m, text);
-                    if (cache)
+                    const TextExtent extent = cached ? *cached : measureText(m, text);
+                    if (cache && !cached)
                         cache->insert(depthClass, text, extent);
+                    l.size = nodeSize(m, extent, isLeaf);
+                    l.ownWords = extent.words;
+                    l.measuredText = text;
+                    l.estimated = false;
                 }
-                l.size = nodeSize(m, extent, isLeaf);
-                l.ownWords = extent.words;
-                l.measuredText = text;
             }
             l.nodeID = node.id();
             l.depth = node.depth();
@@ -402,6 +406,108 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache, Pa
             cache->endRun();
         performanceLog::signpostEvent("TreeLayout.done", [&] { return QStringLiteral("nodes=%1").arg(result.size()); });
     });
+}
+
+bool measureInSight(const SermonNode& root, NodeLayouts& table, MeasureCache* cache, const std::vector<QRectF>& regions)
+{
+    std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
+    auto at = [&](const SermonNode& node) -> NodeLayout* {
+        const auto it = table.find(node.id());
+        return it == table.end() ? nullptr : &it->second;
+    };
+    // A line placed at once covers its branch, so this is the partial run's own test for it; a
+    // parent whose branch reaches a region is measured, since its width places what does.
+    auto reaches = [&](const NodeLayout& l) {
+        return std::any_of(regions.begin(), regions.end(), [&](const QRectF& r) {
+            return l.origin.x() <= r.right() && l.branchTop <= r.bottom() && l.branchBottom >= r.top();
+        });
+    };
+    std::vector<const SermonNode*> walk;
+    // Moves everything shown below `top` across by `dx`.
+    auto shiftBelow = [&](const SermonNode& top, double dx) {
+        walk.assign(1, &top);
+        while (!walk.empty()) {
+            const SermonNode* n = walk.back();
+            walk.pop_back();
+            if (n->isCollapsed())
+                continue;
+            for (const auto& child : n->children()) {
+                NodeLayout* l = at(*child);
+                if (!l)
+                    return false;
+                l->origin.rx() += dx;
+                l->branchRight += dx;
+                walk.push_back(child.get());
+            }
+        }
+        return true;
+    };
+    // Measures the line if it is estimated; whether its branch's reach may have changed.
+    bool complete = true;
+    auto measureLine = [&](const SermonNode& node, NodeLayout& l) {
+        if (!l.estimated)
+            return false;
+        const int depthClass = std::clamp(node.depth(), 0, 2);
+        const DepthMetrics& m = metrics[size_t(depthClass)];
+        const TextExtent* cached = cache ? cache->find(depthClass, node.text()) : nullptr;
+        const TextExtent extent = cached ? *cached : measureText(m, node.text());
+        if (cache && !cached)
+            cache->insert(depthClass, node.text(), extent);
+        const double dx = nodeSize(m, extent, l.isLeaf).width() - l.size.width();
+        l.size.setWidth(l.size.width() + dx);
+        l.estimated = false;
+        if (dx == 0)
+            return false;
+        if (node.isCollapsed() || !node.hasChildren())
+            l.branchRight = l.maxX();
+        else
+            complete = complete && shiftBelow(node, dx);
+        return true;
+    };
+
+    struct Frame {
+        const SermonNode* node;
+        NodeLayout* slot;
+        size_t next;
+        bool changed;
+    };
+    std::vector<Frame> stack;
+    NodeLayout* top = at(root);
+    if (!top)
+        return false;
+    if (reaches(*top))
+        stack.push_back({&root, top, 0, measureLine(root, *top)});
+    while (!stack.empty() && complete) {
+        Frame& f = stack.back();
+        const auto& children = f.node->children();
+        if (!f.node->isCollapsed() && f.next < children.size()) {
+            const SermonNode& child = *children[f.next++];
+            NodeLayout* l = at(child);
+            if (!l)
+                return false;
+            if (!reaches(*l))
+                continue;
+            const bool changed = measureLine(child, *l);
+            if (!child.isCollapsed() && child.hasChildren())
+                stack.push_back({&child, l, 0, changed}); // invalidates f
+            else
+                f.changed = f.changed || changed;
+            continue;
+        }
+        if (f.changed && !f.node->isCollapsed()) {
+            // The reach as the run makes it: the node's own right edge or its children's branches'.
+            double right = f.slot->maxX();
+            for (const auto& child : children)
+                if (const NodeLayout* l = at(*child))
+                    right = std::max(right, l->branchRight);
+            f.slot->branchRight = right;
+        }
+        const bool changed = f.changed;
+        stack.pop_back();
+        if (!stack.empty())
+            stack.back().changed = stack.back().changed || changed;
+    }
+    return complete;
 }
 
 std::vector<TextExtent> measure(const std::vector<Unmeasured>& texts, const std::atomic<bool>& stop)

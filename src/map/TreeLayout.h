@@ -101,6 +101,13 @@ NodeLayouts layout(const SermonNode& root, MeasureCache* cache = nullptr);
 // the ones no longer placed removed, so a run after a small change allocates next to nothing.
 void layout(const SermonNode& root, NodeLayouts& table, MeasureCache* cache, PartialMeasure* partial = nullptr);
 
+// After a partial run, measures the estimated lines that may reach `regions` and moves what
+// their widths move (the branches hanging from them, the reach of the branches above them),
+// walking only the branches that reach the regions. False, with nothing known to be in step,
+// when the table doesn't hold the tree's lines: lay it out again instead.
+bool measureInSight(const SermonNode& root, NodeLayouts& table, MeasureCache* cache,
+                    const std::vector<QRectF>& regions);
+
 // Measures texts a partial run left out; safe on any thread. Stops early, with fewer results,
 // once `stop` is set.
 std::vector<TextExtent> measure(const std::vector<Unmeasured>& texts, const std::atomic<bool>& stop);

@@ -217,38 +217,58 @@ TEST_F(TreeLayoutTest, APartialRunIsExactInItsRegionAndWholeOnceItsTextsAreMeasu
     nodes[3]->setCollapsed(true);
     const NodeLayouts full = TreeLayout::layout(*root);
     const QRectF whole = TreeLayout::contentBounds(full);
+    const QRectF topLeft(0, 0, 800, 600), middle(200, whole.center().y(), 500, 300);
+    // What reaches the regions is exact; every y and word count is, wherever the line is.
+    auto expectExactWhereSeen = [&](const NodeLayouts& table, const std::vector<QRectF>& regions, const char* name) {
+        EXPECT_EQ(table.size(), full.size()) << name;
+        size_t estimated = 0;
+        for (const auto& [id, l] : table) {
+            const auto found = full.find(id);
+            if (found == full.end()) {
+                ADD_FAILURE() << name;
+                continue;
+            }
+            const NodeLayout& exact = found->second;
+            EXPECT_EQ(l.origin.y(), exact.origin.y()) << name;
+            EXPECT_EQ(l.size.height(), exact.size.height()) << name;
+            EXPECT_EQ(l.branchTop, exact.branchTop) << name;
+            EXPECT_EQ(l.branchBottom, exact.branchBottom) << name;
+            EXPECT_EQ(l.branchWords, exact.branchWords) << name;
+            if (std::any_of(regions.begin(), regions.end(),
+                            [&](const QRectF& r) { return exact.frame().intersects(r); })) {
+                EXPECT_FALSE(l.estimated) << name;
+                EXPECT_EQ(l.frame(), exact.frame()) << name;
+            }
+            estimated += l.estimated;
+        }
+        return estimated;
+    };
     struct Row {
         const char* name;
         std::vector<QRectF> regions;
+        QRectF scrolledTo; // measured in place afterwards
     };
-    const QRectF topLeft(0, 0, 800, 600), middle(200, whole.center().y(), 500, 300);
-    for (const Row& row : {Row{"nothing", {QRectF()}}, Row{"the top left", {topLeft}}, Row{"the middle", {middle}},
-                           Row{"two places", {topLeft, middle}}, Row{"everything", {whole}}}) {
+    for (const Row& row : {Row{"nothing", {QRectF()}, topLeft}, Row{"the top left", {topLeft}, middle},
+                           Row{"the middle", {middle}, topLeft}, Row{"two places", {topLeft, middle}, whole},
+                           Row{"everything", {whole}, QRectF()}}) {
         TreeLayout::MeasureCache cache;
         NodeLayouts table;
         TreeLayout::PartialMeasure partial;
         partial.regions = row.regions;
         partial.budget = 0;
         TreeLayout::layout(*root, table, &cache, &partial);
-        ASSERT_EQ(table.size(), full.size()) << row.name;
-        size_t estimated = 0;
-        for (const auto& [id, l] : table) {
-            const NodeLayout& exact = full.at(id);
-            // No y depends on a width, nor do the words.
-            EXPECT_EQ(l.origin.y(), exact.origin.y()) << row.name;
-            EXPECT_EQ(l.size.height(), exact.size.height()) << row.name;
-            EXPECT_EQ(l.branchTop, exact.branchTop) << row.name;
-            EXPECT_EQ(l.branchBottom, exact.branchBottom) << row.name;
-            EXPECT_EQ(l.branchWords, exact.branchWords) << row.name;
-            if (std::any_of(row.regions.begin(), row.regions.end(),
-                            [&](const QRectF& r) { return exact.frame().intersects(r); })) {
-                EXPECT_FALSE(l.estimated) << row.name;
-                EXPECT_EQ(l.frame(), exact.frame()) << row.name;
-            }
-            estimated += l.estimated;
-        }
+        const size_t estimated = expectExactWhereSeen(table, row.regions, row.name);
         EXPECT_EQ(estimated, partial.unmeasured.size()) << row.name;
         EXPECT_EQ(estimated == 0, row.regions.front() == whole) << row.name;
+
+        // Scrolled elsewhere: measured in place, with what it moves.
+        ASSERT_TRUE(TreeLayout::measureInSight(*root, table, &cache, {row.scrolledTo})) << row.name;
+        std::vector<QRectF> both = row.regions;
+        both.push_back(row.scrolledTo);
+        const size_t still = expectExactWhereSeen(table, both, row.name);
+        EXPECT_EQ(still == 0, row.scrolledTo == whole || row.regions.front() == whole) << row.name;
+        const NodeLayout& top = table.at(root->id());
+        EXPECT_EQ(top.branchRight == full.at(root->id()).branchRight, still == 0) << row.name;
 
         const std::atomic<bool> stop{false};
         const auto extents = TreeLayout::measure(partial.unmeasured, stop);
