@@ -1,6 +1,7 @@
 #include "BackgroundMeasure.h"
 
 #include <QFutureWatcher>
+#include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
 
 BackgroundMeasure::BackgroundMeasure(Done done, QObject* parent)
@@ -45,9 +46,15 @@ void BackgroundMeasure::start(Texts texts)
         m_done(batch->texts, batch->extents);
     });
     watcher->setFuture(QtConcurrent::run([stop, texts = std::move(texts)]() mutable {
+        // Only on a core nothing else wants: the frames and the minimap come first. The pool's
+        // thread gets its priority back for its next task.
+        QThread* thread = QThread::currentThread();
+        const QThread::Priority before = thread->priority();
+        thread->setPriority(QThread::IdlePriority);
         auto batch = std::make_shared<Batch>();
         batch->extents = TreeLayout::measure(texts, *stop);
         batch->texts = std::move(texts);
+        thread->setPriority(before == QThread::InheritPriority ? QThread::NormalPriority : before);
         return batch;
     }));
 }

@@ -282,10 +282,11 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
             QPainterPath path;
         };
         Trunk above, below;
+        enum class Drawn { hidden, joined, stroked };
         auto connect = [&](const SermonNode* child) {
             const auto cit = layouts.find(child->id());
             if (!cit)
-                return;
+                return Drawn::hidden;
             const NodeLayout& c = *cit;
             const bool childIsLeaf = !child->hasChildren();
             const double width = c.depth == 0 ? 2.0 : 1.0;
@@ -293,11 +294,19 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
             const double endY = pass.grid.y(rawEndY, width);
             const double endX = childIsLeaf ? c.origin.x() + 4 : c.origin.x();
             if (!touches(visible, startX, std::min(parentMidY, endY), endX, std::max(parentMidY, endY)))
-                return;
+                return Drawn::hidden;
             const double midX = pass.grid.x((startX + c.origin.x()) * 0.5, width);
             const double r = std::min({8.0, midX - startX, std::abs(endY - parentMidY) * 0.5});
-            QPainterPath path;
             const bool straight = std::abs(rawEndY - parent.midY()) < 1 || (childIsLeaf && children.size() == 1);
+            Trunk* trunk = straight || width != 1.0 ? nullptr
+                : endY - r > visible.bottom()       ? &below
+                : endY + r < visible.top()          ? &above
+                                                    : nullptr;
+            if (trunk && trunk->count > 0 && trunk->r == r) {
+                ++trunk->count; // the same shape in view: no path to build
+                return Drawn::joined;
+            }
+            QPainterPath path;
             if (straight) {
                 const double y = childIsLeaf ? endY : parentMidY;
                 path.moveTo(startX, y);
@@ -311,27 +320,24 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
                 path.quadTo(midX, endY, midX + r, endY);
                 path.lineTo(endX, endY);
             }
-            if (!straight && width == 1.0) {
-                Trunk* trunk = endY - r > visible.bottom() ? &below : endY + r < visible.top() ? &above : nullptr;
-                if (trunk && (trunk->count == 0 || trunk->r == r)) {
-                    if (trunk->count++ == 0) {
-                        trunk->r = r;
-                        trunk->path = path;
-                    }
-                    return;
-                }
+            if (trunk && trunk->count == 0) {
+                trunk->count = 1;
+                trunk->r = r;
+                trunk->path = path;
+                return Drawn::joined;
             }
             painter.strokePath(path, pass.pen(colour, width));
+            return Drawn::stroked;
         };
-        // With the parent in view, the children well beyond an edge bend beyond it alike: the
-        // first of them is drawn, or joins its trunk, and the rest are counted into that trunk
-        // without a look. A child beginning left of the view might not reach it, so then each
+        // The children well beyond an edge of the view bend beyond it alike: through the view to
+        // a parent on the other side or in it, or not into it at all with the parent beyond the
+        // same edge. So the first of them is looked at, and the rest join its trunk or stay out
+        // of view with it. A child beginning left of the view might not reach it, so then each
         // is looked at.
         const size_t n = children.size();
         size_t farAbove = 0, farBelow = n;
         const NodeLayout* firstChild = n ? layouts.final(*children.front()) : nullptr;
-        if (parentMidY >= visible.top() && parentMidY <= visible.bottom() && firstChild
-            && firstChild->origin.x() >= visible.left()) {
+        if (firstChild && firstChild->origin.x() >= visible.left()) {
             constexpr double clear = 24; // past any bend's radius, however the ends are snapped
             const auto [from, to] = childrenAcross(children, layouts, visible.top() - clear, visible.bottom() + clear);
             farAbove = from;
@@ -341,8 +347,10 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
             if (from >= to)
                 return;
             const int before = trunk.count;
-            connect(children[from].get());
-            if (trunk.count == before + 1) {
+            const Drawn first = connect(children[from].get());
+            if (first == Drawn::hidden)
+                return;
+            if (first == Drawn::joined && trunk.count == before + 1) {
                 trunk.count += int(to - from - 1);
                 return;
             }

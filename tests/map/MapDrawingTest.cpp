@@ -215,11 +215,19 @@ TEST(MapDrawing, PassingOverBranchesOutOfViewChangesNoPixel)
         QPointF pan;
         bool gliding;
     };
-    const std::vector<Row> rows{{1.0, {0, 250 - rootMid}, false},    {1.0, {0, 250 - rootMid}, true},
-                                {1.0, {-100, 100 - rootMid}, false}, {1.0, {0, 0}, false},
-                                {1.0, {-300, -2000}, false},         {0.5, {0, -1500}, false},
-                                {2.0, {-600, -900}, false},          {0.2, {0, 0}, false},
-                                {1.0, {-200, -1200}, true},          {1.0, {0, -3000}, true}};
+    const std::vector<Row> rows{{1.0, {0, 250 - rootMid}, false},
+                                {1.0, {0, 250 - rootMid}, true},
+                                {1.0, {-100, 100 - rootMid}, false},
+                                {1.0, {0, 0}, false},
+                                {1.0, {-300, -2000}, false},
+                                {0.5, {0, -1500}, false},
+                                {2.0, {-600, -900}, false},
+                                {0.2, {0, 0}, false},
+                                {1.0, {-200, -1200}, true},
+                                {1.0, {0, -3000}, true},
+                                // The title out of view below, then above, its points' lines across.
+                                {1.0, {0, 1200 - rootMid}, false},
+                                {1.0, {0, -700 - rootMid}, false}};
     for (const Row& row : rows) {
         for (Picture* p : {&skipping, &walking}) {
             p->state.scale = row.scale;
