@@ -115,7 +115,7 @@ SermonNodePtr ColumnCanvas::find(const std::optional<NodeID>& id) const
 
 void ColumnCanvas::recomputeLayout(bool animated)
 {
-    m_layout = ColumnLayout::compute(*root(), m_columnWidths.widths());
+    ColumnLayout::compute(*root(), m_columnWidths.widths(), m_layout);
     walkTree();
     settleLayout(animated);
 }

@@ -4,6 +4,7 @@
 #include "core/SermonNode.h"
 
 #include <algorithm>
+#include <atomic>
 
 const ColumnLayout ColumnLayout::empty{};
 
@@ -15,6 +16,15 @@ double ColumnLayout::widthAt(const std::vector<double>& widths, int column)
 ColumnLayout ColumnLayout::compute(const SermonNode& root, const std::vector<double>& widths)
 {
     ColumnLayout layout;
+    compute(root, widths, layout);
+    return layout;
+}
+
+void ColumnLayout::compute(const SermonNode& root, const std::vector<double>& widths, ColumnLayout& layout)
+{
+    static std::atomic<uint32_t> passes{0};
+    const uint32_t pass = ++passes;
+    size_t placed = 0;
     // Left edges by depth, grown as the walk goes deeper.
     std::vector<double> columnX{0};
     const auto xOf = [&](int depth) {
@@ -47,23 +57,28 @@ ColumnLayout ColumnLayout::compute(const SermonNode& root, const std::vector<dou
         const double width = widthAt(widths, step.depth);
         const double height = double(wrappedLineCount(step.node->text(), false, width)) * rowHeight;
         const double bottom = std::max(step.bottom, step.startY + height);
-        ColumnNodeFrame frame{step.node->id(), step.depth, QPointF(xOf(step.depth), step.startY), QSizeF(width, height),
-                              ColumnYRange{step.startY, bottom}};
+        ColumnNodeFrame& frame = layout.frames[step.node->id()];
+        placed += frame.pass != pass; // an id twice in one tree is one frame
+        frame = ColumnNodeFrame{step.node->id(),
+                                step.depth,
+                                QPointF(xOf(step.depth), step.startY),
+                                QSizeF(width, height),
+                                ColumnYRange{step.startY, bottom},
+                                pass};
         Q_ASSERT(frame.subtreeYRange.upper >= frame.subtreeYRange.lower);
-        layout.frames.insert_or_assign(frame.nodeID, frame);
         maxColumn = std::max(maxColumn, step.depth);
         returned = bottom;
         stack.pop_back();
         if (!stack.empty())
             stack.back().bottom = returned;
     }
-    if (layout.frames.empty())
-        return empty;
+    if (layout.frames.size() > placed)
+        std::erase_if(layout.frames, [pass](const auto& kept) { return kept.second.pass != pass; });
     layout.columnCount = maxColumn + 1;
+    layout.columnXEdges.clear();
     layout.columnXEdges.reserve(size_t(layout.columnCount) + 1);
     layout.columnXEdges.push_back(0);
     for (int i = 0; i < layout.columnCount; ++i)
         layout.columnXEdges.push_back(layout.columnXEdges.back() + widthAt(widths, i));
     layout.totalSize = QSizeF(layout.columnXEdges.back(), returned);
-    return layout;
 }

@@ -5,6 +5,7 @@
 #include <QPointF>
 #include <QSizeF>
 
+#include <cstdint>
 #include <unordered_map>
 #include <vector>
 
@@ -28,8 +29,13 @@ struct ColumnNodeFrame {
     QSizeF size; // the whole column width by wrapped lines x rowHeight
     // From origin.y to the bottom of the visible subtree; never shorter than the text.
     ColumnYRange subtreeYRange;
+    uint32_t pass = 0; // the layout run that placed it last; not compared
 
-    bool operator==(const ColumnNodeFrame&) const = default;
+    bool operator==(const ColumnNodeFrame& other) const
+    {
+        return nodeID == other.nodeID && column == other.column && origin == other.origin && size == other.size
+            && subtreeYRange == other.subtreeYRange;
+    }
 };
 
 using ColumnFrames = std::unordered_map<NodeID, ColumnNodeFrame>;
@@ -53,6 +59,9 @@ struct ColumnLayout {
     // Walks the tree without recursion, so that any depth a file holds is safe. Every node is
     // measured in the regular weight, the root too (the canvas draws it semibold).
     static ColumnLayout compute(const SermonNode& root, const std::vector<double>& widths);
+    // The same into a layout that holds the last one: frames are rewritten where they stand and
+    // the ones no longer placed removed, so a relayout of a long sermon allocates next to nothing.
+    static void compute(const SermonNode& root, const std::vector<double>& widths, ColumnLayout& into);
 
     static double widthAt(const std::vector<double>& widths, int column);
     bool operator==(const ColumnLayout&) const = default;

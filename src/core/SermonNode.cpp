@@ -279,6 +279,21 @@ std::vector<ConstSermonNodePtr> SermonNode::flattened() const
     return flatten(this);
 }
 
+size_t SermonNode::shownCount() const
+{
+    size_t count = 0;
+    std::vector<const SermonNode*> walk{this};
+    while (!walk.empty()) {
+        const SermonNode* n = walk.back();
+        walk.pop_back();
+        ++count;
+        if (!n->m_isCollapsed)
+            for (const auto& child : n->m_children)
+                walk.push_back(child.get());
+    }
+    return count;
+}
+
 SermonNodePtr SermonNode::deepCopy(bool freshIDs) const
 {
     auto copyOne = [freshIDs](const SermonNode& from) {

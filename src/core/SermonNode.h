@@ -89,6 +89,8 @@ public:
     ConstSermonNodePtr parent(const NodeID& id) const;
     std::vector<SermonNodePtr> flattened();
     std::vector<ConstSermonNodePtr> flattened() const;
+    // This node and what shows below it: nothing under a fold. What a view's table holds.
+    size_t shownCount() const;
     SermonNodePtr deepCopy(bool freshIDs) const;
 
     // The subtree as it stands now, frozen. What is unchanged since the last freeze is shared

@@ -238,20 +238,8 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache, Pa
         std::array<DepthMetrics, 3> metrics{DepthMetrics(0), DepthMetrics(1), DepthMetrics(2)};
         if (cache)
             cache->beginRun();
-        if (result.empty()) {
-            // Sized first: growing the table of a long sermon rehashes it a dozen times.
-            size_t count = 0;
-            std::vector<const SermonNode*> walk{&root};
-            while (!walk.empty()) {
-                const SermonNode* n = walk.back();
-                walk.pop_back();
-                ++count;
-                if (!n->isCollapsed())
-                    for (const auto& child : n->children())
-                        walk.push_back(child.get());
-            }
-            result.reserve(count);
-        }
+        if (result.empty()) // sized first: growing the table of a long sermon rehashes it a dozen times
+            result.reserve(root.shownCount());
         // Whether a line at (x, top) may reach a region of a partial run. A line placed at
         // once (nothing shown below it) has its whole frame known but its width; a parent's own
         // place waits for its children, so only its branch's top is known when it is measured.

@@ -165,12 +165,13 @@ TEST_F(ColumnLayoutTest, WrappingFollowsTheLineRules)
     EXPECT_EQ(ColumnLayout::compute(*root, {}).totalSize.height(), 2 * row);
 }
 
-TEST_F(ColumnLayoutTest, CachedWrappingEqualsUncached)
+TEST_F(ColumnLayoutTest, RememberedWorkEqualsFreshWork)
 {
     const QString texts[] = {
         QStringLiteral("In the beginning was the Word, and the Word was with God"),
-        QStringLiteral("🙏🏽 Pray 👨‍👩‍👧‍👦 together ✝️ always 🕊️🕊️🕊️ and give thanks in "
-                       "everything"),
+        QStringLiteral(
+            "🙏🏽 Pray 👨‍👩‍👧‍👦 together ✝️ always 🕊️🕊️🕊️ and give thanks in "
+            "everything"),
         QStringLiteral("e\u0301e\u0301 combining ma\u0308rks a\u030A\u0323 over letters in a line of words"),
         QString(300, QChar('m')),
         QStringLiteral("Ἐν ἀρχῇ ἦν ὁ λόγος, καὶ ὁ λόγος ἦν πρὸς τὸν θεόν בְּרֵאשִׁית בָּרָא"),
@@ -192,6 +193,25 @@ TEST_F(ColumnLayoutTest, CachedWrappingEqualsUncached)
     ASSERT_GT(wrapped, 1);
     words.fill(QChar('w'));
     EXPECT_EQ(wrappedLineCount(words, false, 180), 1);
+
+    // A layout rewritten in place, change after change, is the one made afresh: folds, removed
+    // branches and new lines leave no frame behind.
+    auto root = SermonNode::make(QStringLiteral("Root"), 0);
+    std::vector<SermonNodePtr> nodes{root};
+    for (int i = 0; i < 60; ++i)
+        nodes.push_back(nodes[size_t(i * 7 % int(nodes.size()))]->addChild(QStringLiteral("Line %1").arg(i)));
+    ColumnLayout kept;
+    for (int step = 0; step < 12; ++step) {
+        SermonNode& node = *nodes[size_t(1 + step * 5 % int(nodes.size() - 1))];
+        if (step % 3 == 0)
+            node.setCollapsed(!node.isCollapsed());
+        else if (step % 3 == 1 && node.hasChildren())
+            node.removeChild(0);
+        else
+            node.addChild(words.left(step * 20));
+        ColumnLayout::compute(*root, {300}, kept);
+        EXPECT_EQ(kept, ColumnLayout::compute(*root, {300})) << step;
+    }
 }
 
 TEST_F(ColumnLayoutTest, WidthsConfigSetsClampsAndStores)
