@@ -14,14 +14,17 @@
 #include "delivery/DeliveryTimer.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QImage>
 #include <QPainter>
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -195,5 +198,32 @@ void BM_Layout(benchmark::State& bench)
     f.setCounters(bench);
 }
 BENCHMARK(BM_Layout)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
+
+// The first layout on switching to delivery, on a thread that has wrapped nothing yet: cold, as
+// in a window that never measured ahead (argument 0), or after the window measured ahead on
+// opening (argument 1), as it does.
+void BM_FirstLayout(benchmark::State& bench)
+{
+    DeliveryFixture& f = fixture(int(bench.range(0)));
+    const bool ahead = bench.range(1) != 0;
+    for (auto _ : bench) {
+        std::thread([&] {
+            if (ahead) {
+                const std::atomic<bool> stop{false};
+                const auto asked = DeliveryContentLayout::wraps(*f.root, textWidth);
+                DeliveryContentLayout::rememberWraps(asked, DeliveryContentLayout::measureWraps(asked, 15, stop), 15);
+            }
+            QElapsedTimer timer;
+            timer.start();
+            benchmark::DoNotOptimize(DeliveryContentLayout::compute(*f.root, f.minutes, textWidth, 15, 1.8));
+            bench.SetIterationTime(double(timer.nsecsElapsed()) * 1e-9);
+        }).join();
+    }
+}
+BENCHMARK(BM_FirstLayout)
+    ->ArgsProduct({{300, 5000, 20000, 100000}, {0, 1}})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(2);
 
 } // namespace

@@ -2,8 +2,12 @@
 
 #include "DeliveryText.h"
 
+#include "core/BackgroundPool.h"
 #include "core/SameCharacters.h"
 #include "core/SermonNode.h"
+
+#include <QFutureWatcher>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <array>
@@ -46,6 +50,13 @@ public:
         return it->second;
     }
 
+    void insert(const QString& text, int fontId, double width, QSizeF size)
+    {
+        if (m_sizes.size() >= limit)
+            m_sizes.clear();
+        m_sizes.insert_or_assign(Key{text, fontId, width}, size);
+    }
+
     template <typename Measure>
     QSizeF size(const QString& text, int fontId, double width, Measure&& measure)
     {
@@ -81,6 +92,40 @@ private:
     std::unordered_map<Key, QSizeF, KeyHash> m_sizes;
     std::unordered_map<QString, int> m_fonts;
 };
+
+// Layouts are made on the thread that shows or prints them; each keeps its own sizes.
+WrapCache& threadWraps()
+{
+    thread_local WrapCache wraps;
+    return wraps;
+}
+
+// The fonts of a layout by font kind: headings by depth 0 to 4, then lines.
+std::array<QFont, 6> layoutFonts(double baseFontSize)
+{
+    std::array<QFont, 6> fonts;
+    for (int d = 0; d < 5; ++d)
+        fonts[size_t(d)] = deliveryFont(d, false, baseFontSize);
+    fonts[5] = deliveryFont(0, true, baseFontSize);
+    return fonts;
+}
+
+// Where a node's text goes across the column, and in which font.
+struct Placement {
+    double indent;
+    int fontKind;
+};
+
+Placement placementOf(const SermonNode& node)
+{
+    const int depth = node.depth();
+    const bool hasChildren = node.hasChildren();
+    double indent =
+        hasChildren ? DeliveryContentLayout::headingIndent(depth) : DeliveryContentLayout::leafIndent(depth);
+    if (node.isQuote())
+        indent += 20;
+    return {indent, hasChildren ? std::clamp(depth, 0, 4) : 5};
+}
 
 // The first index in [from, to) for which `reached` holds, `reached` being false and then true
 // along the range; `to` when it never holds.
@@ -167,6 +212,69 @@ QFont deliveryFont(int depth, bool isLeaf, double baseFontSize)
     }
 }
 
+std::vector<DeliveryWrap> DeliveryContentLayout::wraps(const SermonNode& root, double textWidth)
+{
+    std::vector<DeliveryWrap> asked;
+    for (const ConstSermonNodePtr& node : root.flattened()) {
+        const auto [indent, kind] = placementOf(*node);
+        asked.push_back({node->text(), kind, textWidth - indent});
+    }
+    return asked;
+}
+
+std::vector<QSizeF> DeliveryContentLayout::measureWraps(const std::vector<DeliveryWrap>& asked, double baseFontSize,
+                                                        const std::atomic<bool>& stop)
+{
+    // Fonts made on this thread: a font's engines belong to the thread that loads them.
+    const std::array<QFont, 6> fonts = layoutFonts(baseFontSize);
+    std::vector<QSizeF> sizes;
+    sizes.reserve(asked.size());
+    for (const DeliveryWrap& wrap : asked) {
+        if (stop.load(std::memory_order_relaxed))
+            break;
+        sizes.push_back(DeliveryText::measure(wrap.text, fonts[size_t(std::clamp(wrap.fontKind, 0, 5))], wrap.width));
+    }
+    return sizes;
+}
+
+void DeliveryContentLayout::rememberWraps(const std::vector<DeliveryWrap>& asked, const std::vector<QSizeF>& sizes,
+                                          double baseFontSize)
+{
+    const std::array<QFont, 6> fonts = layoutFonts(baseFontSize);
+    WrapCache& cache = threadWraps();
+    std::array<int, 6> fontIds;
+    for (size_t k = 0; k < fonts.size(); ++k)
+        fontIds[k] = cache.fontId(fonts[k]);
+    for (size_t i = 0; i < std::min(asked.size(), sizes.size()); ++i)
+        cache.insert(asked[i].text, fontIds[size_t(std::clamp(asked[i].fontKind, 0, 5))], asked[i].width, sizes[i]);
+}
+
+void DeliveryContentLayout::measureAhead(const SermonNode& root, double textWidth, double baseFontSize,
+                                         QObject* context)
+{
+    auto stop = std::make_shared<std::atomic<bool>>(false);
+    QObject::connect(context, &QObject::destroyed, [stop] { stop->store(true); });
+    struct Measured {
+        std::vector<DeliveryWrap> asked;
+        std::vector<QSizeF> sizes;
+    };
+    auto* watcher = new QFutureWatcher<std::shared_ptr<Measured>>(context);
+    QObject::connect(watcher, &QFutureWatcherBase::finished, context, [watcher, baseFontSize] {
+        watcher->deleteLater();
+        if (watcher->future().resultCount() > 0) {
+            const auto measured = watcher->result();
+            rememberWraps(measured->asked, measured->sizes, baseFontSize);
+        }
+    });
+    watcher->setFuture(
+        QtConcurrent::run(&backgroundPool(), [stop, baseFontSize, asked = wraps(root, textWidth)]() mutable {
+            auto measured = std::make_shared<Measured>();
+            measured->sizes = measureWraps(asked, baseFontSize, *stop);
+            measured->asked = std::move(asked);
+            return measured;
+        }));
+}
+
 QString minuteMarkText(int minutes)
 {
     return QStringLiteral("%1 min").arg(minutes);
@@ -182,29 +290,20 @@ DeliveryContentLayout DeliveryContentLayout::compute(const SermonNode& root, int
         return layout;
 
     // Fonts are made once per kind, not per node.
-    std::array<QFont, 5> headingFonts;
-    for (int d = 0; d < 5; ++d)
-        headingFonts[size_t(d)] = deliveryFont(d, false, baseFontSize);
-    const QFont leafFont = deliveryFont(0, true, baseFontSize);
-
-    // Layouts are made on the thread that shows or prints them; each keeps its own sizes.
-    thread_local WrapCache wraps;
-    std::array<int, 5> headingFontIds;
-    for (size_t d = 0; d < headingFonts.size(); ++d)
-        headingFontIds[d] = wraps.fontId(headingFonts[d]);
-    const int leafFontId = wraps.fontId(leafFont);
+    const std::array<QFont, 6> fonts = layoutFonts(baseFontSize);
+    WrapCache& cache = threadWraps();
+    std::array<int, 6> fontIds;
+    for (size_t k = 0; k < fonts.size(); ++k)
+        fontIds[k] = cache.fontId(fonts[k]);
     layout.items.reserve(nodes.size() + 8);
     double y = topMargin;
     const double half = (lineSpacing - 1) * baseFontSize * 0.5;
     for (const ConstSermonNodePtr& node : nodes) {
         const int depth = node->depth();
         const bool hasChildren = node->hasChildren();
-        double indent = hasChildren ? headingIndent(depth) : leafIndent(depth);
-        if (node->isQuote())
-            indent += 20;
-        const QFont& font = hasChildren ? headingFonts[size_t(std::clamp(depth, 0, 4))] : leafFont;
-        const int fontId = hasChildren ? headingFontIds[size_t(std::clamp(depth, 0, 4))] : leafFontId;
-        const QSizeF size = wraps.size(node->text(), fontId, textWidth - indent,
+        const auto [indent, kind] = placementOf(*node);
+        const QFont& font = fonts[size_t(kind)];
+        const QSizeF size = cache.size(node->text(), fontIds[size_t(kind)], textWidth - indent,
                                        [&] { return DeliveryText::measure(node->text(), font, textWidth - indent); });
 
         DeliveryItem item;

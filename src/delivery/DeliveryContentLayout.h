@@ -7,10 +7,20 @@
 #include <QRectF>
 #include <QString>
 
+#include <atomic>
 #include <unordered_map>
 #include <vector>
 
+class QObject;
 class SermonNode;
+
+// A text a layout wraps, in one of its fonts (headings by depth 0 to 4, then 5 for lines), at
+// the width it wraps at.
+struct DeliveryWrap {
+    QString text;
+    int fontKind = 0;
+    double width = 0;
+};
 
 // One thing drawn on the delivery page, in drawing order.
 struct DeliveryItem {
@@ -55,6 +65,19 @@ struct DeliveryContentLayout {
 
     static DeliveryContentLayout compute(const SermonNode& root, int minutes, double textWidth, double baseFontSize,
                                          double lineSpacing);
+
+    // Wrapping every line of a long sermon takes seconds, and a layout made later on this
+    // thread would do it while the reader waits to switch. This measures the wraps of `root` at
+    // these settings on the thread pool, when a core is free, and hands the sizes to this
+    // thread's layouts; nothing comes back once `context` is gone.
+    static void measureAhead(const SermonNode& root, double textWidth, double baseFontSize, QObject* context);
+    // The parts of it: what a layout of `root` wraps; their sizes, on any thread (fewer once
+    // `stop` is set); sizes measured elsewhere, kept for this thread's layouts.
+    static std::vector<DeliveryWrap> wraps(const SermonNode& root, double textWidth);
+    static std::vector<QSizeF> measureWraps(const std::vector<DeliveryWrap>& asked, double baseFontSize,
+                                            const std::atomic<bool>& stop);
+    static void rememberWraps(const std::vector<DeliveryWrap>& asked, const std::vector<QSizeF>& sizes,
+                              double baseFontSize);
 
     static double headingIndent(int depth);
     static double leafIndent(int depth);

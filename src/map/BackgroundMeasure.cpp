@@ -1,7 +1,8 @@
 #include "BackgroundMeasure.h"
 
+#include "core/BackgroundPool.h"
+
 #include <QFutureWatcher>
-#include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
 
 BackgroundMeasure::BackgroundMeasure(Done done, QObject* parent)
@@ -45,16 +46,10 @@ void BackgroundMeasure::start(Texts texts)
         const std::shared_ptr<Batch> batch = watcher->result();
         m_done(batch->texts, batch->extents);
     });
-    watcher->setFuture(QtConcurrent::run([stop, texts = std::move(texts)]() mutable {
-        // Only on a core nothing else wants: the frames and the minimap come first. The pool's
-        // thread gets its priority back for its next task.
-        QThread* thread = QThread::currentThread();
-        const QThread::Priority before = thread->priority();
-        thread->setPriority(QThread::IdlePriority);
+    watcher->setFuture(QtConcurrent::run(&backgroundPool(), [stop, texts = std::move(texts)]() mutable {
         auto batch = std::make_shared<Batch>();
         batch->extents = TreeLayout::measure(texts, *stop);
         batch->texts = std::move(texts);
-        thread->setPriority(before == QThread::InheritPriority ? QThread::NormalPriority : before);
         return batch;
     }));
 }

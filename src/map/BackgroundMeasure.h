@@ -12,7 +12,7 @@
 template <typename T>
 class QFutureWatcher;
 
-// Measures the texts a partial layout left out, on the thread pool, one batch at a time. The
+// Measures the texts a partial layout left out, on the background pool, one batch at a time. The
 // task holds only its texts and a cancel flag; the widths come back through the main thread's
 // event loop, and a cancelled batch never comes back.
 class BackgroundMeasure : public QObject {

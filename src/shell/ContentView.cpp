@@ -9,6 +9,7 @@
 #include "columns/ColumnWidthsStore.h"
 #include "core/SermonDocument.h"
 #include "core/UndoManager.h"
+#include "delivery/DeliveryContentLayout.h"
 #include "delivery/DeliveryPreferences.h"
 #include "delivery/DeliveryView.h"
 #include "editing/DocumentController.h"
@@ -57,6 +58,10 @@ ContentView::ContentView(OpenDocument* document, Preferences* preferences, QWidg
     connect(controller, &DocumentController::edited, this, &ContentView::refreshStatus);
 
     m_canvas->setReadingPaceSource([preferences] { return preferences->readingPaceWPM(); });
+    // The first switch to delivery then finds the lines of a long sermon already wrapped.
+    if (preferences)
+        DeliveryContentLayout::measureAhead(*document->document()->root(), preferences->delivery()->textWidth(),
+                                            preferences->delivery()->fontSize(), this);
     m_canvas->onZoomFunctionsReady = [this](const ZoomFunctions& functions) {
         m_zoomFunctions = functions;
         emit commandsChanged();

@@ -7,7 +7,9 @@
 
 #include <QFontMetricsF>
 
+#include <atomic>
 #include <cmath>
+#include <thread>
 
 namespace {
 
@@ -79,10 +81,35 @@ TEST_F(DeliveryLayoutTest, RememberedSizesFollowTheTextTheWidthAndTheFont)
         const QRectF changed = frameOf(row.width, row.base);
         EXPECT_NE(changed.size(), first.size()) << row.change;
         const double width = row.width - DeliveryContentLayout::leafIndent(1);
-        EXPECT_EQ(changed.size(), DeliveryText::measure(row.text, deliveryFont(0, true, row.base), width)) << row.change;
+        EXPECT_EQ(changed.size(), DeliveryText::measure(row.text, deliveryFont(0, true, row.base), width))
+            << row.change;
     }
     leaf->setText(text);
     EXPECT_EQ(frameOf(700, 15), first);
+
+    // Sizes measured ahead on another thread are the ones a layout asks for, quotes and headings
+    // of every depth too (told by sizes no text has), and give the layout a cold thread makes.
+    root->addChild(QStringLiteral("Part"))->addChild(QStringLiteral("Point"))->addChild(text)->setQuote(true);
+    enum class Sizes { none, told, measured };
+    auto onFreshThread = [&](Sizes sizes) {
+        DeliveryContentLayout made;
+        std::thread([&] {
+            const std::atomic<bool> stop{false};
+            const auto asked = DeliveryContentLayout::wraps(*root, 400);
+            if (sizes == Sizes::told)
+                DeliveryContentLayout::rememberWraps(asked, std::vector<QSizeF>(asked.size(), QSizeF(3, 5)), 17);
+            if (sizes == Sizes::measured)
+                DeliveryContentLayout::rememberWraps(asked, DeliveryContentLayout::measureWraps(asked, 17, stop), 17);
+            made = DeliveryContentLayout::compute(*root, 30, 400, 17, 1.5);
+        }).join();
+        return made;
+    };
+    for (const DeliveryItem& item : onFreshThread(Sizes::told).items) {
+        if (item.kind == Kind::heading || item.kind == Kind::leaf) {
+            EXPECT_EQ(item.frame.size(), QSizeF(3, 5)) << item.text.toStdString();
+        }
+    }
+    EXPECT_EQ(onFreshThread(Sizes::measured).items, onFreshThread(Sizes::none).items);
 }
 
 TEST_F(DeliveryLayoutTest, HeadingsFollowTheDepthTables)
