@@ -373,14 +373,13 @@ int drawConnections(Pass& pass, const ShownLayouts& layouts, const QRectF& visib
 
 // The fold button and the time badge. Drawn after every node's body and rings, so that no
 // selection ring runs through them and the next line's quote tint doesn't cover a badge.
-void drawAdornments(Pass& pass, const NodeLayout& layout)
+void drawAdornments(Pass& pass, const NodeLayout& layout, const SermonNode* node)
 {
     if (layout.isLeaf)
         return;
     QPainter& painter = pass.painter;
     const MapPalette& palette = pass.palette;
     const QRectF f = layout.frame();
-    const SermonNode* node = pass.tables.node(layout.nodeID);
     const int words = pass.tables.subtreeWordCount(layout.nodeID);
     const QString badge = timeBadgeText(words, pass.state.readingPaceWPM);
     const bool hasChildren = node && node->hasChildren();
@@ -410,14 +409,13 @@ void drawAdornments(Pass& pass, const NodeLayout& layout)
     }
 }
 
-void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bool isSelected,
+void drawNode(Pass& pass, const NodeLayout& layout, const QString& nodeText, bool isSelected,
               const std::optional<SearchHighlight>& marks)
 {
     QPainter& painter = pass.painter;
     const MapPalette& palette = pass.palette;
     const PixelGrid& grid = pass.grid;
     const QRectF f = layout.frame();
-    const SermonNode* node = pass.tables.node(layout.nodeID);
 
     if (!layout.isLeaf) {
         const int d = layout.depth;
@@ -452,13 +450,13 @@ void drawNode(Pass& pass, const NodeLayout& layout, const QString* ghostText, bo
         painter.drawRoundedRect(grid.rect(f.adjusted(-2, -2, 2, 2), 2.0), 8, 8);
     }
 
-    QString text = ghostText ? *ghostText : node ? node->text() : QString();
+    QString text = nodeText;
     if (text.isEmpty())
         return;
     text.replace(QChar(0x2028), QLatin1Char('\n'));
     const double v = layout.isLeaf ? TreeLayout::leafVerticalPadding : TreeLayout::branchVerticalPadding;
 
-    if (marks && !marks->ranges.empty() && !ghostText) {
+    if (marks && !marks->ranges.empty()) {
         // Measured in the face the text is drawn in: a quote's italic runs narrower or wider.
         const size_t face = pass.fontIndex(layout.depth, layout.isQuote);
         const QFont& font = pass.fonts[face];
@@ -502,7 +500,12 @@ int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
     const MapDrawState& state = pass.state;
     QPainter& painter = pass.painter;
     // Branches drawn, with their opacity, for the fold buttons and badges on top.
-    std::vector<std::pair<NodeLayout, double>> branches; // as shown, offsets applied
+    struct Branch {
+        NodeLayout layout; // as shown, offsets applied
+        double opacity;
+        const SermonNode* node;
+    };
+    std::vector<Branch> branches;
     int drawn = 0;
     // The tree walked from the root, so that a branch out of view is passed over whole.
     std::vector<const SermonNode*> stack;
@@ -534,14 +537,14 @@ int drawNodes(Pass& pass, const ShownLayouts& layouts, const QRectF& visible)
         std::optional<SearchHighlight> marks;
         if (state.isSearching && state.searchHighlight)
             marks = state.searchHighlight(*node);
-        drawNode(pass, layout, nullptr, isSelected, marks);
+        drawNode(pass, layout, node->text(), isSelected, marks);
         ++drawn;
         if (!layout.isLeaf)
-            branches.emplace_back(layout, opacity);
+            branches.push_back({layout, opacity, node});
     }
-    for (const auto& [layout, opacity] : branches) {
+    for (const auto& [layout, opacity, node] : branches) {
         painter.setOpacity(opacity);
-        drawAdornments(pass, layout);
+        drawAdornments(pass, layout, node);
     }
     painter.setOpacity(1.0);
     return drawn;
@@ -660,8 +663,9 @@ MapDrawStats drawCanvas(QPainter& painter, QSizeF viewSize, const MapLayoutState
             if (!visible.intersects(ghost.layout.frame()))
                 continue;
             painter.setOpacity(1.0 - state.animationProgress);
-            drawNode(pass, ghost.layout, &ghost.text, false, std::nullopt);
-            drawAdornments(pass, ghost.layout);
+            // A line that leaves is in the tree no more: its text is the one it had.
+            drawNode(pass, ghost.layout, ghost.text, false, std::nullopt);
+            drawAdornments(pass, ghost.layout, nullptr);
             painter.setOpacity(1.0);
         }
         if (state.dragNodeID && state.dropTarget)

@@ -57,14 +57,6 @@ void forEachLine(const QString& text, Line&& line)
     line(last.isEmpty() ? space : last);
 }
 
-int lineCount(const QString& text)
-{
-    int lines = 1;
-    for (const QChar c : text)
-        lines += c == lineSeparator || c == QLatin1Char('\n');
-    return lines;
-}
-
 // The widest line's width, rounded up, and the number of lines.
 TextExtent measureText(const DepthMetrics& m, const QString& text)
 {
@@ -243,11 +235,9 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache, Pa
         // Whether a line at (x, top) may reach a region of a partial run. A line placed at
         // once (nothing shown below it) has its whole frame known but its width; a parent's own
         // place waits for its children, so only its branch's top is known when it is measured.
-        auto mayShow = [&](const DepthMetrics& m, const QString& text, double x, double top, bool isLeaf,
-                           bool placedNow) {
-            const double bottom = placedNow ? top + nodeSize(m, {0, lineCount(text), 0}, isLeaf).height() : top;
+        auto mayShow = [&](double x, double top, double height, bool placedNow) {
             return std::any_of(partial->regions.begin(), partial->regions.end(), [&](const QRectF& region) {
-                return x <= region.right() && top <= region.bottom() && (!placedNow || bottom >= region.top());
+                return x <= region.right() && top <= region.bottom() && (!placedNow || top + height >= region.top());
             });
         };
         // The node's entry, its size and own words filled in: kept from the last run when the
@@ -263,14 +253,18 @@ void layout(const SermonNode& root, NodeLayouts& result, MeasureCache* cache, Pa
             if (!sameText || l.estimated) {
                 DepthMetrics& m = metrics[size_t(depthClass)];
                 const TextExtent* cached = cache ? cache->find(depthClass, text) : nullptr;
-                const bool unseen =
-                    !cached && partial && !mayShow(m, text, x, top, isLeaf, isLeaf || node.isCollapsed());
+                // An estimate stands until the text is measured: the next runs keep it. Its
+                // height is exact, which is all a line's place in sight depends on.
+                std::optional<TextExtent> guess;
+                if (!cached && partial && !sameText)
+                    guess = estimateText(m, text);
+                const bool unseen = !cached && partial
+                    && !mayShow(x, top, guess ? nodeSize(m, *guess, isLeaf).height() : l.size.height(),
+                                isLeaf || node.isCollapsed());
                 if (unseen && partial->budget == 0) {
-                    // An estimate stands until the text is measured: the next runs keep it.
-                    if (!sameText) {
-                        const TextExtent guess = estimateText(m, text);
-                        l.size = nodeSize(m, guess, isLeaf);
-                        l.ownWords = guess.words;
+                    if (guess) {
+                        l.size = nodeSize(m, *guess, isLeaf);
+                        l.ownWords = guess->words;
                         l.measuredText = text;
                     }
                     l.estimated = true;

@@ -217,7 +217,13 @@ TEST_F(TreeLayoutTest, APartialRunIsExactInItsRegionAndWholeOnceItsTextsAreMeasu
     nodes[3]->setCollapsed(true);
     const NodeLayouts full = TreeLayout::layout(*root);
     const QRectF whole = TreeLayout::contentBounds(full);
-    const QRectF topLeft(0, 0, 800, 600), middle(200, whole.center().y(), 500, 300);
+    // The middle one begins halfway down a line, which must count as seen.
+    const NodeLayout* straddled = nullptr;
+    for (const auto& [id, l] : full)
+        if (l.isLeaf && l.origin.y() > whole.center().y() && (!straddled || l.origin.y() < straddled->origin.y()))
+            straddled = &l;
+    ASSERT_NE(straddled, nullptr);
+    const QRectF topLeft(0, 0, 800, 600), middle(straddled->origin.x(), straddled->frame().center().y(), 500, 300);
     // What reaches the regions is exact; every y and word count is, wherever the line is.
     auto expectExactWhereSeen = [&](const NodeLayouts& table, const std::vector<QRectF>& regions, const char* name) {
         EXPECT_EQ(table.size(), full.size()) << name;
