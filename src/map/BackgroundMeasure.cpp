@@ -1,5 +1,7 @@
 #include "BackgroundMeasure.h"
 
+#include "PoolTask.h"
+
 #include "core/BackgroundPool.h"
 
 #include <QFutureWatcher>
@@ -18,14 +20,7 @@ BackgroundMeasure::~BackgroundMeasure()
 
 void BackgroundMeasure::cancel()
 {
-    if (m_cancel)
-        m_cancel->store(true);
-    m_cancel.reset();
-    if (m_inFlight) {
-        m_inFlight->disconnect(this);
-        m_inFlight->deleteLater();
-        m_inFlight = nullptr;
-    }
+    abandonTask(m_cancel, m_inFlight, this);
 }
 
 void BackgroundMeasure::start(Texts texts)

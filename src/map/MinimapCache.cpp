@@ -1,5 +1,7 @@
 #include "MinimapCache.h"
 
+#include "PoolTask.h"
+
 #include <QElapsedTimer>
 #include <QFutureWatcher>
 #include <QThread>
@@ -30,14 +32,7 @@ void MinimapCache::setRenderFunction(RenderFunction render)
 
 void MinimapCache::cancelInFlight()
 {
-    if (m_cancel)
-        m_cancel->store(true);
-    m_cancel.reset();
-    if (m_inFlight) {
-        m_inFlight->disconnect(this);
-        m_inFlight->deleteLater();
-        m_inFlight = nullptr;
-    }
+    abandonTask(m_cancel, m_inFlight, this);
 }
 
 void MinimapCache::requestRender(const MinimapCacheKey& key, MinimapRenderer::Input input)
