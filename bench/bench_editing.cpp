@@ -28,6 +28,17 @@ struct Editor {
     }
 };
 
+// One key an iteration, the two directions taking turns from `first`.
+template <typename Key>
+void alternate(benchmark::State& state, bool first, Key&& key)
+{
+    bool forward = first;
+    for (auto _ : state) {
+        key(forward);
+        forward = !forward;
+    }
+}
+
 // Down then Up, one key an iteration.
 void BM_MoveSelection(benchmark::State& state)
 {
@@ -36,11 +47,7 @@ void BM_MoveSelection(benchmark::State& state)
     editor.controller.moveSelection(true);
     if (editor.controller.selectedNodeID() == start)
         state.SkipWithError("Down moved nothing");
-    bool forward = false;
-    for (auto _ : state) {
-        editor.controller.moveSelection(forward);
-        forward = !forward;
-    }
+    alternate(state, false, [&](bool forward) { editor.controller.moveSelection(forward); });
 }
 BENCHMARK(BM_MoveSelection)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
@@ -48,11 +55,7 @@ BENCHMARK(BM_MoveSelection)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 void BM_ExtendSelection(benchmark::State& state)
 {
     Editor editor(int(state.range(0)));
-    bool forward = true;
-    for (auto _ : state) {
-        editor.controller.extendSelection(forward);
-        forward = !forward;
-    }
+    alternate(state, true, [&](bool forward) { editor.controller.extendSelection(forward); });
 }
 BENCHMARK(BM_ExtendSelection)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 
@@ -60,14 +63,7 @@ BENCHMARK(BM_ExtendSelection)->Apply(sermonSizes)->Unit(benchmark::kMillisecond)
 void BM_MoveLine(benchmark::State& state)
 {
     Editor editor(int(state.range(0)));
-    bool down = true;
-    for (auto _ : state) {
-        if (down)
-            editor.controller.moveDown();
-        else
-            editor.controller.moveUp();
-        down = !down;
-    }
+    alternate(state, true, [&](bool down) { down ? editor.controller.moveDown() : editor.controller.moveUp(); });
 }
 BENCHMARK(BM_MoveLine)->Apply(sermonSizes)->Unit(benchmark::kMillisecond);
 

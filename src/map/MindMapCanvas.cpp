@@ -447,14 +447,19 @@ void MindMapCanvas::recomputeLayout()
         if (!partial.unmeasured.empty() && !m_measuring->isRunning())
             m_measuring->start(std::move(partial.unmeasured));
     }
-    m_viewport.setContentBounds(m_layout.cachedContentBounds);
-    syncEditor();
-    if (m_minimap)
-        m_minimap->treeChanged();
+    followLayout();
     if (!m_isPainting)
         update();
     if (m_glide && !m_glide->held)
         startGlide();
+}
+
+void MindMapCanvas::followLayout()
+{
+    m_viewport.setContentBounds(m_layout.cachedContentBounds);
+    syncEditor();
+    if (m_minimap)
+        m_minimap->treeChanged();
 }
 
 void MindMapCanvas::finishMeasuring()
@@ -576,14 +581,10 @@ void MindMapCanvas::paintEvent(QPaintEvent*)
             MapDrawing::visibleRect(QSizeF(size()), m_viewport.endPanOffset(), m_viewport.endScale()))) {
         // Drawn from the new layout just below: no second frame for it.
         m_isPainting = true;
-        if (m_layout.measureInSight(regionsToMeasure())) {
-            m_viewport.setContentBounds(m_layout.cachedContentBounds);
-            syncEditor();
-            if (m_minimap)
-                m_minimap->treeChanged();
-        } else {
+        if (m_layout.measureInSight(regionsToMeasure()))
+            followLayout();
+        else
             recomputeLayout();
-        }
         m_isPainting = false;
     }
     refreshDrawState();

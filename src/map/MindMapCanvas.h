@@ -146,6 +146,8 @@ private:
     QRectF nearRegion(double scale, QPointF panOffset) const;
     QRectF nearRegion() const;
     std::vector<QRectF> regionsToMeasure() const;
+    // What follows the layout's frames: the scroll bounds, the editor, the minimap.
+    void followLayout();
     void connectController();
     void refreshDrawState();
     void syncEditor();
